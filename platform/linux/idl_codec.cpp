@@ -44,7 +44,7 @@ bool put_value(const idl_field& field, const std::uint8_t* structure, Room& room
 
 bool put_elements(const idl_field& field, const std::uint8_t* value, std::size_t count, Room& room)
 {
-    if (field.record == nullptr) {
+    if (!idl_is_record(field)) {
         std::uint8_t* to = room.take(count * field.wire_width);
         if (to == nullptr) return false;
         copy_numbers(to, field.wire_width, value, field.memory_width, count);
@@ -114,7 +114,7 @@ template <Walk walk>
 bool take_elements(const idl_field& field, std::size_t count, Rest& rest, std::uint8_t* structure)
 {
     std::uint8_t* value = structure + field.offset;
-    if (field.record == nullptr) {
+    if (!idl_is_record(field)) {
         const std::uint8_t* from = rest.take(count * field.wire_width);
         if (from == nullptr) return false;
         if constexpr (walk == kStore)
