@@ -8,7 +8,7 @@
 #include "velmor_rbk_groups.h"
 #include "velmor_utils_cmn.h"
 
-#define HEX_DIGITS_MAX 48   // hex digits of one word, leading zeros included
+#define HEX_DIGITS_MAX 48  // hex digits of one word, leading zeros included
 
 // ---- Text to number ----
 
