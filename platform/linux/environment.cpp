@@ -1,0 +1,81 @@
+#include "platform/linux/environment.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <mutex>
+#include <set>
+#include <vector>
+
+namespace rbk::platform {
+namespace {
+
+std::optional<std::string> variable(const char* name)
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
+    const char* text = std::getenv(name);
+    if (text == nullptr || *text == 0) return std::nullopt;
+    return text;
+}
+
+double timeout_scale()
+{
+    const std::optional<std::string> text = variable("RBK_QMI_TIMEOUT_SCALE");
+    if (!text) return 1;
+    char* end = nullptr;
+    const double scale = std::strtod(text->c_str(), &end);
+    if (*end == 0 && std::isfinite(scale) && scale > 0) return scale;
+    complain("RBK_QMI_TIMEOUT_SCALE=" + *text + ": expected a number above 0; taking 1");
+    return 1;
+}
+
+std::filesystem::path home_directory()
+{
+    if (const auto home = variable("HOME")) return *home;
+    std::vector<char> room(4096);
+    passwd entry{};
+    passwd* found = nullptr;
+    while (getpwuid_r(getuid(), &entry, room.data(), room.size(), &found) == ERANGE) room.resize(room.size() * 2);
+    return found != nullptr ? found->pw_dir : "";
+}
+
+}  // namespace
+
+const Environment& environment()
+{
+    static const auto* const values =
+        new Environment{variable("RBK_MODEM"), variable("RBK_SCENARIO"), variable("RBK_TRACE"), variable("RBK_LOGCAT"),
+                        timeout_scale()};
+    return *values;
+}
+
+std::filesystem::path rbk_home()
+{
+    if (const auto home = variable("RBK_HOME")) return *home;
+    // A relative XDG_STATE_HOME is to be ignored, says the convention that it comes from.
+    if (const auto state = variable("XDG_STATE_HOME"); state && state->front() == '/')
+        return std::filesystem::path(*state) / "rbk";
+    const std::filesystem::path home = home_directory();
+    if (home.empty()) {
+        complain("no home directory for the state: set RBK_HOME");
+        return {};
+    }
+    return home / ".local/state/rbk";
+}
+
+void complain(std::string_view line)
+{
+    static auto* const mutex = new std::mutex;
+    static auto* const said = new std::set<std::string>;
+    const std::string text = "rbk: " + std::string(line) + "\n";
+    {
+        const std::scoped_lock lock(*mutex);
+        if (!said->insert(text).second) return;
+    }
+    // One write a line, so that lines of two threads don't tear. Nobody can be told that standard error is closed.
+    if (write(STDERR_FILENO, text.data(), text.size()) < 0) return;
+}
+
+}  // namespace rbk::platform
