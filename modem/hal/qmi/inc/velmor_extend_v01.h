@@ -14,9 +14,6 @@ constexpr uint32_t EXTEND_LONGEST = 1553;  // bytes of TLVs of the longest messa
 constexpr uint32_t EXTEND_DATA_MAX = 550;  // bytes of an envelope's data
 
 constexpr uint32_t EXTEND_MSG_ENVELOPE = 2;  // the only message that the system sends
-constexpr uint32_t EXTEND_MSG_NOTICE = 3;    // the envelope as the modem's own indication
-constexpr uint32_t EXTEND_MSG_LAST = 13;
-constexpr uint32_t EXTEND_MSG_EVENT = 13;
 
 struct extend_envelope {             // messages 2 and 3, in every direction
     uint32_t qmi_id;                 // request: what is asked; response: 0, or the service's error
