@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "platform/link/qmi_frame.h"
@@ -16,8 +16,8 @@ enum class Direction : char { to_modem = '>', from_modem = '<' };
 // Threads: lock() orders a send and its line against the answer's line; the writers expect it to be held.
 class LinkTrace {
  public:
-    // Opens the file for appending; complains and stays silent when that fails. A null path: no trace.
-    explicit LinkTrace(const std::filesystem::path* path);
+    // Opens the file for appending; complains and stays silent when that fails. Without a path there is no trace.
+    explicit LinkTrace(const std::optional<std::string>& path);
     ~LinkTrace();
     LinkTrace(const LinkTrace&) = delete;
     LinkTrace& operator=(const LinkTrace&) = delete;

@@ -49,8 +49,7 @@ ModemLink& ModemLink::get()
 
 ModemLink::ModemLink()
 {
-    const auto path = trace_path();
-    trace_ = std::make_unique<LinkTrace>(path ? &*path : nullptr);
+    trace_ = std::make_unique<LinkTrace>(environment().trace);
 }
 
 void ModemLink::add_listener(LinkListener& listener)
@@ -64,16 +63,17 @@ void ModemLink::add_listener(LinkListener& listener)
 
 bool ModemLink::connect()
 {
-    const std::string modem = modem_choice();
+    const std::string modem = environment().modem.value_or("embedded");
+    const std::optional<std::string>& scenario = environment().scenario;
     link::LinkSocket socket;
     std::string error;
     if (modem == "embedded") {
         std::vector<std::string> complaints;
-        modem_ = sim::start_embedded_modem({rbk_home() / "modem", scenario_path()}, socket, complaints);
+        modem_ = sim::start_embedded_modem({rbk_home() / "modem", scenario}, socket, complaints);
         for (const std::string& line : complaints) complain(line);
         error = "embedded modem: it could not be started";
     } else {
-        if (scenario_path()) complain("RBK_SCENARIO is for the embedded modem; ignored with RBK_MODEM=" + modem);
+        if (scenario) complain("RBK_SCENARIO is for the embedded modem; ignored with RBK_MODEM=" + modem);
         if (modem.starts_with(kUnixPrefix))
             socket = link::LinkSocket::connect_unix(modem.substr(kUnixPrefix.size()), error);
         else if (modem == "qrtr")

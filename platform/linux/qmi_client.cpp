@@ -125,7 +125,7 @@ ClientLibrary& ClientLibrary::get()
     return *library;
 }
 
-ClientLibrary::ClientLibrary() : link_(ModemLink::get()), timeout_scale_(qmi_timeout_scale())
+ClientLibrary::ClientLibrary() : link_(ModemLink::get()), timeout_scale_(environment().qmi_timeout_scale)
 {
     link_.add_listener(*this);
 }
@@ -149,7 +149,9 @@ void ClientLibrary::stop()
 
 Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
 {
-    return steady_clock::now() + std::chrono::microseconds(static_cast<std::int64_t>(timeout_ms * 1e3 * timeout_scale_));
+    constexpr double kLongest = 1e15;  // microseconds: thirty years, and no overflow whatever the scale
+    const double wait = std::min(timeout_ms * 1e3 * timeout_scale_, kLongest);
+    return steady_clock::now() + std::chrono::microseconds(static_cast<std::int64_t>(wait));
 }
 
 // ---- Handles ----
