@@ -45,9 +45,8 @@ std::filesystem::path home_directory()
 
 const Environment& environment()
 {
-    static const auto* const values =
-        new Environment{variable("RBK_MODEM"), variable("RBK_SCENARIO"), variable("RBK_TRACE"), variable("RBK_LOGCAT"),
-                        timeout_scale()};
+    static const auto* const values = new Environment{variable("RBK_MODEM"), variable("RBK_SCENARIO"),
+                                                      variable("RBK_TRACE"), variable("RBK_LOGCAT"), timeout_scale()};
     return *values;
 }
 

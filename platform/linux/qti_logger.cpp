@@ -3,7 +3,6 @@
 
 #include <pthread.h>
 
-#include <cerrno>
 #include <cstdarg>
 
 #include "platform/linux/system_log.h"
@@ -19,13 +18,10 @@ const char* qcril_get_thread_name()
 
 void Logger::log(int priority, const char* tag, const char* format, ...)
 {
-    const int error = errno;
     std::va_list arguments;
     va_start(arguments, format);
-    const std::string text = rbk::platform::format_text(format, arguments);
+    rbk::platform::write_formatted(priority, (std::string(tag) + ": ").c_str(), format, arguments);
     va_end(arguments);
-    rbk::platform::SystemLog::instance().write(priority, std::string(tag) + ": " + text);
-    errno = error;
 }
 
 }  // namespace qti::ril::logger

@@ -6,6 +6,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -51,6 +52,22 @@ std::string syslog_head(int priority)
     return head + std::string(program_invocation_short_name) + ": ";
 }
 
+// The text that a printf format and its arguments make.
+std::string format_text(const char* format, std::va_list arguments)
+{
+    char room[1024];
+    std::va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(room, sizeof room, format, arguments);
+    std::string text(room, length < 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(length), sizeof room - 1));
+    if (length >= static_cast<int>(sizeof room)) {
+        text.resize(static_cast<std::size_t>(length));
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
+    }
+    va_end(again);
+    return text;
+}
+
 }  // namespace
 
 SystemLog::SystemLog(const char* socket_path, const std::string& copy)
@@ -84,34 +101,26 @@ const SystemLog& SystemLog::instance()
     return log;
 }
 
-std::string format_text(const char* format, std::va_list arguments)
+// Callers log between an operation and a look at errno, so that stays as it was; and %m wants it untouched.
+void write_formatted(int priority, const char* tag, const char* format, std::va_list arguments)
 {
-    char room[1024];
-    std::va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(room, sizeof room, format, arguments);
-    std::string text(room, length < 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(length), sizeof room - 1));
-    if (length >= static_cast<int>(sizeof room)) {
-        text.resize(static_cast<std::size_t>(length));
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
-    }
-    va_end(again);
-    return text;
+    const int error = errno;
+    const std::string text = tag + format_text(format, arguments);
+    SystemLog::instance().write(LOG_PRI(priority), text);
+    errno = error;
 }
 
 }  // namespace rbk::platform
 
 // The C library's own entries, taken over: plain builds call the first one, optimised ones with fortified headers the
-// second. Callers log between an operation and a look at errno, so that stays as it was.
+// second.
 extern "C" void vsyslog(int priority, const char* format, va_list arguments)
 {
-    const int error = errno;
-    rbk::platform::SystemLog::instance().write(LOG_PRI(priority), rbk::platform::format_text(format, arguments));
-    errno = error;
+    rbk::platform::write_formatted(priority, "", format, arguments);
 }
 
 extern "C" void __vsyslog_chk(int priority, int flag, const char* format, va_list arguments);
 extern "C" void __vsyslog_chk(int priority, int, const char* format, va_list arguments)
 {
-    vsyslog(priority, format, arguments);
+    rbk::platform::write_formatted(priority, "", format, arguments);
 }

@@ -28,7 +28,7 @@ class SystemLog {
     int copy_ = -1;
 };
 
-// The text that a printf format and its arguments make.
-std::string format_text(const char* format, std::va_list arguments);
+// Sends what a printf format and its arguments make, with `tag` before it, to the process's own log; keeps errno.
+void write_formatted(int priority, const char* tag, const char* format, std::va_list arguments);
 
 }  // namespace rbk::platform

@@ -14,14 +14,14 @@
 #include "velmor_utils_cmn.h"
 
 #define AT_DEVICE      "/dev/smd8"
-#define AT_CMD_LEN_MAX 100   // characters
-#define AT_CMD_SIZE    105   // the working copy, bytes; the command ends at AT_CMD_LEN_MAX
-#define AT_SHELL_SIZE  501   // the shell's line, bytes
+#define AT_CMD_LEN_MAX 100  // characters
+#define AT_CMD_SIZE    105  // the working copy, bytes; the command ends at AT_CMD_LEN_MAX
+#define AT_SHELL_SIZE  501  // the shell's line, bytes
 
 /* State: one command in the process's life, shared by the main and the receive thread without a lock. */
-static int32_t              g_at_serial_fd;   // the AT channel; meant to stay 0, nothing opens it
+static int32_t              g_at_serial_fd;  // the AT channel; meant to stay 0, nothing opens it
 static uint8_t              g_at_rsp_buf[512];
-static std::atomic<int32_t> g_at_rsp_done;   // set by the receive thread, polled by the main thread
+static std::atomic<int32_t> g_at_rsp_done;  // set by the receive thread, polled by the main thread
 
 // ---- The receive thread ----
 
@@ -86,8 +86,8 @@ int velmor_test_at_cmd_do(int argc, char *argv[])
         LOG(1, "note: the second parameters length should <= %d, Pls refer to the following cmd:", AT_CMD_LEN_MAX);
     } else {
         char      command[AT_CMD_SIZE] = {};
-        const int scanned              = sscanf(argv[2], "%104s\r", command);   // up to the first blank
-        command[AT_CMD_LEN_MAX]        = 0;
+        const int scanned = sscanf(argv[2], "%104s\r", command);  // up to the first blank
+        command[AT_CMD_LEN_MAX] = 0;
         LOG(2, "At cmd you input: sscanf(%d), len (%d), %s", scanned, (int)strlen(command), command);
 
         LOG(2, "Will create a thread to receive data from serial");

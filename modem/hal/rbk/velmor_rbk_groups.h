@@ -4,19 +4,19 @@
 
 /* First word of the command line. */
 enum {
-    RBK_GROUP_ALL       = 0,    // for the help alone
-    RBK_GROUP_NV        = 1,
-    RBK_GROUP_IMEI      = 2,
-    RBK_GROUP_RF        = 3,
-    RBK_GROUP_NVEFS     = 4,
-    RBK_GROUP_CMN       = 5,
+    RBK_GROUP_ALL = 0,  // for the help alone
+    RBK_GROUP_NV = 1,
+    RBK_GROUP_IMEI = 2,
+    RBK_GROUP_RF = 3,
+    RBK_GROUP_NVEFS = 4,
+    RBK_GROUP_CMN = 5,
     RBK_GROUP_SEND_DATA = 6,
-    RBK_GROUP_STATS     = 7,    // statistics parsed from a diag packet
-    RBK_GROUP_AT        = 8,
-    RBK_GROUP_STATS_QMI = 9,    // statistics over QMI
-    RBK_GROUP_MBN       = 10,
-    RBK_GROUP_SMART     = 11,
-    RBK_GROUP_QMI       = 12,
+    RBK_GROUP_STATS = 7,  // statistics parsed from a diag packet
+    RBK_GROUP_AT = 8,
+    RBK_GROUP_STATS_QMI = 9,  // statistics over QMI
+    RBK_GROUP_MBN = 10,
+    RBK_GROUP_SMART = 11,
+    RBK_GROUP_QMI = 12,
 };
 
 /* Prints the help between its two banner lines, at level 8: of one group, or of all with RBK_GROUP_ALL. */

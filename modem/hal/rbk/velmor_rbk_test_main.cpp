@@ -5,7 +5,7 @@
 #include "velmor_rbk_groups.h"
 #include "velmor_utils_cmn.h"
 
-#define VELMOR_MANUFACTURER_ID_VELMOR 1   // the only manufacturer there is
+#define VELMOR_MANUFACTURER_ID_VELMOR 1  // the only manufacturer there is
 
 // clang-format off
 void show_help(int group)

@@ -30,25 +30,25 @@
 #define LOG(level, format, ...) LOG_FROM(__func__, __LINE__, level, format __VA_OPT__(, ) __VA_ARGS__)
 
 /* The second form, for code that several operations share and that reports under its caller's name and line. */
-#define LOG_FROM(function_name, line, level, format, ...)                                                        \
-    do {                                                                                                         \
-        if (velmor_hal_get_logcat_print_flag(level)) {                                                           \
-            ((level) == 1 ? velmor_utils_syslog_err : velmor_utils_syslog_dbg)(                                  \
-                "%s[%s:%d] %s: " format, velmor_log_instance_text(), __FILE_NAME__, line,                        \
-                function_name __VA_OPT__(, ) __VA_ARGS__);                                                       \
-        }                                                                                                        \
-        if (velmor_hal_get_shell_print_flag(level)) {                                                            \
-            if ((level) == 8) {                                                                                  \
-                printf(format "\n" __VA_OPT__(, ) __VA_ARGS__);                                                  \
-            } else {                                                                                             \
+#define LOG_FROM(function_name, line, level, format, ...)                                                             \
+    do {                                                                                                              \
+        if (velmor_hal_get_logcat_print_flag(level)) {                                                                \
+            ((level) == 1 ? velmor_utils_syslog_err : velmor_utils_syslog_dbg)(                                       \
+                "%s[%s:%d] %s: " format, velmor_log_instance_text(), __FILE_NAME__, line,                             \
+                function_name __VA_OPT__(, ) __VA_ARGS__);                                                            \
+        }                                                                                                             \
+        if (velmor_hal_get_shell_print_flag(level)) {                                                                 \
+            if ((level) == 8) {                                                                                       \
+                printf(format "\n" __VA_OPT__(, ) __VA_ARGS__);                                                       \
+            } else {                                                                                                  \
                 printf("RIL[%s:%d] %s: " format "\n", __FILE_NAME__, line, function_name __VA_OPT__(, ) __VA_ARGS__); \
-            }                                                                                                    \
-        }                                                                                                        \
+            }                                                                                                         \
+        }                                                                                                             \
     } while (0)
 
-extern std::atomic<uint32_t> g_velmor_logcat_print_mask;   // levels open on each channel, 0xffff at first
+extern std::atomic<uint32_t> g_velmor_logcat_print_mask;  // levels open on each channel, 0xffff at first
 extern std::atomic<uint32_t> g_velmor_shell_print_mask;
-extern std::atomic<uint8_t>  g_logcat_mask_merged;   // set before the channel's property is merged, and never again
+extern std::atomic<uint8_t>  g_logcat_mask_merged;  // set before the channel's property is merged, and never again
 extern std::atomic<uint8_t>  g_shell_mask_merged;
 
 /* Narrow a channel's mask by its property, the first time that somebody asks for the channel. For the gates below. */
@@ -86,14 +86,16 @@ void velmor_utils_syslog_err(const char *format, ...) __attribute__((format(prin
  * brackets for 168, "SUB[n]" for any other. A text of the calling thread, overwritten by its next call. */
 const char *velmor_log_instance_text();
 
-/* The process instance id, 255 in this program. */
+/* The process instance: 255 in this program, which never changes it; a radio daemon that links the kit sets its own
+ * before it starts threads. */
+extern uint32_t g_ril_process_instance_id;
 uint32_t velmor_get_ril_process_instance_id();
 
 // ---- Who this process is ----
 
 typedef struct {
     int32_t p_id;
-    char    p_name[256];   // last path component of the first word of the command line; empty when it can't be read
+    char    p_name[256];  // last path component of the first word of the command line; empty when it can't be read
 } velmor_pid_info;
 
 /* Filled once, at start in main; only read afterwards. */

@@ -13,10 +13,10 @@
 #include "cutils/properties.h"
 #include "qti_logger.h"
 
-#define INSTANCE_OF_SHELL 255     // prints no name of its own
-#define INSTANCE_NAMED    168     // prints the process's name
-#define PROPERTY_LEN_MAX  92      // characters of a value that is written
-#define MASK_DEFAULT      "65535" // 0xffff: every level
+#define INSTANCE_OF_SHELL 255      // prints no name of its own
+#define INSTANCE_NAMED    168      // prints the process's name
+#define PROPERTY_LEN_MAX  92       // characters of a value that is written
+#define MASK_DEFAULT      "65535"  // 0xffff: every level
 
 // ---- Messages ----
 
@@ -25,7 +25,7 @@ std::atomic<uint32_t> g_velmor_shell_print_mask{0xffff};
 std::atomic<uint8_t>  g_logcat_mask_merged;
 std::atomic<uint8_t>  g_shell_mask_merged;
 
-static uint32_t g_ril_process_instance_id = INSTANCE_OF_SHELL;   // nothing in this program changes it
+uint32_t g_ril_process_instance_id = INSTANCE_OF_SHELL;
 
 uint32_t velmor_get_ril_process_instance_id()
 {
@@ -75,8 +75,8 @@ void velmor_merge_logcat_print_mask()
 {
     g_logcat_mask_merged.store(1, std::memory_order_relaxed);
     const uint32_t merge_mask = mask_property("persist.vendor.radio.adb_log_velmor");
-    const uint32_t old_mask   = g_velmor_logcat_print_mask.fetch_and(merge_mask, std::memory_order_relaxed);
-    const uint32_t new_mask   = old_mask & merge_mask;
+    const uint32_t old_mask = g_velmor_logcat_print_mask.fetch_and(merge_mask, std::memory_order_relaxed);
+    const uint32_t new_mask = old_mask & merge_mask;
     velmor_utils_syslog_dbg("merge, old velmor_hal_set_logcat_print_mask 0x%x, merge_mask 0x%x", old_mask, merge_mask);
     velmor_utils_syslog_dbg("new velmor_hal_set_logcat_print_mask 0x%x", new_mask);
     if (new_mask != 0) {
@@ -90,8 +90,8 @@ void velmor_merge_shell_print_mask()
 {
     g_shell_mask_merged.store(1, std::memory_order_relaxed);
     const uint32_t merge_mask = mask_property("persist.vendor.radio.adb_log_shell");
-    const uint32_t old_mask   = g_velmor_shell_print_mask.fetch_and(merge_mask, std::memory_order_relaxed);
-    const uint32_t new_mask   = old_mask & merge_mask;
+    const uint32_t old_mask = g_velmor_shell_print_mask.fetch_and(merge_mask, std::memory_order_relaxed);
+    const uint32_t new_mask = old_mask & merge_mask;
     velmor_utils_syslog_dbg("merge, old g_velmor_shell_print_mask 0x%x, merge_mask 0x%x", old_mask, merge_mask);
     velmor_utils_syslog_dbg("new g_velmor_shell_print_mask 0x%x", new_mask);
     if (new_mask != 0) {
@@ -167,7 +167,7 @@ void velmor_get_current_pid_info(velmor_pid_info *p_pid_info)
         LOG(1, "fgets fail");
     } else {
         LOG(4, "proc_pid_buf: %s", proc_pid_buf);
-        const char *slash        = strrchr(proc_pid_buf, '/');
+        const char *slash = strrchr(proc_pid_buf, '/');
         const char *str_pid_name = slash != nullptr ? slash + 1 : proc_pid_buf;
         if (slash == nullptr) LOG(4, "proc_pid_buf should be name");
         snprintf(p_pid_info->p_name, sizeof p_pid_info->p_name, "%s", str_pid_name);
@@ -198,7 +198,7 @@ const char *velmor_get_current_pid_name()
         return g_pid_info.p_name;
     }
     velmor_utils_syslog_dbg("velmor_get_current_pid_name, proc_pid_buf = %s", proc_pid_buf);
-    const char *slash        = strrchr(proc_pid_buf, '/');
+    const char *slash = strrchr(proc_pid_buf, '/');
     const char *str_pid_name = slash != nullptr ? slash + 1 : proc_pid_buf;
     if (slash == nullptr) velmor_utils_syslog_err("velmor_get_current_pid_name, proc_pid_buf should be name");
     snprintf(g_pid_info.p_name, sizeof g_pid_info.p_name, "%s", str_pid_name);
@@ -228,7 +228,7 @@ const char *velmor_utils_get_pid_name()
 
 #define PRINT_PROP_UNREAD 2
 
-static std::atomic<int32_t> g_print_prop_state{PRINT_PROP_UNREAD};   // then 1 values are traced, 0 they are not
+static std::atomic<int32_t> g_print_prop_state{PRINT_PROP_UNREAD};  // then 1 values are traced, 0 they are not
 
 /* Whether values are traced; reads its property the first time. */
 static bool print_prop_is_on()
@@ -306,7 +306,7 @@ void velmor_set_property_value(const char *name, const char *value)
     }
     char cut_name[VELMOR_PROPERTY_SIZE];
     snprintf(cut_name, sizeof cut_name, "%s", name);
-    property_set(cut_name, value);   // what stands there now, the trace shows
+    property_set(cut_name, value);  // what stands there now, the trace shows
     velmor_print_property_value(name);
 }
 
@@ -455,7 +455,7 @@ const char *velmor_get_device_state_prop_name(uint32_t index)
     if (index >= VELMOR_DEVICE_STATE_COUNT) return nullptr;
     snprintf(name, sizeof name, "%s%s", "debug.device.", g_device_states[index]);
     for (char *c = name; *c != 0; c++) {
-        if (*c >= 'A' && *c <= 'Z') *c += 'a' - 'A';   // not tolower: no language's rules
+        if (*c >= 'A' && *c <= 'Z') *c += 'a' - 'A';  // not tolower: no language's rules
     }
     return name;
 }
@@ -467,10 +467,9 @@ void *qcril_malloc_adv(size_t size, const char *file, int line, const char *func
     void *block = calloc(1, size);
     if (block == nullptr) {
         const char *slash = strrchr(file, '/');
-        qti::ril::logger::Logger::log(LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: Fail to allocate memory",
-                                      slash != nullptr ? slash + 1 : file, line,
-                                      qti::ril::logger::qcril_get_thread_name(), (long)getpid(),
-                                      (long)syscall(SYS_gettid), function);
+        qti::ril::logger::Logger::log(
+            LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: Fail to allocate memory", slash != nullptr ? slash + 1 : file,
+            line, qti::ril::logger::qcril_get_thread_name(), (long)getpid(), (long)syscall(SYS_gettid), function);
     }
     return block;
 }

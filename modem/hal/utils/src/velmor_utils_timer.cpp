@@ -12,7 +12,7 @@
 
 struct tcbinfo {
     uint32_t              timer_id;
-    timer_t               sys_timerid;   // lives until the process ends, beyond this node: never deleted
+    timer_t               sys_timerid;  // lives until the process ends, beyond this node: never deleted
     uint64_t              timeout_s;
     velmor_timer_callback timer_callback;
     tcbinfo              *next;
@@ -38,26 +38,26 @@ static uint32_t velmor_sys_timer_create(tcbinfo *tcb, velmor_timer_callback call
     g_timer_id.store(timer_id, std::memory_order_relaxed);
     g_timer_id_mutex.unlock();
 
-    sigevent event               = {};
-    event.sigev_notify           = SIGEV_THREAD;
-    event.sigev_value.sival_int  = (int)timer_id;
-    event.sigev_notify_function  = callback;
-    timer_t sys_timerid          = {};
+    sigevent event = {};
+    event.sigev_notify = SIGEV_THREAD;
+    event.sigev_value.sival_int = (int)timer_id;
+    event.sigev_notify_function = callback;
+    timer_t sys_timerid = {};
     if (timer_create(CLOCK_REALTIME, &event, &sys_timerid) != 0) {
         LOG(1, "fail to timer_create, timer_id = %u, timeout_s = %lu", timer_id, timeout_s);
         return 0;
     }
 
-    itimerspec due       = {};
-    due.it_value.tv_sec  = (time_t)timeout_s;
-    due.it_value.tv_nsec = timeout_s == 0 ? 1 : 0;   // all zero would disarm it: at once instead
+    itimerspec due = {};
+    due.it_value.tv_sec = (time_t)timeout_s;
+    due.it_value.tv_nsec = timeout_s == 0 ? 1 : 0;  // all zero would disarm it: at once instead
     if (timer_settime(sys_timerid, 0, &due, nullptr) != 0) {
         LOG(1, "fail to timer_settime, sys_timerid = 0x%x", timer_handle_number(sys_timerid));
         return 0;
     }
-    tcb->timer_id       = timer_id;
-    tcb->sys_timerid    = sys_timerid;
-    tcb->timeout_s      = timeout_s;
+    tcb->timer_id = timer_id;
+    tcb->sys_timerid = sys_timerid;
+    tcb->timeout_s = timeout_s;
     tcb->timer_callback = callback;
     return 1;
 }
@@ -88,7 +88,7 @@ static uint32_t velmor_timer_start_do(velmor_timer_callback callback, unsigned l
     }
     g_timer_list_mutex.unlock();
     LOG(4, "Set timer with ID %u, timeout_s = %lu", timer_id, timeout_s);
-    return g_timer_id.load(std::memory_order_relaxed);   // read again: may be the newer number of another thread
+    return g_timer_id.load(std::memory_order_relaxed);  // read again: may be the newer number of another thread
 }
 
 uint32_t velmor_timer_start(velmor_timer_callback callback, unsigned long timeout_s)

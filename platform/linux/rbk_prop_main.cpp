@@ -1,0 +1,68 @@
+// rbk-prop: the host's properties from a shell.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+
+#include "platform/linux/environment.h"
+#include "platform/linux/property_store.h"
+
+namespace {
+
+using rbk::platform::PropertyStore;
+
+// Exit status: 0, or 1 once a problem has been told.
+int end_with(const std::string& problem)
+{
+    if (problem.empty()) return 0;
+    rbk::platform::complain(problem);
+    return 1;
+}
+
+int print_one(const PropertyStore& store, const std::string& name, const std::string& default_value)
+{
+    const PropertyStore::Reading reading = store.get(name);
+    const std::string value = reading.value.value_or("");
+    if (reading.problem.empty()) std::printf("%s\n", value.empty() ? default_value.c_str() : value.c_str());
+    return end_with(reading.problem);
+}
+
+int print_all(const PropertyStore& store)
+{
+    const PropertyStore::Listing listing = store.list();
+    for (const auto& [name, value] : listing.values) std::printf("%s=%s\n", name.c_str(), value.c_str());
+    return end_with(listing.problem);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    CLI::App app("Reads and writes the properties of this host, which rbk asks for.", "rbk-prop");
+    app.require_subcommand(1);
+    app.footer(
+        "persist. and ro. names survive, all others live until the host boots again; a ro. name can be set once\n"
+        "until it is unset. The files are in $RBK_HOME/properties. Exit status: 0, or 1 when something is "
+        "refused.");
+    std::string name;
+    std::string value;
+    CLI::App* get = app.add_subcommand("get", "print a value, or the default where there is none");
+    get->add_option("NAME", name)->required();
+    get->add_option("DEFAULT", value);
+    CLI::App* set = app.add_subcommand("set", "store a value");
+    set->add_option("NAME", name)->required();
+    set->add_option("VALUE", value)->required();
+    CLI::App* unset = app.add_subcommand("unset", "forget a value");
+    unset->add_option("NAME", name)->required();
+    app.add_subcommand("list", "print all, a line each: NAME=VALUE");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 1;
+    }
+
+    const PropertyStore store = PropertyStore::of_home();
+    if (get->parsed()) return print_one(store, name, value);
+    if (set->parsed()) return end_with(store.set(name, value));
+    if (unset->parsed()) return end_with(store.unset(name));
+    return print_all(store);
+}

@@ -1,0 +1,82 @@
+#include "support/home.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "platform/linux/property_store.h"
+
+namespace rbk::test {
+namespace {
+
+std::vector<std::string> take_lines(const std::filesystem::path& file)
+{
+    std::vector<std::string> lines = lines_of(read_file(file));
+    std::filesystem::resize_file(file, 0);
+    return lines;
+}
+
+}  // namespace
+
+TempDir::TempDir()
+{
+    std::string name = std::filesystem::temp_directory_path() / "rbk-test-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) std::abort();
+    path_ = name;
+}
+
+TempDir::~TempDir()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string read_file(const std::filesystem::path& file)
+{
+    std::ostringstream content;
+    content << std::ifstream(file, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+void write_file(const std::filesystem::path& file, std::string_view content)
+{
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+}
+
+std::vector<std::string> lines_of(std::string_view text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream{std::string(text)};
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+HomeTest::HomeTest()
+{
+    for (const char* name : {"RBK_MODEM", "RBK_SCENARIO", "RBK_TRACE", "RBK_QMI_TIMEOUT_SCALE", "RBK_TEST_SYSTEM"})
+        unsetenv(name);
+    write_file(home() / "log", "");
+    write_file(home() / "calls", "");
+    setenv("RBK_HOME", home().c_str(), 1);
+    setenv("RBK_LOGCAT", (home() / "log").c_str(), 1);
+    setenv("RBK_TEST_CALLS", (home() / "calls").c_str(), 1);
+    setenv("RBK_TEST_DIVISOR", "100", 1);
+}
+
+void HomeTest::set_property(const std::string& name, const std::string& value) const
+{
+    ASSERT_EQ(platform::PropertyStore(home() / "properties").set(name, value), "");
+}
+
+std::vector<std::string> HomeTest::log()
+{
+    return take_lines(home() / "log");
+}
+
+std::vector<std::string> HomeTest::calls()
+{
+    return take_lines(home() / "calls");
+}
+
+}  // namespace rbk::test

@@ -1,0 +1,107 @@
+#include "support/program.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <regex>
+#include <thread>
+
+#include "support/home.h"
+
+namespace rbk::test {
+namespace {
+
+[[noreturn]] void become(const std::vector<std::string>& command, const RunOptions& options, const std::string& out,
+                         const std::string& err)
+{
+    for (const auto& [name, value] : options.variables)
+        value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
+    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+    dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    execv(arguments[0], arguments.data());
+    _exit(127);
+}
+
+std::vector<std::string> with_program(const std::string& program, const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> command{program};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+}  // namespace
+
+RunResult run(const std::vector<std::string>& command, const RunOptions& options)
+{
+    const TempDir dir;
+    const std::string out = dir.path() / "out";
+    const std::string err = dir.path() / "err";
+    const pid_t child = fork();
+    if (child == 0) become(command, options, out, err);
+
+    const auto end = std::chrono::steady_clock::now() + options.limit;
+    int status = 0;
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > end) {
+            ADD_FAILURE() << command[0] << " didn't end in time";
+            kill(child, SIGKILL);
+            waitpid(child, &status, 0);
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), read_file(out), read_file(err)};
+}
+
+RunResult run_rbk(const std::vector<std::string>& arguments, const RunOptions& options)
+{
+    return run(with_program(rbk_path(), arguments), options);
+}
+
+RunResult run_rbk_prop(const std::vector<std::string>& arguments, const RunOptions& options)
+{
+    return run(with_program(bin_path("rbk-prop"), arguments), options);
+}
+
+std::string rbk_path()
+{
+    return RBK_SHELL;
+}
+
+std::string bin_path(const std::string& program)
+{
+    return std::string(RBK_BIN "/") + program;
+}
+
+std::string data_path(const std::string& file)
+{
+    return std::string(RBK_TEST_DATA "/") + file;
+}
+
+std::string without_line_numbers(const std::string& text)
+{
+    return std::regex_replace(text, std::regex("(\\.cpp):[0-9]+\\]"), "$1:N]");
+}
+
+namespace detail {
+
+void capture_output()
+{
+    testing::internal::CaptureStdout();
+}
+
+std::string captured_output()
+{
+    return testing::internal::GetCapturedStdout();
+}
+
+}  // namespace detail
+}  // namespace rbk::test

@@ -1,0 +1,53 @@
+// Running the project's programs as a person does.
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace rbk::test {
+
+struct RunResult {
+    int status = -1;  // exit status; 128 and the signal's number when a signal ended it
+    std::string out;
+    std::string err;
+};
+
+struct RunOptions {
+    std::map<std::string, std::string> variables;  // beside those of this process; empty values are unset
+    std::chrono::seconds limit{60};                // it is killed then
+};
+
+// Runs a program to its end; `command` begins with its path.
+RunResult run(const std::vector<std::string>& command, const RunOptions& options = {});
+// The shell in which waits are wrapped, and the others as they are shipped.
+RunResult run_rbk(const std::vector<std::string>& arguments, const RunOptions& options = {});
+RunResult run_rbk_prop(const std::vector<std::string>& arguments, const RunOptions& options = {});
+// Paths of both, for tests that start them in another way.
+std::string rbk_path();
+std::string bin_path(const std::string& program);
+// A file that stands beside the tests, such as "hal/help.txt".
+std::string data_path(const std::string& file);
+
+// What the case's own process prints while `action` runs: everything of standard output, flushed before and after.
+template <typename Action>
+std::string output_of(Action action);
+
+// The same text with each "name.cpp:108]" as "name.cpp:N]".
+std::string without_line_numbers(const std::string& text);
+
+namespace detail {
+void capture_output();
+std::string captured_output();
+}  // namespace detail
+
+template <typename Action>
+std::string output_of(Action action)
+{
+    detail::capture_output();
+    action();
+    return detail::captured_output();
+}
+
+}  // namespace rbk::test
