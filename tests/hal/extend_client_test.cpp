@@ -114,7 +114,7 @@ TEST_P(ExtendFault, ComesBackAsItsResult)
     std::uint32_t rsp_len = 8;
     EXPECT_EQ(echo(4, rsp_len, rsp), GetParam().result);
     EXPECT_EQ(rsp_len, GetParam().filled);
-    EXPECT_EQ(log_count(GetParam().words), 1U) << log();
+    EXPECT_EQ(log_count(GetParam().words), 1U);
     rsp_len = 8;
     EXPECT_EQ(echo(4, rsp_len, rsp), GetParam().next);
 }
@@ -206,10 +206,10 @@ TEST_F(ExtendClient, SwitchSilencesTheRequestAndTheOpen)
     EXPECT_EQ(echo(4, rsp_len, rsp), 0);
     EXPECT_EQ(echo(551, rsp_len, rsp), -1);
     EXPECT_EQ(velmor_extend_qmi_send_sync(kEcho, nullptr, 1, rsp.data(), &rsp_len), -1);
-    EXPECT_EQ(log_count("velmor_extend_api.cpp"), 0U) << log();
+    EXPECT_EQ(log_count("velmor_extend_api.cpp"), 0U);
     g_extend_log_on = 1;
     EXPECT_EQ(echo(4, rsp_len, rsp), 0);
-    EXPECT_EQ(log_count("velmor_extend_qmi_handle_req_cb result:0"), 1U);
+    EXPECT_EQ(log_count("result:0"), 1U);
 }
 
 TEST_F(ExtendClient, SwitchLeavesTheFailedOpenItsWords)
@@ -220,7 +220,7 @@ TEST_F(ExtendClient, SwitchLeavesTheFailedOpenItsWords)
     std::vector<std::uint8_t> rsp(600);
     std::uint32_t rsp_len = 8;
     EXPECT_EQ(echo(4, rsp_len, rsp), -2);
-    EXPECT_EQ(log_count("velmor_extend_api.cpp"), 1U) << log();
+    EXPECT_EQ(log_count("velmor_extend_api.cpp"), 1U);
     EXPECT_EQ(log_count("velmor_extend_qmi_client_open: -2 QMI client init failed"), 1U);
 }
 
@@ -354,7 +354,7 @@ TEST_P(ExtendNotice, GoesToTheSlotOfItsRequestId)
     std::uint32_t rsp_len = 8;
     ASSERT_EQ(echo(4, rsp_len, rsp), 0);
     if (GetParam().words != nullptr) {
-        EXPECT_TRUE(wait_until([this] { return log_count(GetParam().words) == 1; })) << log();
+        EXPECT_TRUE(wait_until([this] { return log_count(GetParam().words) == 1; }));
         EXPECT_EQ(told, 0);
     } else {
         ASSERT_TRUE(wait_until([] { return told > 0; }));
