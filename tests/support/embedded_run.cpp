@@ -47,6 +47,13 @@ std::vector<Traced> EmbeddedRun::requests() const
     return messages;
 }
 
+std::vector<std::uint8_t> pattern(std::size_t size)
+{
+    std::vector<std::uint8_t> bytes(size);
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256 + 1);
+    return bytes;
+}
+
 std::string hex(const std::vector<std::uint8_t>& bytes)
 {
     static constexpr char kDigits[] = "0123456789ABCDEF";
@@ -63,6 +70,18 @@ std::string le(std::uint64_t number, int width)
     std::vector<std::uint8_t> bytes;
     for (int i = 0; i < width; ++i) bytes.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
     return hex(bytes);
+}
+
+std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::string& data)
+{
+    return "010400" + le(qmi_id, 4) + "020400" + le(data_len, 4) + "102602" + data +
+           std::string(2 * 550 - data.size(), '0');
+}
+
+std::string raw_answer(const std::string& tlvs, int nth)
+{
+    const std::string which = nth == 0 ? "" : "nth = " + std::to_string(nth) + "\n";
+    return "[[fault]]\nservice = 'extended'\n" + which + "action = 'raw'\nbytes = '" + tlvs + "'\n";
 }
 
 }  // namespace rbk::test

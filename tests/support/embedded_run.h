@@ -32,9 +32,18 @@ class EmbeddedRun : public HomeTest {
     std::vector<Traced> requests() const;
 };
 
+// Different bytes, also from one chunk of a file to the next.
+std::vector<std::uint8_t> pattern(std::size_t size);
+
 std::string hex(const std::vector<std::uint8_t>& bytes);
 
 // A number of `width` bytes as it stands on the wire, in hex.
 std::string le(std::uint64_t number, int width);
+
+// The TLVs of an envelope, in hex; `data` is hex too, filled up with zeros.
+std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::string& data);
+
+// A rule of a scenario: the extended service answers its nth request, or each, with these TLVs.
+std::string raw_answer(const std::string& tlvs, int nth = 0);
 
 }  // namespace rbk::test
