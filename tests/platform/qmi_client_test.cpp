@@ -1,4 +1,4 @@
-// The QMI client library against the simulated modem, over each carrier that the machine has.
+// The QMI client library against the simulated modem, over each carrier; the kernel's QRTR sockets are stood in for.
 #include "qmi_client.h"
 
 #include <gtest/gtest.h>
@@ -104,7 +104,12 @@ class QmiClient : public HomeTest, public testing::WithParamInterface<const char
             return;
         }
         process_.emplace(home(), std::vector<std::string>{"--scenario", file});
-        ::setenv("RBK_MODEM", process_->address().c_str(), 1);
+        if (std::string(GetParam()) == "unix") {
+            ::setenv("RBK_MODEM", process_->address().c_str(), 1);
+        } else {
+            ::setenv("RBK_TEST_QRTR", process_->address().substr(sizeof "unix:" - 1).c_str(), 1);
+            ::setenv("RBK_MODEM", "qrtr", 1);
+        }
     }
 
     static qmi_service_info only_server()
@@ -134,7 +139,7 @@ class QmiClient : public HomeTest, public testing::WithParamInterface<const char
     std::optional<ModemProcess> process_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix"),
+INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix", "qrtr"),
                          [](const auto& info) { return std::string(info.param); });
 
 // ---- Requests ----
