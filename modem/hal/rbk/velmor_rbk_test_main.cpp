@@ -54,15 +54,16 @@ int main(int argc, char *argv[])
     switch (group) {
     case RBK_GROUP_NV:
     case RBK_GROUP_IMEI: LOG(2, "Not support"); break;
-    case RBK_GROUP_RF: show_help(group); break;
-    case RBK_GROUP_NVEFS: show_help(group); break;
-    case RBK_GROUP_CMN: show_help(group); break;
-    case RBK_GROUP_SEND_DATA: show_help(group); break;
-    case RBK_GROUP_STATS: show_help(group); break;
     case RBK_GROUP_AT: velmor_test_at_cmd_do(argc, argv); break;
-    case RBK_GROUP_STATS_QMI: show_help(group); break;
-    case RBK_GROUP_MBN: show_help(group); break;
-    case RBK_GROUP_SMART: show_help(group); break;
+    // No entry so far, so that their help is all that they have.
+    case RBK_GROUP_RF:
+    case RBK_GROUP_NVEFS:
+    case RBK_GROUP_CMN:
+    case RBK_GROUP_SEND_DATA:
+    case RBK_GROUP_STATS:
+    case RBK_GROUP_STATS_QMI:
+    case RBK_GROUP_MBN:
+    case RBK_GROUP_SMART:
     case RBK_GROUP_QMI: show_help(group); break;
     default: show_help(RBK_GROUP_ALL); break;
     }
