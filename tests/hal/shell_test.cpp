@@ -116,36 +116,63 @@ const char* const kAt = "RIL[velmor_rbk_at_cmd.cpp:N] ";
 
 struct AtCase {
     const char* catches;
-    Lines arguments;   // behind the group
-    const char* answer;   // of the system's shell
+    Lines arguments;     // behind the group
+    const char* answer;  // of the system's shell
     Lines calls;
-    Lines shown;   // without order: two threads speak
+    Lines shown;  // without order: two threads speak
     bool help;
 };
 
 const std::string kHundred(100, 'A');
 
 const AtCase kAtCases[] = {
-    {"CommandIsOptional", {}, "0", {},
-     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"}, true},
-    {"FurtherWordsIgnored", {"AT", "X"}, "0", {},
-     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"}, true},
-    {"LimitNotInclusive", {kHundred}, "0", {"system echo \"" + kHundred + "\r\" > /dev/smd8"},
+    {"CommandIsOptional",
+     {},
+     "0",
+     {},
+     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"},
+     true},
+    {"FurtherWordsIgnored",
+     {"AT", "X"},
+     "0",
+     {},
+     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"},
+     true},
+    {"LimitNotInclusive",
+     {kHundred},
+     "0",
+     {"system echo \"" + kHundred + "\r\" > /dev/smd8"},
      {"velmor_test_at_cmd_do: At cmd you input: sscanf(1), len (100), " + kHundred,
-      "velmor_test_at_cmd_send: echo, ret_sys: 0"}, false},
-    {"LongCommandCut", {kHundred + "B"}, "0", {},
+      "velmor_test_at_cmd_send: echo, ret_sys: 0"},
+     false},
+    {"LongCommandCut",
+     {kHundred + "B"},
+     "0",
+     {},
      {"velmor_test_at_cmd_do: note: the second parameters length should <= 100, Pls refer to the following cmd:"},
      true},
-    {"BlankDoesNotEndTheCommand", {"AT+X Y"}, "0", {"system echo \"AT+X\r\" > /dev/smd8"},
+    {"BlankDoesNotEndTheCommand",
+     {"AT+X Y"},
+     "0",
+     {"system echo \"AT+X\r\" > /dev/smd8"},
      {"velmor_test_at_cmd_do: At cmd you input: sscanf(1), len (4), AT+X",
-      "velmor_test_at_cmd_send: Success to send at shell cmd"}, false},
-    {"EmptyCommandRefused", {""}, "0", {"system echo \"\r\" > /dev/smd8"},
-     {"velmor_test_at_cmd_do: At cmd you input: sscanf(-1), len (0), "}, false},
+      "velmor_test_at_cmd_send: Success to send at shell cmd"},
+     false},
+    {"EmptyCommandRefused",
+     {""},
+     "0",
+     {"system echo \"\r\" > /dev/smd8"},
+     {"velmor_test_at_cmd_do: At cmd you input: sscanf(-1), len (0), "},
+     false},
     {"ShellCharactersQuoted", {"AT+`$X`"}, "0", {"system echo \"AT+`$X`\r\" > /dev/smd8"}, {}, false},
-    {"FailedSendBringsHelp", {"AT"}, "512", {"system echo \"AT\r\" > /dev/smd8"},
+    {"FailedSendBringsHelp",
+     {"AT"},
+     "512",
+     {"system echo \"AT\r\" > /dev/smd8"},
      {"velmor_test_at_cmd_send: echo, ret_sys: 512", "velmor_test_at_cmd_send: Fail to send at shell cmd",
       "velmor_test_at_cmd_receive: The thread to receive data from serial is started",
-      "velmor_test_at_cmd_receive: The at channel is not opened, g_at_serial_fd 0"}, false}};
+      "velmor_test_at_cmd_receive: The at channel is not opened, g_at_serial_fd 0"},
+     false}};
 
 class AtTest : public ShellTest, public testing::WithParamInterface<AtCase> {};
 
