@@ -10,6 +10,7 @@
 #include <set>
 
 #include "simulator/embedded.h"
+#include "support/program.h"
 #include "wire_client.h"
 
 namespace rbk::sim {
@@ -20,7 +21,7 @@ class Server {
  public:
     Server(const std::filesystem::path& folder, std::vector<std::string> arguments)
     {
-        arguments.insert(arguments.begin(), RBK_MODEM_PROGRAM);
+        arguments.insert(arguments.begin(), test::bin_path("rbk-modem"));
         std::vector<char*> words;
         for (std::string& argument : arguments) words.push_back(argument.data());
         words.push_back(nullptr);
