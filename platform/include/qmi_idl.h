@@ -154,7 +154,7 @@ constexpr uint8_t IN_RECORD = 0;
 
 /* Bytes of the structure that no TLV fills; they read as zero after a decode. */
 #define IDL_RESERVED(T, m) \
-    IDL_ROW_(IN_RECORD, T, m, IDL_RESERVED_BYTES, false, 0, 0, 0, sizeof(T::m), nullptr, 1, 0, 0)
+    IDL_ROW_(IN_RECORD, T, m, IDL_RESERVED_BYTES, false, 0, 0, 0, sizeof(T::m), nullptr, 1, 1, 0)
 
 /* The result TLV of a published service's response: two bytes each on the wire, words in memory. */
 #define IDL_RESULT(T, m) IDL_RECORD(0x02, T, m, idl_result_record)
@@ -206,11 +206,17 @@ struct idl_finding {
     uint16_t  message;
 };
 
+/* Told by the width: under the sanitizers an address compared with null is no constant. */
+constexpr bool idl_is_record(const idl_field &field)
+{
+    return field.wire_width == 0;
+}
+
 constexpr uint32_t idl_longest_value(const idl_field &field);
 
 constexpr uint32_t idl_longest_element(const idl_field &field)
 {
-    if (field.record == nullptr) return field.wire_width;
+    if (!idl_is_record(field)) return field.wire_width;
     uint32_t longest = 0;
     for (uint32_t i = 0; i < field.record->field_count; ++i) longest += idl_longest_value(field.record->fields[i]);
     return longest;
@@ -259,7 +265,7 @@ constexpr idl_fault idl_check_fields(const idl_field *fields, uint32_t field_cou
         if (field.count_width == 1 && field.limit > 0xFF) return COUNT_TOO_NARROW;
 
         idl_fault fault = IDL_SOUND;
-        if (field.record != nullptr) {
+        if (idl_is_record(field)) {
             if (field.record->size != field.memory_width) return RECORD_SIZE_DIFFERS;
             fault = idl_check_fields(field.record->fields, field.record->field_count, field.record->size,
                                      field.record->alignment, true);
@@ -270,7 +276,7 @@ constexpr idl_fault idl_check_fields(const idl_field *fields, uint32_t field_cou
         if (fault == IDL_SOUND) {
             const uint32_t characters = field.form == IDL_CHARACTERS ? field.limit + 1 : field.limit;
             fault = idl_claim(end, field.offset, characters * field.memory_width,
-                              field.record != nullptr ? field.record->alignment : field.memory_width);
+                              idl_is_record(field) ? field.record->alignment : field.memory_width);
         }
         if (fault != IDL_SOUND) return fault;
     }

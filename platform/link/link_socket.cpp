@@ -1,5 +1,7 @@
 #include "platform/link/link_socket.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <sys/un.h>
@@ -44,9 +46,15 @@ std::optional<ControlPacket> parse_control(ByteView datagram)
     return ControlPacket{word(0), word(4), word(8), {word(12), word(16)}};
 }
 
+LinkSocket::LinkSocket(LinkSocket&& other) noexcept
+{
+    *this = std::move(other);
+}
+
 LinkSocket& LinkSocket::operator=(LinkSocket&& other) noexcept
 {
     std::swap(fd_, other.fd_);
+    std::swap(wake_fd_, other.wake_fd_);
     std::swap(carrier_, other.carrier_);
     return *this;
 }
@@ -54,6 +62,7 @@ LinkSocket& LinkSocket::operator=(LinkSocket&& other) noexcept
 LinkSocket::~LinkSocket()
 {
     if (fd_ >= 0) ::close(fd_);
+    if (wake_fd_ >= 0) ::close(wake_fd_);
 }
 
 LinkSocket LinkSocket::connect_unix(const std::string& path, std::string& error)
@@ -77,7 +86,11 @@ LinkSocket LinkSocket::connect_unix(const std::string& path, std::string& error)
 LinkSocket LinkSocket::open_qrtr(std::string& error)
 {
     LinkSocket socket(::socket(AF_QIPCRTR, SOCK_DGRAM | SOCK_CLOEXEC, 0), Carrier::qrtr);
-    if (!socket.is_open()) error = "qrtr: " + error_text(errno);
+    if (socket.is_open()) socket.wake_fd_ = ::eventfd(0, EFD_CLOEXEC);
+    if (!socket.is_open() || socket.wake_fd_ < 0) {
+        error = "qrtr: " + error_text(errno);
+        return {};
+    }
     return socket;
 }
 
@@ -130,6 +143,12 @@ std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool
     if (carrier_ == Carrier::qrtr) {
         message.msg_name = &address;
         message.msg_namelen = sizeof address;
+        if (wait) {
+            pollfd events[] = {{fd_, POLLIN, 0}, {wake_fd_, POLLIN, 0}};
+            ::poll(events, 2, -1);
+            closed = events[1].revents != 0;
+            if (closed) return std::nullopt;
+        }
     }
     ssize_t received;
     do {
@@ -147,7 +166,10 @@ std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool
 
 void LinkSocket::shut_down() const
 {
-    ::shutdown(fd_, SHUT_RDWR);
+    if (carrier_ == Carrier::qrtr)
+        ::eventfd_write(wake_fd_, 1);
+    else
+        ::shutdown(fd_, SHUT_RDWR);
 }
 
 }  // namespace rbk::link

@@ -54,7 +54,7 @@ class LinkSocket {
 
     LinkSocket() = default;
     LinkSocket(int fd, Carrier carrier) : fd_(fd), carrier_(carrier) {}
-    LinkSocket(LinkSocket&& other) noexcept : fd_(other.fd_), carrier_(other.carrier_) { other.fd_ = -1; }
+    LinkSocket(LinkSocket&& other) noexcept;
     LinkSocket& operator=(LinkSocket&& other) noexcept;
     ~LinkSocket();
 
@@ -78,6 +78,7 @@ class LinkSocket {
 
  private:
     int fd_ = -1;
+    int wake_fd_ = -1;  // qrtr: an event that ends a receive, since the kernel's sockets know no shutdown
     Carrier carrier_ = Carrier::seqpacket;
 };
 

@@ -1,6 +1,7 @@
 // The command line: groups, their help byte for byte, and the AT command.
 #include <gtest/gtest.h>
 
+#include "support/help_text.h"
 #include "support/home.h"
 #include "support/program.h"
 #include "velmor_rbk_groups.h"
@@ -9,19 +10,6 @@ namespace rbk::test {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-// The help that a group prints, or all of it for 0, out of the text that stands beside this test.
-std::string help_of(int group)
-{
-    const std::string all = read_file(data_path("hal/help.txt"));
-    if (group == 0) return all;
-    const auto head = [&](int number) { return all.find("\n" + std::to_string(number) + ": ") + 1; };
-    const std::size_t first = all.find("\n\n") + 2;
-    const std::size_t last = all.rfind("====", all.size() - 10);
-    const std::size_t closing = all.rfind('\n', last) + 1;
-    const std::size_t end = group == 12 ? closing : head(group + 1);
-    return all.substr(0, first) + all.substr(head(group), end - head(group)) + all.substr(closing);
-}
 
 class ShellTest : public HomeTest {
  protected:

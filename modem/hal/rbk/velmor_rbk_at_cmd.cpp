@@ -69,9 +69,9 @@ void velmor_test_at_cmd_show_help(int group)
 {
     if (group != RBK_GROUP_ALL && group != RBK_GROUP_AT) return;
     // clang-format off
-    LOG(8, "%d: velmor at command test\n", RBK_GROUP_AT);
-    LOG(8, "   rbk %d atcmd_cxt               /* atcmd_cxt: at command context */\n", RBK_GROUP_AT);
-    LOG(8, "                                    the len of atcmd can not > %d\n", AT_CMD_LEN_MAX);
+    LOG(8, "%d: velmor at command test", RBK_GROUP_AT);
+    LOG(8, "   rbk %d atcmd_cxt               /* atcmd_cxt: at command context */", RBK_GROUP_AT);
+    LOG(8, "                                    the len of atcmd can not > %d", AT_CMD_LEN_MAX);
     // clang-format on
 }
 

@@ -1,0 +1,105 @@
+// The process's one connection to the modem: the carrier that RBK_MODEM names, the thread that reads it, and what the
+// router has told of the modem's services. The QMI client library and the diag library stand on it.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/link/link_socket.h"
+#include "platform/linux/link_trace.h"
+#include "platform/linux/thread_safety.h"
+#include "simulator/embedded.h"
+
+namespace rbk::platform {
+
+using Deadline = std::chrono::steady_clock::time_point;
+
+// A server of a service, as the router tells it.
+struct Server {
+    std::uint32_t service = 0;
+    std::uint32_t instance = 0;  // version in the low byte, instance number above it
+    link::Address address;
+    bool operator==(const Server&) const = default;
+};
+
+// Who is told what comes over the link. All calls come on the link's reading thread, none under its lock.
+class LinkListener {
+ public:
+    // `bytes` live for the call.
+    virtual void on_datagram(const Server& from, ByteView bytes) = 0;
+    virtual void on_server_gone(const Server& server) = 0;
+
+ protected:
+    ~LinkListener() = default;
+};
+
+class ModemLink {
+ public:
+    // Built at the first use and never destroyed: detached workers may come after the end of main. Its threads, and the
+    // embedded modem's, are stopped and joined by an exit handler registered then; later calls fail.
+    static ModemLink& get();
+
+    // Never removed: a listener lives as long as the process. There is room for the libraries that stand on the link.
+    void add_listener(LinkListener& listener);
+
+    // The servers of a service, in the order that the router told them. The first call for a service asks the router and
+    // waits for the whole list. -4 when there is no way to the modem.
+    std::int32_t list_servers(std::uint32_t service, std::vector<Server>& servers);
+
+    // How often servers of the service have come or gone, and a wait until that is no longer what it was.
+    std::uint32_t news(std::uint32_t service);
+    bool wait_for_news(std::uint32_t service, std::uint32_t& seen, Deadline deadline);
+
+    bool knows(const Server& server);
+
+    // Sends one datagram. `traced` writes its line of the trace, under the trace's lock, when the send has succeeded.
+    // 0, -2 the modem is gone, -3 the deadline has passed while the link was full.
+    template <typename Traced>
+    std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline, Traced traced)
+    {
+        const auto lock = trace_->lock();
+        const std::int32_t result = send(to, head, body, deadline);
+        if (result == 0) traced(*trace_);
+        return result;
+    }
+
+    LinkTrace& trace() { return *trace_; }
+
+ private:
+    ModemLink();
+    std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline);
+    std::int32_t open() REQUIRES(mutex_);
+    bool connect() REQUIRES(mutex_);
+    std::int32_t look_up(std::unique_lock<std::mutex>& lock, std::uint32_t service) REQUIRES(mutex_);
+    void read(const link::LinkSocket& socket);
+    void on_control(const link::ControlPacket& packet);
+    void on_server_lost(const Server& server);
+    void on_closed();
+    void stop();
+
+    std::unique_ptr<LinkTrace> trace_;
+    std::array<std::atomic<LinkListener*>, 2> listeners_{};
+
+    std::mutex mutex_;
+    std::condition_variable changed_;  // a lookup has ended, the servers have changed, the link has closed
+    enum class State { closed, open, stopped } state_ GUARDED_BY(mutex_) = State::closed;
+    std::shared_ptr<link::LinkSocket> socket_ GUARDED_BY(mutex_);  // senders hold their own share while they send
+    std::thread reader_ GUARDED_BY(mutex_);
+    std::unique_ptr<sim::EmbeddedModem> modem_ GUARDED_BY(mutex_);
+    std::vector<Server> servers_ GUARDED_BY(mutex_);
+    std::set<std::uint32_t> looked_up_ GUARDED_BY(mutex_);  // services whose whole list is known
+    std::map<std::uint32_t, std::uint32_t> news_ GUARDED_BY(mutex_);  // by service: changes of servers_
+    bool looking_up_ GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace rbk::platform

@@ -1,0 +1,499 @@
+// The QMI client library over the link. Requests wait on the caller's own stack and are answered by the link's reading
+// thread; indications and lost services go through a queue to one callback thread, so that a callback never holds up an
+// answer.
+#include "qmi_client.h"
+
+#include <algorithm>
+#include <array>
+#include <condition_variable>
+#include <cstdlib>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <variant>
+
+#include "platform/linux/environment.h"
+#include "platform/linux/idl_codec.h"
+#include "platform/linux/modem_link.h"
+
+namespace rbk::platform {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr std::int32_t kInternal = -1;
+constexpr std::int32_t kServiceGone = -2;
+constexpr std::int32_t kTimeout = -3;
+
+// At the end of the process a callback that is under way has this long to return; then the process goes without it.
+constexpr milliseconds kCallbackGrace{1000};
+
+struct Client {
+    qmi_idl_service_object_type service = nullptr;
+    Server server;
+    qmi_client_ind_cb ind_cb = nullptr;
+    void* ind_data = nullptr;
+    qmi_client_error_cb error_cb = nullptr;
+    void* error_data = nullptr;
+    bool is_notifier = false;
+    bool gone = false;  // its server has gone; nothing brings this client back
+};
+
+// A request that waits, on its caller's stack.
+struct Transaction {
+    qmi_client_handle client = nullptr;
+    link::Address server;
+    std::uint16_t id = 0;
+    const idl_message* response = nullptr;
+    void* structure = nullptr;
+    bool done = false;
+    std::int32_t result = kInternal;
+    std::condition_variable finished;
+    Transaction* next = nullptr;
+};
+
+struct Indication {
+    link::Address server;
+    std::uint32_t message = 0;
+    Bytes tlvs;
+};
+struct ServiceGone {
+    qmi_client_handle client = nullptr;
+};
+using Event = std::variant<Indication, ServiceGone>;
+
+thread_local bool on_callback_thread = false;
+
+class ClientLibrary final : public LinkListener {
+ public:
+    static ClientLibrary& get();
+
+    ModemLink& link() { return link_; }
+    // A time-out that a caller gave, on the scale of this run.
+    Deadline deadline(std::uint32_t timeout_ms) const;
+
+    qmi_client_handle add(const Client& client);
+    bool find(qmi_client_handle handle, Client& client);
+    std::int32_t set_error_callback(qmi_client_handle handle, qmi_client_error_cb callback, void* data);
+    std::int32_t release(qmi_client_handle handle);
+    std::int32_t exchange(const Client& client, Transaction& transaction, const link::QmiHead& head, ByteView tlvs,
+                          std::uint32_t timeout_ms);
+
+    void on_datagram(const Server& from, ByteView bytes) override;
+    void on_server_gone(const Server& server) override;
+
+ private:
+    ClientLibrary();
+    void enqueue(Event event) REQUIRES(mutex_);
+    void finish(Transaction& transaction, std::int32_t result) REQUIRES(mutex_);
+    void start_transaction(Transaction& transaction) REQUIRES(mutex_);
+    void end_transaction(Transaction& transaction) REQUIRES(mutex_);
+    void run_callbacks();
+    void deliver(std::unique_lock<std::mutex>& lock, Indication& indication) REQUIRES(mutex_);
+    void deliver(std::unique_lock<std::mutex>& lock, ServiceGone& gone) REQUIRES(mutex_);
+    void stop();
+
+    ModemLink& link_;
+    const double timeout_scale_;
+
+    std::mutex mutex_;
+    std::map<qmi_client_handle, Client> clients_ GUARDED_BY(mutex_);
+    std::uintptr_t last_handle_ GUARDED_BY(mutex_) = 0;
+    Transaction* waiting_ GUARDED_BY(mutex_) = nullptr;
+    std::uint16_t last_transaction_ GUARDED_BY(mutex_) = 0;
+
+    std::thread callbacks_ GUARDED_BY(mutex_);
+    std::deque<Event> events_ GUARDED_BY(mutex_);
+    std::condition_variable event_came_;
+    std::condition_variable callback_ended_;
+    qmi_client_handle in_callback_ GUARDED_BY(mutex_) = nullptr;  // whose callback is running
+    bool stopped_ GUARDED_BY(mutex_) = false;
+};
+
+// ---- Life of the library ----
+
+ClientLibrary& ClientLibrary::get()
+{
+    static ClientLibrary* const library = [] {
+        auto* built = new ClientLibrary;  // never destroyed: detached workers may come after the end of main
+        std::atexit([] { get().stop(); });
+        return built;
+    }();
+    return *library;
+}
+
+ClientLibrary::ClientLibrary() : link_(ModemLink::get()), timeout_scale_(environment().qmi_timeout_scale)
+{
+    link_.add_listener(*this);
+}
+
+void ClientLibrary::stop()
+{
+    std::unique_lock lock(mutex_);
+    stopped_ = true;
+    events_.clear();
+    event_came_.notify_all();
+    if (!callbacks_.joinable()) return;
+    const bool idle = !on_callback_thread &&
+                      callback_ended_.wait_for(lock, kCallbackGrace, [&] { return in_callback_ == nullptr; });
+    std::thread callbacks = std::move(callbacks_);
+    lock.unlock();
+    if (idle)
+        callbacks.join();
+    else
+        callbacks.detach();  // it may be the one that ends the process
+}
+
+Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
+{
+    constexpr double kLongest = 1e15;  // microseconds: thirty years, and no overflow whatever the scale
+    const double wait = std::min(timeout_ms * 1e3 * timeout_scale_, kLongest);
+    return steady_clock::now() + std::chrono::microseconds(static_cast<std::int64_t>(wait));
+}
+
+// ---- Handles ----
+
+qmi_client_handle ClientLibrary::add(const Client& client)
+{
+    const std::lock_guard lock(mutex_);
+    const auto handle = reinterpret_cast<qmi_client_handle>(++last_handle_);
+    clients_.emplace(handle, client);
+    return handle;
+}
+
+bool ClientLibrary::find(qmi_client_handle handle, Client& client)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = clients_.find(handle);
+    if (found == clients_.end()) return false;
+    client = found->second;
+    return true;
+}
+
+std::int32_t ClientLibrary::set_error_callback(qmi_client_handle handle, qmi_client_error_cb callback, void* data)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = clients_.find(handle);
+    if (found == clients_.end() || callback == nullptr) return kInternal;
+    found->second.error_cb = callback;
+    found->second.error_data = data;
+    if (found->second.gone) enqueue(ServiceGone{handle});
+    return 0;
+}
+
+std::int32_t ClientLibrary::release(qmi_client_handle handle)
+{
+    std::unique_lock lock(mutex_);
+    if (clients_.erase(handle) == 0) return kInternal;
+    for (Transaction* each = waiting_; each != nullptr; each = each->next)
+        if (each->client == handle) finish(*each, kServiceGone);
+    if (!on_callback_thread) callback_ended_.wait(lock, [&] { return in_callback_ != handle; });
+    return 0;
+}
+
+// ---- Requests ----
+
+void ClientLibrary::start_transaction(Transaction& transaction)
+{
+    const auto in_flight = [&](std::uint16_t id) {
+        for (const Transaction* each = waiting_; each != nullptr; each = each->next)
+            if (each->id == id) return true;
+        return false;
+    };
+    do {
+        ++last_transaction_;
+    } while (last_transaction_ == 0 || in_flight(last_transaction_));
+    transaction.id = last_transaction_;
+    transaction.next = waiting_;
+    waiting_ = &transaction;
+}
+
+void ClientLibrary::end_transaction(Transaction& transaction)
+{
+    Transaction** link = &waiting_;
+    while (*link != &transaction) link = &(*link)->next;
+    *link = transaction.next;
+}
+
+void ClientLibrary::finish(Transaction& transaction, std::int32_t result)
+{
+    if (transaction.done) return;
+    transaction.done = true;
+    transaction.result = result;
+    transaction.finished.notify_one();  // under the lock: the caller's stack is gone soon after it
+}
+
+std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transaction, const link::QmiHead& head,
+                                     ByteView tlvs, std::uint32_t timeout_ms)
+{
+    const Deadline end = timeout_ms == 0 ? Deadline::max() : deadline(timeout_ms);
+    std::unique_lock lock(mutex_);
+    const auto found = clients_.find(transaction.client);
+    if (found == clients_.end()) return kInternal;
+    if (found->second.gone || stopped_) return kServiceGone;
+    start_transaction(transaction);
+
+    link::QmiHead sent_head = head;
+    sent_head.transaction = transaction.id;
+    std::array<std::uint8_t, link::kQmiHeadSize> head_bytes;
+    link::store_qmi_head(head_bytes.data(), sent_head);
+
+    lock.unlock();
+    const std::int32_t sent = link_.send(client.server.address, head_bytes, tlvs, end, [&](LinkTrace& trace) {
+        trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
+    });
+    lock.lock();
+    if (sent != 0)
+        finish(transaction, sent);
+    else if (end == Deadline::max())
+        transaction.finished.wait(lock, [&] { return transaction.done; });
+    else if (!transaction.finished.wait_until(lock, end, [&] { return transaction.done; }))
+        finish(transaction, kTimeout);
+    end_transaction(transaction);
+    return transaction.result;
+}
+
+// ---- What the modem says, on the link's reading thread ----
+
+void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
+{
+    const auto message = link::parse_qmi(bytes);
+    if (!message || message->head.kind == link::QmiKind::request) return;
+    {
+        const auto traced = link_.trace().lock();
+        link_.trace().qmi(Direction::from_modem, from.service, message->head, message->tlvs);
+    }
+    const std::lock_guard lock(mutex_);
+    if (message->head.kind == link::QmiKind::indication) {
+        enqueue(Indication{from.address, message->head.message, Bytes(message->tlvs.begin(), message->tlvs.end())});
+        return;
+    }
+    for (Transaction* each = waiting_; each != nullptr; each = each->next) {
+        if (each->id != message->head.transaction || each->server != from.address || each->done) continue;
+        const bool answers = each->response->id == message->head.message;
+        finish(*each, answers && decode(*each->response, message->tlvs, each->structure) ? 0 : kInternal);
+        return;
+    }
+}
+
+void ClientLibrary::on_server_gone(const Server& server)
+{
+    const std::lock_guard lock(mutex_);
+    for (Transaction* each = waiting_; each != nullptr; each = each->next)
+        if (each->server == server.address) finish(*each, kServiceGone);
+    for (auto& [handle, client] : clients_) {
+        if (client.server != server || client.is_notifier || client.gone) continue;
+        client.gone = true;
+        if (client.error_cb != nullptr) enqueue(ServiceGone{handle});
+    }
+}
+
+// ---- Callbacks ----
+
+void ClientLibrary::enqueue(Event event)
+{
+    if (stopped_) return;
+    events_.push_back(std::move(event));
+    if (!callbacks_.joinable()) {
+        try {
+            callbacks_ = std::thread([this] { run_callbacks(); });
+        } catch (const std::system_error& error) {
+            complain(std::string("no thread for QMI callbacks: ") + error.what());
+            events_.clear();
+            return;
+        }
+    }
+    event_came_.notify_one();
+}
+
+void ClientLibrary::run_callbacks()
+{
+    on_callback_thread = true;
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        event_came_.wait(lock, [&] { return stopped_ || !events_.empty(); });
+        if (stopped_) return;
+        Event event = std::move(events_.front());
+        events_.pop_front();
+        std::visit([&](auto& each) { deliver(lock, each); }, event);
+    }
+}
+
+// To each client of that server, in the order of their handles. A callback may release any of them.
+void ClientLibrary::deliver(std::unique_lock<std::mutex>& lock, Indication& indication)
+{
+    auto next = clients_.begin();
+    while (next != clients_.end() && !stopped_) {
+        const auto [handle, client] = *next;
+        if (client.server.address == indication.server && client.ind_cb != nullptr && !client.gone) {
+            in_callback_ = handle;
+            lock.unlock();
+            Bytes bytes = indication.tlvs;  // each callback may do with its buffer what it likes
+            client.ind_cb(handle, indication.message, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
+                          client.ind_data);
+            lock.lock();
+            in_callback_ = nullptr;
+            callback_ended_.notify_all();
+        }
+        next = clients_.upper_bound(handle);
+    }
+}
+
+void ClientLibrary::deliver(std::unique_lock<std::mutex>& lock, ServiceGone& gone)
+{
+    const auto found = clients_.find(gone.client);
+    if (found == clients_.end()) return;
+    const Client client = found->second;
+    in_callback_ = gone.client;
+    lock.unlock();
+    client.error_cb(gone.client, kServiceGone, client.error_data);
+    lock.lock();
+    in_callback_ = nullptr;
+    callback_ended_.notify_all();
+}
+
+// ---- Opening ----
+
+qmi_service_info info_of(const Server& server)
+{
+    return {server.service, server.instance, server.address.node, server.address.port};
+}
+
+std::int32_t open_client(const Server& server, qmi_idl_service_object_type service, qmi_client_ind_cb ind_cb,
+                         void* cb_data, qmi_client_handle* handle)
+{
+    ClientLibrary& library = ClientLibrary::get();
+    Client client;
+    client.service = service;
+    client.server = server;
+    client.ind_cb = ind_cb;
+    client.ind_data = cb_data;
+    *handle = library.add(client);
+    if (library.link().knows(server)) return 0;
+    library.release(*handle);  // it went while the client was opened, and nobody would tell
+    *handle = nullptr;
+    return kServiceGone;
+}
+
+}  // namespace
+}  // namespace rbk::platform
+
+// ---- The seam ----
+
+using namespace rbk::platform;
+
+int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_params* os_params,
+                                 qmi_client_handle* notifier)
+{
+    if (service == nullptr || os_params == nullptr || notifier == nullptr) return kInternal;
+    ClientLibrary& library = ClientLibrary::get();
+    os_params->service_id = service->service_id;
+    os_params->news_seen = library.link().news(service->service_id);
+    Client client;
+    client.service = service;
+    client.is_notifier = true;
+    *notifier = library.add(client);
+    return 0;
+}
+
+int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service_info* table, uint32_t* num_entries,
+                                    uint32_t* num_services)
+{
+    if (service == nullptr || num_services == nullptr || (table != nullptr && num_entries == nullptr)) return kInternal;
+    std::vector<Server> servers;
+    const std::int32_t result = ClientLibrary::get().link().list_servers(service->service_id, servers);
+    *num_services = static_cast<uint32_t>(servers.size());
+    if (table != nullptr) {
+        *num_entries = std::min(*num_entries, *num_services);
+        std::transform(servers.begin(), servers.begin() + *num_entries, table, info_of);
+    }
+    if (result != 0) return result;
+    return servers.empty() ? kServiceGone : 0;
+}
+
+int32_t qmi_cci_os_signal_wait(qmi_client_os_params* os_params, uint32_t timeout_ms)
+{
+    if (os_params == nullptr) return 0;
+    const Deadline deadline = steady_clock::now() + milliseconds(timeout_ms);
+    return ClientLibrary::get().link().wait_for_news(os_params->service_id, os_params->news_seen, deadline) ? 1 : 0;
+}
+
+int32_t qmi_client_init(const qmi_service_info* entry, qmi_idl_service_object_type service, qmi_client_ind_cb ind_cb,
+                        void* cb_data, qmi_client_os_params* /*os_params*/, qmi_client_handle* client)
+{
+    if (entry == nullptr || service == nullptr || client == nullptr) return kInternal;
+    const Server server{entry->service_id, entry->instance, {entry->node, entry->port}};
+    if (server == Server{} || server.service != service->service_id) return kServiceGone;
+    return open_client(server, service, ind_cb, cb_data, client);
+}
+
+int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t instance, qmi_client_ind_cb ind_cb,
+                                 void* cb_data, qmi_client_os_params* /*os_params*/, uint32_t timeout_ms,
+                                 qmi_client_handle* client)
+{
+    if (service == nullptr || client == nullptr) return kInternal;
+    ClientLibrary& library = ClientLibrary::get();
+    const Deadline deadline = library.deadline(timeout_ms);
+    std::uint32_t seen = library.link().news(service->service_id);
+    for (;;) {
+        std::vector<Server> servers;
+        const std::int32_t result = library.link().list_servers(service->service_id, servers);
+        if (result != 0) return result;
+        for (const Server& server : servers)
+            if (instance == QMI_CLIENT_INSTANCE_ANY || server.instance >> 8 == instance)
+                return open_client(server, service, ind_cb, cb_data, client);
+        if (!library.link().wait_for_news(service->service_id, seen, deadline)) return kTimeout;
+    }
+}
+
+int32_t qmi_client_register_error_cb(qmi_client_handle client, qmi_client_error_cb error_cb, void* cb_data)
+{
+    return ClientLibrary::get().set_error_callback(client, error_cb, cb_data);
+}
+
+int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, const void* request, uint32_t request_size,
+                                 void* response, uint32_t response_size, uint32_t timeout_ms)
+{
+    ClientLibrary& library = ClientLibrary::get();
+    Client found;
+    if (on_callback_thread || !library.find(client, found) || found.is_notifier) return kInternal;
+
+    const idl_message* asked = find_message(*found.service, REQUEST, msg_id);
+    Transaction transaction;
+    transaction.client = client;
+    transaction.server = found.server.address;
+    transaction.response = find_message(*found.service, RESPONSE, msg_id);
+    transaction.structure = response;
+    if (asked == nullptr || transaction.response == nullptr || request_size != asked->size ||
+        response_size != transaction.response->size || (request == nullptr && request_size != 0) ||
+        (response == nullptr && response_size != 0))
+        return kInternal;
+
+    // On the stack, so that a send allocates nothing; only the message's own bytes of it are ever touched.
+    std::array<std::uint8_t, rbk::link::kLongestTlvs> tlvs;
+    const auto length = encode(*asked, request, tlvs);
+    if (!length) return kInternal;
+    const rbk::link::QmiHead head{rbk::link::QmiKind::request, 0, static_cast<std::uint16_t>(msg_id),
+                                  static_cast<std::uint16_t>(*length)};
+    return library.exchange(found, transaction, head, rbk::ByteView(tlvs).first(*length), timeout_ms);
+}
+
+int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_message kind, uint32_t msg_id,
+                                  const void* raw, uint32_t raw_len, void* structure, uint32_t size)
+{
+    Client found;
+    if (!ClientLibrary::get().find(client, found)) return kInternal;
+    const idl_message* message = find_message(*found.service, kind, msg_id);
+    if (message == nullptr || size != message->size || (raw == nullptr && raw_len != 0) ||
+        (structure == nullptr && size != 0))
+        return kInternal;
+    return decode(*message, {static_cast<const std::uint8_t*>(raw), raw_len}, structure) ? 0 : kInternal;
+}
+
+int32_t qmi_client_release(qmi_client_handle client)
+{
+    return ClientLibrary::get().release(client);
+}

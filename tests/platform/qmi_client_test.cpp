@@ -1,0 +1,418 @@
+// The QMI client library against the simulated modem, over each carrier; the kernel's QRTR sockets are stood in for.
+#include "qmi_client.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
+
+#include "platform/counted_new.h"
+#include "platform/link/bytes.h"
+#include "support/home.h"
+#include "support/modem_process.h"
+
+namespace rbk::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+// ---- The extended service, as far as it is needed here: the modem gives the data of request ids 0, 3 and 5 back ----
+
+struct envelope {
+    uint32_t qmi_id;
+    uint32_t data_len;
+    uint8_t data_valid;
+    uint8_t data[550];
+};
+constexpr idl_field envelope_fields[] = {
+    IDL_WORD(0x01, envelope, qmi_id), IDL_WORD(0x02, envelope, data_len), IDL_OPT_BYTES(0x10, envelope, data)};
+constexpr idl_message messages[] = {idl_make<envelope>(2, REQUEST, envelope_fields, 567, 560),
+                                    idl_make<envelope>(2, RESPONSE, envelope_fields, 567, 560),
+                                    idl_make<envelope>(3, INDICATION, envelope_fields, 567, 560)};
+IDL_PROVE(messages);
+constexpr qmi_idl_service_object extended = idl_service(0xFFE4, 1, 1, messages, 567);
+constexpr qmi_idl_service_object nowhere = idl_service(0xFFF0, 1, 1, messages, 567);
+
+envelope echo_request(std::uint8_t first)
+{
+    envelope request{3, 4, 1, {first, 2, 3, 4}};
+    return request;
+}
+
+// What a callback has said, for the thread that waits for it.
+class Told {
+ public:
+    void add(std::string what)
+    {
+        const std::lock_guard lock(mutex_);
+        said_.push_back(std::move(what));
+        came_.notify_all();
+    }
+    // The first `count` of them; fewer when no more come within ten seconds.
+    std::vector<std::string> wait(std::size_t count)
+    {
+        std::unique_lock lock(mutex_);
+        came_.wait_for(lock, std::chrono::seconds(10), [&] { return said_.size() >= count; });
+        return said_;
+    }
+
+ private:
+    std::mutex mutex_;
+    std::condition_variable came_;
+    std::vector<std::string> said_;
+};
+
+class QmiClient : public HomeTest, public testing::WithParamInterface<const char*> {
+ protected:
+    // The modem that the scenario describes, reached over the case's carrier.
+    void use_modem(const std::string& scenario = "")
+    {
+        write_file(home() / "scenario.toml", scenario);
+        const std::string file = (home() / "scenario.toml").string();
+        if (std::string(GetParam()) == "embedded") {
+            ::setenv("RBK_SCENARIO", file.c_str(), 1);
+            return;
+        }
+        process_.emplace(home(), std::vector<std::string>{"--scenario", file});
+        if (std::string(GetParam()) == "unix") {
+            ::setenv("RBK_MODEM", process_->address().c_str(), 1);
+        } else {
+            ::setenv("RBK_TEST_QRTR", process_->address().substr(sizeof "unix:" - 1).c_str(), 1);
+            ::setenv("RBK_MODEM", "qrtr", 1);
+        }
+    }
+
+    static qmi_service_info only_server()
+    {
+        qmi_service_info info{};
+        uint32_t entries = 1;
+        uint32_t services = 0;
+        EXPECT_EQ(qmi_client_get_service_list(&extended, &info, &entries, &services), 0);
+        EXPECT_EQ(services, 1u);
+        return info;
+    }
+
+    static qmi_client_handle open(qmi_client_ind_cb ind_cb = nullptr, void* data = nullptr)
+    {
+        const qmi_service_info info = only_server();
+        qmi_client_handle client = nullptr;
+        EXPECT_EQ(qmi_client_init(&info, &extended, ind_cb, data, nullptr, &client), 0);
+        return client;
+    }
+
+    static int32_t send(qmi_client_handle client, const envelope& request, envelope& response,
+                        uint32_t timeout_ms = 10000)
+    {
+        return qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, timeout_ms);
+    }
+
+    std::optional<ModemProcess> process_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix", "qrtr"),
+                         [](const auto& carrier) { return std::string(carrier.param); });
+
+// ---- Requests ----
+
+TEST_P(QmiClient, GivesEachOfManyCallersItsOwnAnswer)
+{
+    use_modem();
+    qmi_client_handle client = open();
+    std::vector<std::thread> callers;
+    std::atomic<int> wrong = 0;
+    for (int caller = 0; caller < 8; ++caller)
+        callers.emplace_back([&, caller] {
+            for (int i = 0; i < 100; ++i) {
+                const envelope request = echo_request(static_cast<std::uint8_t>(caller * 16 + i % 16));
+                envelope response{};
+                if (send(client, request, response) != 0 || response.data_len != request.data_len ||
+                    std::memcmp(response.data, request.data, sizeof request.data) != 0)
+                    ++wrong;
+            }
+        });
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_P(QmiClient, AllocatesNothingOnTheSendPathAfterTheFirst)
+{
+    if (std::string(GetParam()) == "embedded") return use_modem();  // its modem allocates in the same process
+    use_modem();
+    qmi_client_handle client = open();
+    const envelope request = echo_request(1);
+    envelope response{};
+    ASSERT_EQ(send(client, request, response), 0);
+    const std::uint64_t before = allocations();
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(send(client, request, response), 0);
+    EXPECT_EQ(allocations() - before, 0u);
+}
+
+struct FailureCase {
+    const char* catches;
+    const char* rule;
+    std::int32_t result;
+};
+
+TEST_P(QmiClient, EachFailureHasItsResultAndLeavesTheAnswerUntouched)
+{
+    // One rule for each request, in this order: the modem counts matches from its start.
+    const FailureCase cases[] = {
+        {"SilenceTakenForAnAnswer", "nth = 1\naction = \"silent\"", -3},
+        {"RubbishStored", "nth = 2\naction = \"raw\"\nbytes = \"01 04 00 00 00\"", -1},
+        {"MissingTlvAccepted", "nth = 3\naction = \"raw\"\nbytes = \"01 04 00 00 00 00 00\"", -1},
+        {"LostServiceNotTold", "nth = 4\naction = \"down\"", -2},
+    };
+    std::string scenario;
+    for (const FailureCase& each : cases)
+        scenario += std::string("[[fault]]\nservice = \"extended\"\nmessage = 2\n") + each.rule + "\n";
+    use_modem(scenario);
+    qmi_client_handle client = open();
+    for (const FailureCase& each : cases) {
+        SCOPED_TRACE(each.catches);
+        envelope response;
+        std::memset(&response, 0x5A, sizeof response);
+        const envelope before = response;
+        EXPECT_EQ(send(client, echo_request(1), response, each.result == -3 ? 50 : 10000), each.result);
+        EXPECT_EQ(std::memcmp(&response, &before, sizeof before), 0);
+    }
+    envelope response;
+    EXPECT_EQ(send(client, echo_request(1), response), -2) << "a client came back to life with its service";
+}
+
+TEST_P(QmiClient, RefusesWhatCannotBeSent)
+{
+    use_modem();
+    qmi_client_handle client = open();
+    const envelope request = echo_request(1);
+    envelope response{};
+    EXPECT_EQ(qmi_client_send_msg_sync(client, 9, &request, sizeof request, &response, sizeof response, 100), -1);
+    EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, 4, &response, sizeof response, 100), -1);
+    EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, 4, 100), -1);
+    EXPECT_EQ(qmi_client_release(client), 0);
+    EXPECT_EQ(qmi_client_release(client), -1);
+    EXPECT_EQ(send(client, request, response), -1) << "a released handle was followed";
+    EXPECT_EQ(qmi_client_message_decode(client, INDICATION, 3, nullptr, 0, &response, sizeof response), -1);
+    const qmi_service_info none{};
+    EXPECT_EQ(qmi_client_init(&none, &extended, nullptr, nullptr, nullptr, &client), -2);
+}
+
+TEST_P(QmiClient, ReleaseEndsARequestInFlight)
+{
+    use_modem("[[fault]]\nservice = \"extended\"\naction = \"silent\"\n");
+    qmi_client_handle client = open();
+    auto result = std::async(std::launch::async, [&] {
+        envelope response{};
+        return send(client, echo_request(1), response, 60000);
+    });
+    std::this_thread::sleep_for(milliseconds(50));
+    EXPECT_EQ(qmi_client_release(client), 0);
+    EXPECT_NE(result.get(), 0);
+}
+
+// ---- Services that come and go ----
+
+TEST_P(QmiClient, FindsAServiceThatComesUpLate)
+{
+    use_modem("[modem]\nboot_ms = 150\n");
+    qmi_client_os_params wait_here{};
+    qmi_client_handle notifier = nullptr;
+    uint32_t services = 9;
+    EXPECT_EQ(qmi_client_notifier_init(&extended, &wait_here, &notifier), 0);
+    EXPECT_NE(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
+    EXPECT_EQ(services, 0u);
+    EXPECT_EQ(qmi_cci_os_signal_wait(&wait_here, 10000), 1);
+    EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
+    EXPECT_EQ(services, 1u);
+    EXPECT_EQ(qmi_cci_os_signal_wait(&wait_here, 1), 0) << "one change woke twice";
+}
+
+TEST_P(QmiClient, InitInstanceWaitsNoLongerThanAsked)
+{
+    use_modem();
+    qmi_client_handle client = nullptr;
+    EXPECT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 4, &client), 0);
+    EXPECT_NE(client, nullptr) << "a busy machine turned a present service into an absent one";
+    client = nullptr;
+    const auto start = steady_clock::now();
+    EXPECT_EQ(qmi_client_init_instance(&nowhere, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 40, &client), -3);
+    EXPECT_GE(steady_clock::now() - start, milliseconds(40));
+    EXPECT_EQ(client, nullptr);
+    EXPECT_EQ(qmi_client_init_instance(&extended, 7, nullptr, nullptr, nullptr, 1, &client), -3);
+}
+
+TEST_P(QmiClient, TellsOfALostServiceOnceAndFindsItAgain)
+{
+    use_modem("[modem]\nrestart_ms = 50\n[[fault]]\nservice = \"extended\"\nnth = 1\naction = \"down\"\n");
+    qmi_client_handle client = open();
+    Told told;
+    const auto on_error = [](qmi_client_handle, int32_t error, void* data) {
+        static_cast<Told*>(data)->add("error " + std::to_string(error));
+    };
+    qmi_client_os_params wait_here{};
+    qmi_client_handle notifier = nullptr;
+    qmi_client_notifier_init(&extended, &wait_here, &notifier);
+    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &told), 0);
+    envelope response{};
+    EXPECT_EQ(send(client, echo_request(1), response), -2);
+    EXPECT_EQ(told.wait(1), std::vector<std::string>{"error -2"});
+
+    uint32_t services = 0;
+    while (qmi_client_get_service_list(&extended, nullptr, nullptr, &services) != 0)
+        ASSERT_EQ(qmi_cci_os_signal_wait(&wait_here, 10000), 1);
+    EXPECT_EQ(send(open(), echo_request(1), response), 0);
+
+    // Registered when it has gone already: told all the same.
+    Told told_late;
+    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &told_late), 0);
+    EXPECT_EQ(told_late.wait(1), std::vector<std::string>{"error -2"});
+    EXPECT_EQ(told.wait(1).size(), 1u) << "told twice";
+}
+
+TEST(QmiClientOverUnix, FindsAModemThatIsStartedAgain)
+{
+    const TempDir dir;
+    std::optional<ModemProcess> modem(std::in_place, dir.path());
+    ::setenv("RBK_MODEM", modem->address().c_str(), 1);
+    qmi_client_handle client = nullptr;
+    ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 0, &client), 0);
+    modem->end(SIGKILL);
+    const envelope request = echo_request(1);
+    envelope response{};
+    EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 10000), -2);
+    modem.emplace(dir.path());
+    ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 1000, &client), 0);
+    EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 10000), 0);
+}
+
+// ---- Indications ----
+
+constexpr char kIndication[] =
+    "[[indication]]\nservice = \"extended\"\nmessage = 3\n"
+    "bytes = \"01 04 00 06 00 00 00 02 04 00 02 00 00 00\"\nafter_ms = 5\n";
+
+struct Listener {
+    Told told;
+    std::thread::id thread;
+    std::function<std::string(qmi_client_handle, const void*, uint32_t)> act;
+};
+
+void on_indication(qmi_client_handle client, uint32_t msg_id, void* buffer, uint32_t buffer_len, void* data)
+{
+    auto& listener = *static_cast<Listener*>(data);
+    listener.thread = std::this_thread::get_id();
+    listener.told.add(std::to_string(msg_id) + ": " + listener.act(client, buffer, buffer_len));
+}
+
+TEST_P(QmiClient, HandsAnIndicationToEachClientOnAThreadOfItsOwn)
+{
+    use_modem(kIndication);
+    Listener first;
+    Listener second;
+    first.act = second.act = [](qmi_client_handle client, const void* buffer, uint32_t length) {
+        envelope decoded;
+        const int32_t result =
+            qmi_client_message_decode(client, INDICATION, 3, buffer, length, &decoded, sizeof decoded);
+        return std::to_string(result) + " " + std::to_string(decoded.qmi_id);
+    };
+    qmi_client_handle client = open(on_indication, &first);
+    open(on_indication, &second);
+    envelope response{};
+    ASSERT_EQ(send(client, echo_request(1), response), 0);
+    EXPECT_EQ(first.told.wait(1), std::vector<std::string>{"3: 0 6"});
+    EXPECT_EQ(second.told.wait(1), std::vector<std::string>{"3: 0 6"});
+    EXPECT_NE(first.thread, std::this_thread::get_id());
+}
+
+TEST_P(QmiClient, ACallbackMayReleaseButNotSend)
+{
+    use_modem(kIndication);
+    Listener listener;
+    listener.act = [](qmi_client_handle client, const void*, uint32_t) {
+        const envelope request = echo_request(1);
+        envelope response{};
+        const int32_t sent = qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response,
+                                                      sizeof response, 1000);
+        return std::to_string(sent) + " " + std::to_string(qmi_client_release(client));
+    };
+    qmi_client_handle client = open(on_indication, &listener);
+    envelope response{};
+    ASSERT_EQ(send(client, echo_request(1), response), 0);
+    EXPECT_EQ(listener.told.wait(1), std::vector<std::string>{"3: -1 0"});
+}
+
+TEST_P(QmiClient, ReleaseWaitsForARunningCallback)
+{
+    use_modem(kIndication);
+    std::promise<void> entered;
+    std::atomic<bool> left = false;
+    Listener listener;
+    listener.act = [&](qmi_client_handle, const void*, uint32_t) {
+        entered.set_value();
+        std::this_thread::sleep_for(milliseconds(100));
+        left = true;
+        return std::string();
+    };
+    qmi_client_handle client = open(on_indication, &listener);
+    envelope response{};
+    ASSERT_EQ(send(client, echo_request(1), response), 0);
+    entered.get_future().wait();
+    EXPECT_EQ(qmi_client_release(client), 0);
+    EXPECT_TRUE(left);
+}
+
+TEST_P(QmiClient, TheProcessMayEndInTheMiddleOfACallback)
+{
+    use_modem(kIndication);
+    EXPECT_EXIT(
+        {
+            static Listener listener;
+            static std::promise<void> entered;
+            listener.act = [](qmi_client_handle, const void*, uint32_t) {
+                entered.set_value();
+                std::this_thread::sleep_for(milliseconds(20));
+                return std::string();
+            };
+            qmi_client_handle client = open(on_indication, &listener);
+            envelope response{};
+            send(client, echo_request(1), response);
+            entered.get_future().wait();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+// ---- Trace ----
+
+TEST_P(QmiClient, TracesWhatWentOverItsLinkInOrder)
+{
+    const std::string trace = (home() / "trace").string();
+    ::setenv("RBK_TRACE", trace.c_str(), 1);
+    use_modem(kIndication);
+    Listener listener;
+    listener.act = [](qmi_client_handle, const void*, uint32_t) { return std::string(); };
+    qmi_client_handle client = open(on_indication, &listener);
+    envelope response{};
+    ASSERT_EQ(send(client, echo_request(0xA1), response), 0);
+    listener.told.wait(1);
+
+    const std::vector<std::string> lines = lines_of(read_file(trace));
+    ASSERT_EQ(lines.size(), 3u);
+    const std::string zeros(2 * 546, '0');
+    const std::string heads[] = {
+        " > svc=0xFFE4 req txn=1 msg=0x0002 len=567 010400030000000204000400000010" "2602A1020304" + zeros,
+        " < svc=0xFFE4 rsp txn=1 msg=0x0002 len=567 010400000000000204000400000010" "2602A1020304" + zeros,
+        " < svc=0xFFE4 ind txn=0 msg=0x0003 len=14 0104000600000002040002000000",
+    };
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(lines[i].substr(lines[i].find(' ')), heads[i]);
+}
+
+}  // namespace
+}  // namespace rbk::test

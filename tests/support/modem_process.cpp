@@ -1,0 +1,56 @@
+#include "support/modem_process.h"
+
+#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "support/program.h"
+
+extern char** environ;
+
+namespace rbk::test {
+
+ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<std::string>& more_arguments)
+    : address_("unix:" + (home / "modem.sock").string())
+{
+    std::vector<std::string> command{bin_path("rbk-modem"), "--listen", address_, "--state", (home / "modem").string()};
+    command.insert(command.end(), more_arguments.begin(), more_arguments.end());
+    std::vector<char*> arguments;
+    for (std::string& word : command) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+
+    int out[2];
+    if (::pipe2(out, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe2");
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+    const int failed = ::posix_spawn(&pid_, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(out[1]);
+    char said[64] = {};
+    const ssize_t got = failed != 0 ? 0 : ::read(out[0], said, sizeof said - 1);
+    ::close(out[0]);
+    if (got <= 0 || std::string(said) != "ready\n") ADD_FAILURE() << "rbk-modem did not come up: " << said;
+}
+
+ModemProcess::~ModemProcess()
+{
+    if (pid_ > 0) end(SIGKILL);
+}
+
+int ModemProcess::end(int signal)
+{
+    int status = 0;
+    ::kill(pid_, signal);
+    ::waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace rbk::test
