@@ -112,7 +112,7 @@ TEST_F(VsClient, OtherVersionsHaveNoServiceObject)
 template <typename Request>
 std::string on_the_wire(const EmbeddedRun& run, std::uint32_t message, const Request& request)
 {
-    vs_bytes_512_rsp response;  // the longest but one that isn't sent here
+    vs_bytes_512_rsp response;  // room for each that is asked for here
     std::uint32_t size = 0;
     qmi_idl_get_message_c_struct_len(vs_client_info.vs_service_object, RESPONSE, static_cast<std::uint16_t>(message),
                                      &size);
