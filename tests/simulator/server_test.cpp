@@ -182,7 +182,7 @@ TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
                 acknowledged = next;
             }
         });
-        while (acknowledged == round) std::this_thread::yield();
+        while (acknowledged < round + 3) std::this_thread::yield();  // busy machines take their time
         std::this_thread::sleep_for(std::chrono::milliseconds(7 * life));
         server.end(SIGKILL);
         writer.join();
