@@ -48,6 +48,15 @@ int serve(const Arguments& arguments)
     std::optional<std::filesystem::path> file;
     if (!arguments.scenario.empty()) file = arguments.scenario;
     sim::Scenario scenario = sim::read_scenario(file);
+    std::filesystem::path state = arguments.state;
+    if (state.empty()) {
+        const std::optional<std::filesystem::path> home = rbk::platform::rbk_home();
+        if (!home) {
+            say(rbk::platform::kNoHome);
+            return 1;
+        }
+        state = *home / "modem";
+    }
 
     // Socket and terminal first: a start that is refused must not touch the state, which another server may be using.
     std::string error;
@@ -62,8 +71,6 @@ int serve(const Arguments& arguments)
     }
 
     sim::Complaints complaints(say);
-    const std::filesystem::path state =
-        arguments.state.empty() ? rbk::platform::rbk_home() / "modem" : std::filesystem::path(arguments.state);
     sim::Modem modem(std::move(scenario), state, complaints);
     modem.loop().watch(ending.get(), EPOLLIN, [&](std::uint32_t) { modem.stop(); });
     listener->serve(modem);

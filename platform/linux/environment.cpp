@@ -50,17 +50,14 @@ const Environment& environment()
     return *values;
 }
 
-std::filesystem::path rbk_home()
+std::optional<std::filesystem::path> rbk_home()
 {
-    if (const auto home = variable("RBK_HOME")) return *home;
+    if (const auto home = variable("RBK_HOME")) return home;
     // A relative XDG_STATE_HOME is to be ignored, says the convention that it comes from.
     if (const auto state = variable("XDG_STATE_HOME"); state && state->front() == '/')
         return std::filesystem::path(*state) / "rbk";
     const std::filesystem::path home = home_directory();
-    if (home.empty()) {
-        complain("no home directory for the state: set RBK_HOME");
-        return {};
-    }
+    if (home.empty()) return std::nullopt;
     return home / ".local/state/rbk";
 }
 

@@ -22,8 +22,9 @@ struct Environment {
 const Environment& environment();
 
 // The state directory: RBK_HOME, else $XDG_STATE_HOME/rbk, else .local/state/rbk in the home directory. Not created
-// here. Empty, with a complaint, when there is no home directory to be found.
-std::filesystem::path rbk_home();
+// here. Missing when there is no home directory to be found: kNoHome is then what to complain of.
+std::optional<std::filesystem::path> rbk_home();
+inline constexpr const char* kNoHome = "no home directory for properties and the modem's state: set RBK_HOME";
 
 // Says "rbk: <line>" on standard error, each line once per process however often it is asked to. Threads: any.
 void complain(std::string_view line);

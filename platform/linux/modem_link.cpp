@@ -58,8 +58,13 @@ bool ModemLink::connect()
     link::LinkSocket socket;
     std::string error;
     if (modem == "embedded") {
+        const std::optional<std::filesystem::path> home = rbk_home();
+        if (!home) {
+            complain(kNoHome);
+            return false;
+        }
         std::vector<std::string> complaints;
-        modem_ = sim::start_embedded_modem({rbk_home() / "modem", scenario}, socket, complaints);
+        modem_ = sim::start_embedded_modem({*home / "modem", scenario}, socket, complaints);
         for (const std::string& line : complaints) complain(line);
         error = "embedded modem: it could not be started";
     } else {

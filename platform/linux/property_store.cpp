@@ -17,8 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kNoHome = "no home directory for properties: set RBK_HOME";
-
 std::string error_line(const fs::path& path, int error)
 {
     return path.string() + ": " + std::generic_category().message(error);
@@ -69,8 +67,8 @@ fs::path write_beside(const fs::path& directory, std::string_view value)
 
 PropertyStore PropertyStore::of_home()
 {
-    const fs::path home = rbk_home();
-    return PropertyStore(home.empty() ? home : home / "properties");
+    const std::optional<fs::path> home = rbk_home();
+    return PropertyStore(home ? *home / "properties" : fs::path());
 }
 
 fs::path PropertyStore::this_boot() const
