@@ -3,6 +3,7 @@
 
 #include "support/help_text.h"
 #include "support/home.h"
+#include "support/no_threads.h"
 #include "support/program.h"
 #include "velmor_rbk_groups.h"
 
@@ -183,10 +184,24 @@ TEST_P(AtTest, OneCommand)
 
 INSTANTIATE_TEST_SUITE_P(, AtTest, testing::ValuesIn(kAtCases), [](const auto& row) { return row.param.catches; });
 
+// The group's entry in this process, as another caller than main would have it.
+std::string at_entry(const char* group, const char* command)
+{
+    char* arguments[] = {const_cast<char*>("rbk"), const_cast<char*>(group), const_cast<char*>(command), nullptr};
+    return output_of([&] { EXPECT_EQ(velmor_test_at_cmd_do(3, arguments), 0); });
+}
+
+TEST_F(ShellTest, AtEntrySendsNothingWithoutAThreadThatReceives)
+{
+    const NoThreads no_threads;
+    EXPECT_TRUE(without_line_numbers(at_entry("8", "AT"))
+                    .ends_with(std::string(kAt) + "velmor_test_at_cmd_do: Fail to create a thread\n" + help_of(8)));
+    EXPECT_EQ(calls(), Lines{});
+}
+
 TEST_F(ShellTest, AtEntryChecksTheGroupThatItIsCalledWith)
 {
-    char* arguments[] = {const_cast<char*>("rbk"), const_cast<char*>("9"), const_cast<char*>("AT"), nullptr};
-    const std::string out = output_of([&] { EXPECT_EQ(velmor_test_at_cmd_do(3, arguments), 0); });
+    const std::string out = at_entry("9", "AT");
     EXPECT_EQ(without_line_numbers(out),
               std::string(kAt) +
                   "velmor_test_at_cmd_do: note: the first parameters should be 8, Pls refer to the following cmd:\n" +
