@@ -54,7 +54,7 @@ TEST_F(EnvironmentTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
     EXPECT_LT(property_set("persist.x", "1"), 0);
     constexpr qmi_idl_service_object extended{0xFFE4, 1, 1, IDL_LIBRARY_VERSION, 0, nullptr, 0};
     uint32_t services = 0;
-    EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), -4);
+    EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("rbk: ") + platform::kNoHome + "\n");
     EXPECT_TRUE(std::filesystem::is_empty(empty));
 }
