@@ -23,6 +23,7 @@ TEST_F(EnvironmentTest, StateDirectoryHasItsDefaults)
         const char *rbk_home, *state_home, *home;
         std::string directory;
     } rows[] = {{"RbkHomeIgnored", "/a", "/b", "/c", "/a"},
+                {"FileTakenForAHome", "/dev/null", "/b", "/c", ""},
                 {"StateHomeIgnored", nullptr, "/b", "/c", "/b/rbk"},
                 {"EmptyVariableTaken", "", "/b", "/c", "/b/rbk"},
                 {"RelativeStateHomeTaken", nullptr, "b", "/c", "/c/.local/state/rbk"},
@@ -32,7 +33,9 @@ TEST_F(EnvironmentTest, StateDirectoryHasItsDefaults)
         const std::pair<const char*, const char*> variables[] = {
             {"RBK_HOME", row.rbk_home}, {"XDG_STATE_HOME", row.state_home}, {"HOME", row.home}};
         for (const auto& [name, value] : variables) value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-        EXPECT_EQ(platform::rbk_home(), row.directory) << row.catches;
+        std::string problem;
+        EXPECT_EQ(platform::rbk_home(problem), row.directory) << row.catches;
+        EXPECT_EQ(problem.empty(), !row.directory.empty()) << row.catches << problem;
     }
 }
 
