@@ -90,13 +90,31 @@ TEST_F(ShellTest, IdentityIsReadOnlyWhereATraceIsOpen)
     EXPECT_NE(out.find(", p_name: rbk\n"), std::string::npos);
 }
 
-TEST_F(ShellTest, BrokenHomeIsToldOnceAndTheCommandGoesOn)
+TEST_F(ShellTest, BadSurroundingsAreToldOnceAndTheCommandGoesOn)
 {
     write_file(home() / "file", "no directory");
-    const RunResult result = run_rbk({"13"}, {.variables = {{"RBK_HOME", home() / "file"}}});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "rbk: " + (home() / "file/properties").string() + ": Not a directory\n");
-    EXPECT_TRUE(result.out.ends_with(help_of(0)));
+    const std::string file = home() / "file";
+    const struct {
+        const char* catches;
+        Lines arguments;
+        const char* variable;
+        std::string value;
+        std::string told;
+    } rows[] = {
+        {"BrokenHomeStopsTheHelp", {"13"}, "RBK_HOME", file, file + ": Not a directory"},
+        {"BrokenHomeToldByStoreAndModem", {"4", "1", "0", "550"}, "RBK_HOME", file, file + ": Not a directory"},
+        {"ModemWithoutPath",
+         {"4", "1", "0", "550"},
+         "RBK_MODEM",
+         "unix:",
+         "RBK_MODEM: expected embedded, unix:PATH or qrtr, not \"unix:\""},
+    };
+    for (const auto& row : rows) {
+        const RunResult result = run_rbk(row.arguments, {.variables = {{row.variable, row.value}}});
+        EXPECT_EQ(result.status, 0) << row.catches;
+        EXPECT_EQ(result.err, "rbk: " + row.told + "\n") << row.catches;
+        EXPECT_TRUE(result.out.ends_with(help_of(row.arguments[0] == "13" ? 0 : 4))) << row.catches;
+    }
 }
 
 // ---- Group 8 ----

@@ -19,13 +19,14 @@ class EnvironmentTest : public HomeTest {};
 TEST_F(EnvironmentTest, StateDirectoryHasItsDefaults)
 {
     const passwd* entry = getpwuid(getuid());
-    std::optional<std::filesystem::path> in_database;
+    std::filesystem::path in_database;
     if (entry != nullptr) in_database = std::string(entry->pw_dir) + "/.local/state/rbk";
     const struct {
         const char* catches;
         const char *rbk_home, *state_home, *home;
-        std::optional<std::filesystem::path> directory;
+        std::filesystem::path directory;
     } rows[] = {{"RbkHomeIgnored", "/a", "/b", "/c", "/a"},
+                {"FileTakenForAHome", "/dev/null", "/b", "/c", ""},
                 {"StateHomeIgnored", nullptr, "/b", "/c", "/b/rbk"},
                 {"EmptyVariableTaken", "", "/b", "/c", "/b/rbk"},
                 {"RelativeStateHomeTaken", nullptr, "b", "/c", "/c/.local/state/rbk"},
@@ -35,7 +36,9 @@ TEST_F(EnvironmentTest, StateDirectoryHasItsDefaults)
         const std::pair<const char*, const char*> variables[] = {
             {"RBK_HOME", row.rbk_home}, {"XDG_STATE_HOME", row.state_home}, {"HOME", row.home}};
         for (const auto& [name, value] : variables) value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-        EXPECT_EQ(platform::rbk_home(), row.directory) << row.catches;
+        std::string problem;
+        EXPECT_EQ(platform::rbk_home(problem), row.directory) << row.catches;
+        EXPECT_EQ(problem.empty(), !row.directory.empty()) << row.catches << problem;
     }
 }
 
@@ -46,7 +49,8 @@ TEST_F(EnvironmentTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
     std::filesystem::current_path(empty);
     for (const char* name : {"RBK_HOME", "XDG_STATE_HOME", "HOME"}) unsetenv(name);
     setenv("RBK_TEST_NOBODY", "1", 1);
-    EXPECT_FALSE(platform::rbk_home());
+    std::string problem;
+    EXPECT_EQ(platform::rbk_home(problem), "");
 
     testing::internal::CaptureStderr();
     char value[PROPERTY_VALUE_MAX];
@@ -55,7 +59,7 @@ TEST_F(EnvironmentTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
     constexpr qmi_idl_service_object extended{0xFFE4, 1, 1, IDL_LIBRARY_VERSION, 0, nullptr, 0};
     uint32_t services = 0;
     EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("rbk: ") + platform::kNoHome + "\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "rbk: " + problem + "\n");
     EXPECT_TRUE(std::filesystem::is_empty(empty));
 }
 
