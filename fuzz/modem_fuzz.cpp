@@ -1,6 +1,8 @@
 // Whatever a client sends is answered or dropped, and the modem still tells of its services afterwards.
 //
 // An input is a row of datagrams: one byte for the addressee, one for the length, the bytes.
+#include <poll.h>
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -13,13 +15,21 @@ using namespace rbk;
 struct Bench {
     Bench()
     {
-        std::string folder = (std::filesystem::temp_directory_path() / "modem-fuzz-XXXXXX").string();
+        folder = (std::filesystem::temp_directory_path() / "modem-fuzz-XXXXXX").string();
         if (::mkdtemp(folder.data()) == nullptr) std::abort();
         std::vector<std::string> complaints;
         modem = sim::start_embedded_modem({folder, std::nullopt}, client, complaints);
         if (modem == nullptr || !complaints.empty()) std::abort();
         service = drain();
     }
+
+    ~Bench()
+    {
+        modem.reset();
+        std::filesystem::remove_all(folder);
+    }
+    Bench(const Bench&) = delete;
+    Bench& operator=(const Bench&) = delete;
 
     // Asks for all services and takes what has come, up to the row that ends the answer; the last server's address.
     link::Address drain()
@@ -28,7 +38,9 @@ struct Bench {
         link::Address last;
         while (true) {
             bool closed = false;
-            const auto datagram = client.receive(room, true, closed);
+            pollfd ready{client.fd(), POLLIN, 0};
+            ::poll(&ready, 1, -1);
+            const auto datagram = client.receive(room, closed);
             if (closed) std::abort();
             if (!datagram || datagram->peer.port != QRTR_PORT_CTRL) continue;
             const auto packet = link::parse_control(datagram->bytes);
@@ -38,6 +50,7 @@ struct Bench {
         }
     }
 
+    std::string folder;
     const link::Address router{1, QRTR_PORT_CTRL};
     link::LinkSocket client;
     std::unique_ptr<sim::EmbeddedModem> modem;
