@@ -29,7 +29,7 @@ Bytes result(std::uint8_t word, std::uint8_t error)
 // What [stats.sub0] makes of one row.
 Bytes sample_of(std::uint32_t parameter, const std::string& row)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     write_file(folder.path() / "s.toml", "[stats.sub0]\n" + row + "\n");
     const ScenarioNode root = load_scenario_file(folder.path() / "s.toml");
     TableReader file("the scenario", root);
