@@ -1,10 +1,12 @@
 #include "simulator/common_requests.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <string>
 #include <string_view>
 
+#include "simulator/debug_info.h"
 #include "simulator/modem.h"
 
 namespace rbk::sim {
@@ -29,6 +31,7 @@ constexpr std::string_view kFullDump = "dump/full_dump.txt";
 // `answer_len`, which only the typed form sends.
 struct CommandCall {
     Modem& modem;
+    const DebugInfo& debug_info;
     ByteView request;
     std::span<std::uint8_t> answer;
     std::uint32_t answer_len = 0;
@@ -81,10 +84,25 @@ std::int32_t dump_and_restart(CommandCall& call)
     return error != 0 ? error : restart_subsystem(call);
 }
 
+// The statistics engine's record as it is.
+std::int32_t tell_debug_record(CommandCall& call)
+{
+    std::ranges::copy(call.debug_info.record, call.answer.begin());
+    return 0;
+}
+
+// A count and the numbers, 2 bytes each.
+std::int32_t list_logs_to_upgrade(CommandCall& call)
+{
+    const std::vector<std::uint16_t>& logs = call.debug_info.logs;
+    store_le(&call.answer[0], static_cast<std::uint16_t>(logs.size()));
+    for (std::size_t i = 0; i < logs.size(); ++i) store_le(&call.answer[2 + 2 * i], logs[i]);
+    return 0;
+}
+
 constexpr Command kCommands[] = {
-    {kTyped, 31, restart_subsystem},
-    {kTyped, 35, sync_nv},
-    {kTyped, 99, dump_and_restart},
+    {kTyped, 31, restart_subsystem}, {kTyped, 35, sync_nv},         {kTyped, 99, dump_and_restart},
+    {20, 0, tell_debug_record},      {27, 0, list_logs_to_upgrade},
 };
 
 std::int32_t run_command(std::uint32_t cmd, std::uint32_t type, CommandCall& call)
@@ -97,7 +115,7 @@ std::int32_t run_command(std::uint32_t cmd, std::uint32_t type, CommandCall& cal
 
 }  // namespace
 
-void run_common_request(Modem& modem, ByteView request, std::span<std::uint8_t> answer)
+void run_common_request(Modem& modem, const DebugInfo& debug_info, ByteView request, std::span<std::uint8_t> answer)
 {
     const auto cmd = peek_le<std::uint32_t>(request, 0);
     const bool typed = cmd == kTyped;
@@ -110,7 +128,7 @@ void run_common_request(Modem& modem, ByteView request, std::span<std::uint8_t> 
     }
     const std::size_t from = std::min(typed ? kValue : kPayload, request.size());
     const std::size_t left = request.size() - from;
-    CommandCall call{modem, request.subspan(from, typed ? std::min<std::size_t>(length, left) : left),
+    CommandCall call{modem, debug_info, request.subspan(from, typed ? std::min<std::size_t>(length, left) : left),
                      answer.subspan(typed ? kValue : kPayload)};
     store_le(&answer[kCommonResultAt], run_command(cmd, type, call));
     if (!typed) return;

@@ -39,8 +39,10 @@ struct idl_field;
 struct idl_record {
     const idl_field *fields;
     uint32_t         field_count;
-    uint32_t         size;       // bytes of the structure in memory
-    uint32_t         alignment;  // of the structure in memory, bytes
+    uint32_t         size;        // bytes of the structure in memory
+    uint32_t         alignment;   // of the structure in memory, bytes
+    uint32_t         head_count;  // first fields that lie in memory as they do on the wire: one copy takes them all
+    uint32_t         head_size;   // bytes of those
 };
 
 struct idl_field {
@@ -165,7 +167,14 @@ constexpr uint8_t IN_RECORD = 0;
 template <typename T, std::size_t N>
 constexpr idl_record idl_record_of(const idl_field (&fields)[N])
 {
-    return {fields, N, sizeof(T), alignof(T)};
+    idl_record record = {fields, N, sizeof(T), alignof(T), 0, 0};
+    for (const idl_field &field : fields) {
+        const bool as_on_the_wire = field.form == IDL_SINGLE && field.wire_width == field.memory_width;
+        if (!as_on_the_wire || field.offset != record.head_size) break;
+        record.head_size += field.wire_width;
+        ++record.head_count;
+    }
+    return record;
 }
 
 template <typename T, std::size_t N>

@@ -199,7 +199,7 @@ TEST(Restart, TakesTheServicesAwayAndBringsThemBack)
 
 TEST(Lookup, RowsMatchServiceAndInstance)
 {
-    RunningModem modem("[modem]\nboot_ms = 60\n");
+    RunningModem modem("[modem]\nservices = ['extended']\nboot_ms = 60\n");
     WireClient client = modem.connect();
     EXPECT_TRUE(client.lookup(0xFFE4).empty()) << "there before it has booted";
     EXPECT_EQ(traffic(client, "+"), "+");

@@ -58,9 +58,9 @@ int main(int argc, char *argv[])
     case RBK_GROUP_NVEFS: velmor_test_nvefs_do(argc, argv); break;
     case RBK_GROUP_CMN: show_help(group); break;
     case RBK_GROUP_SEND_DATA: velmor_test_qmi_send_data_do(argc, argv); break;
-    case RBK_GROUP_STATS: show_help(group); break;
+    case RBK_GROUP_STATS: velmor_test_modem_stats_do(argc, argv); break;
     case RBK_GROUP_AT: velmor_test_at_cmd_do(argc, argv); break;
-    case RBK_GROUP_STATS_QMI: show_help(group); break;
+    case RBK_GROUP_STATS_QMI: velmor_test_qmi_modem_stats_do(argc, argv); break;
     case RBK_GROUP_MBN: show_help(group); break;
     case RBK_GROUP_SMART: show_help(group); break;
     case RBK_GROUP_QMI: show_help(group); break;
