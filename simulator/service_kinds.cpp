@@ -1,6 +1,8 @@
 #include "simulator/service_kinds.h"
 
+#include "simulator/cards.h"
 #include "simulator/extended_service.h"
+#include "simulator/uim_service.h"
 
 namespace rbk::sim {
 namespace {
@@ -9,7 +11,7 @@ constexpr ServiceKind kServiceKinds[] = {
     {"extended", {"debug_info"}, nullptr, make_extended_service},
     {"vs", {"stats"}, nullptr, nullptr},
     {"nas", {"nas"}, nullptr, nullptr},
-    {"uim", {"card"}, nullptr, nullptr},
+    {"uim", {"card"}, read_card_settings, make_uim_service},
     {"sar", {"sar"}, nullptr, nullptr},
     {"pdc", {"pdc"}, nullptr, nullptr},
     {"diag", {"diag"}, nullptr, nullptr},
