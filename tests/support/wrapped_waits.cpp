@@ -48,7 +48,8 @@ timespec shortened(long seconds, long nanoseconds)
 
 void wait_for(timespec rest)
 {
-    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {}
+    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+    }
 }
 
 }  // namespace
