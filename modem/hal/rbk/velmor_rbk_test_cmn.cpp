@@ -5,10 +5,14 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "velmor_extend_api.h"
 #include "velmor_rbk_groups.h"
 #include "velmor_utils_cmn.h"
 
-#define HEX_DIGITS_MAX 48  // hex digits of one word, leading zeros included
+#define HEX_DIGITS_MAX    48   // hex digits of one word, leading zeros included
+#define QMI_ID_COUNT      6    // request ids of the extended service that may be sent by hand
+#define SEND_DATA_LEN_MAX 500  // bytes of one request; words behind them aren't read
+#define SEND_DATA_SIZE    512  // of its buffers, bytes
 
 // ---- Text to number ----
 
@@ -90,4 +94,44 @@ void velmor_test_qmi_send_data_show_help(int group)
     LOG(8, "   rbk %d qmi_id qmi_data         /* qmi_id: Any binary data you will send */\n", RBK_GROUP_SEND_DATA);
     LOG(8, "                                    qmi_data: Any binary data you will send \n");
     // clang-format on
+}
+
+// ---- Group 6: raw data to the extended service ----
+
+int velmor_test_qmi_send_data_do(int argc, char *argv[])
+{
+    bool      help_wanted = true;
+    const int qmi_id = argc < 4 ? 0 : atoi(argv[2]);
+    if (argc < 4) {
+        LOG(1, "note: Too few parameters, Pls refer to the following cmd:");
+    } else if (atoi(argv[1]) != RBK_GROUP_SEND_DATA) {
+        LOG(1, "note: the first parameters should be %d, Pls refer to the following cmd:", RBK_GROUP_SEND_DATA);
+    } else if (qmi_id < 0 || qmi_id >= QMI_ID_COUNT) {
+        LOG(1, "note: the second parameters(qmi_id) should be >= %d && < %d", 0, QMI_ID_COUNT);
+    } else {
+        uint8_t request[SEND_DATA_SIZE] = {};
+        uint8_t response[SEND_DATA_SIZE] = {};
+        int32_t len = 0;
+        LOG(2, "velmor_qmi req data(qmi_id: %d, len: %d[max: %d]):", qmi_id, argc - 3, SEND_DATA_LEN_MAX);
+        for (int i = 3; i < argc && len < SEND_DATA_LEN_MAX; ++i) {
+            request[len] = static_cast<uint8_t>(velmor_string_to_int(argv[i]));
+            LOG(2, "0x%02X ", request[len]);
+            ++len;
+        }
+
+        uint32_t      rsp_len = 0;  // meant: what the modem answers isn't shown, only that it did
+        const int32_t result =
+            velmor_extend_qmi_send_sync(static_cast<uint32_t>(qmi_id), request, len, response, &rsp_len);
+        LOG(2, "qmi_id = %d, result = %d", qmi_id, result);
+        if (result != 0) {
+            LOG(1, "velmor_extend_qmi_send_sync fail");
+        } else {
+            LOG(2, "velmor_qmi rsp data(qmi_id: %d, len: %d[max: %d]):", qmi_id, rsp_len, SEND_DATA_LEN_MAX);
+            for (uint32_t i = 0; i < rsp_len; ++i) LOG(2, " %02X", response[i]);
+            LOG(2, "");
+            help_wanted = false;
+        }
+    }
+    if (help_wanted) show_help(RBK_GROUP_SEND_DATA);
+    return 0;
 }

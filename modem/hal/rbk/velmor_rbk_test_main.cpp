@@ -55,9 +55,9 @@ int main(int argc, char *argv[])
     case RBK_GROUP_NV:
     case RBK_GROUP_IMEI: LOG(2, "Not support"); break;
     case RBK_GROUP_RF: show_help(group); break;
-    case RBK_GROUP_NVEFS: show_help(group); break;
+    case RBK_GROUP_NVEFS: velmor_test_nvefs_do(argc, argv); break;
     case RBK_GROUP_CMN: show_help(group); break;
-    case RBK_GROUP_SEND_DATA: show_help(group); break;
+    case RBK_GROUP_SEND_DATA: velmor_test_qmi_send_data_do(argc, argv); break;
     case RBK_GROUP_STATS: show_help(group); break;
     case RBK_GROUP_AT: velmor_test_at_cmd_do(argc, argv); break;
     case RBK_GROUP_STATS_QMI: show_help(group); break;

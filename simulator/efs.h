@@ -1,0 +1,88 @@
+// The modem's files: a real directory tree for each subscription, read and written in chunks.
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/link/bytes.h"
+#include "simulator/client_id.h"
+#include "simulator/state_store.h"
+
+namespace rbk::sim {
+
+// A file's place, taken from the bytes that a client sent.
+struct EfsPlace {
+    std::uint32_t sub = 0;
+    std::vector<std::string> parts;  // never empty, without "", "." and ".."
+
+    // The path ends at its first zero byte. Empty when there is no file that it could mean.
+    static std::optional<EfsPlace> parse(std::uint32_t sub, ByteView path);
+    std::string tree() const { return "efs/" + std::to_string(sub); }
+    bool operator==(const EfsPlace&) const = default;
+};
+
+// The largest file that a client may write, in bytes.
+inline constexpr std::size_t kLongestEfsFile = 102410;
+
+// Transfers of all clients. Errors are negative numbers of <errno.h>.
+class Efs {
+ public:
+    explicit Efs(StateStore& store) : store_(store) {}
+
+    struct ReadChunk {
+        int error = 0;
+        std::uint64_t file_size = 0;
+        std::size_t size = 0;  // bytes put into `room`
+    };
+    // Reads from `offset` on into `room`. A client that goes on behind offset 0 gets the file as it was at its offset 0,
+    // though others may have replaced it meanwhile.
+    ReadChunk read(ClientId client, const EfsPlace& place, std::uint32_t offset, std::span<std::uint8_t> room);
+
+    struct WriteChunk {
+        EfsPlace place;
+        std::uint32_t instance = 0;  // kNewInstance, or what the first chunk was answered with
+        std::uint32_t total = 0;     // bytes of the whole file
+        std::uint32_t offset = 0;
+        ByteView bytes;
+    };
+    static constexpr std::uint32_t kNewInstance = 255;
+    // Takes one chunk; the file is stored with its last one. Result: the instance for the next chunk, 0 or above, or the
+    // error. A refused chunk leaves its instance as it was, a file that can't be stored ends it.
+    int write(ClientId client, const WriteChunk& chunk);
+
+    int remove(const EfsPlace& place) { return store_.remove_in(place.tree(), place.parts); }
+
+    // Its transfers end, and what it hasn't sent whole is forgotten.
+    void client_gone(ClientId client) { transfers_.erase(client); }
+
+ private:
+    static constexpr std::uint32_t kOpenInstances = 8;  // of one client
+    static constexpr std::size_t kOpenReads = 8;        // of one client; the oldest makes room
+
+    struct OpenRead {
+        EfsPlace place;
+        Fd fd;
+        std::uint64_t size = 0;
+    };
+    struct OpenWrite {
+        EfsPlace place;
+        std::uint32_t total = 0;
+        Bytes received;
+    };
+    struct Transfers {
+        std::list<OpenRead> reads;                  // the latest one first
+        std::map<std::uint32_t, OpenWrite> writes;  // by instance
+    };
+
+    int open_instance(Transfers& transfers, const WriteChunk& chunk);
+
+    StateStore& store_;
+    std::map<ClientId, Transfers> transfers_;
+};
+
+}  // namespace rbk::sim

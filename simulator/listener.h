@@ -1,0 +1,41 @@
+// The Unix socket that clients of rbk-modem connect to.
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <string>
+
+#include "simulator/event_loop.h"
+#include "simulator/fd.h"
+
+namespace rbk::sim {
+
+class Modem;
+
+class Listener {
+ public:
+    // Listens at `path`. A socket there that no living server holds is taken over. Null, with the reason in `error`, when
+    // a server holds it, when something else lies there, or when there can be no socket.
+    static std::unique_ptr<Listener> open(const std::string& path, std::string& error);
+    // Removes the socket, unless another server has taken its place.
+    ~Listener();
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    // From now on every client that connects is attached to the modem. On the modem's thread, or before it runs.
+    void serve(Modem& modem);
+
+ private:
+    Listener(std::string path, Fd socket);
+    void accept_clients();
+
+    std::string path_;
+    Fd socket_;
+    dev_t device_ = 0;
+    ino_t inode_ = 0;
+    Modem* modem_ = nullptr;
+    EventLoop::WatchId watch_ = 0;
+};
+
+}  // namespace rbk::sim

@@ -1,0 +1,87 @@
+#include "support/embedded_run.h"
+
+#include <cstdlib>
+#include <sstream>
+
+namespace rbk::test {
+
+EmbeddedRun::EmbeddedRun()
+{
+    setenv("RBK_TRACE", (home() / "trace").c_str(), 1);
+}
+
+void EmbeddedRun::scenario(const std::string& text) const
+{
+    write_file(home() / "scenario.toml", text);
+    setenv("RBK_SCENARIO", (home() / "scenario.toml").c_str(), 1);
+}
+
+void EmbeddedRun::scale_timeouts(const char* factor)
+{
+    setenv("RBK_QMI_TIMEOUT_SCALE", factor, 1);
+}
+
+std::size_t EmbeddedRun::log_count(const std::string& words) const
+{
+    const std::string text = read_file(home() / "log");
+    std::size_t count = 0;
+    for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + 1)) ++count;
+    return count;
+}
+
+std::vector<Traced> EmbeddedRun::trace() const
+{
+    std::vector<Traced> messages;
+    for (const std::string& line : lines_of(read_file(home() / "trace"))) {
+        const std::size_t way = line.find(' ') + 1;
+        const std::size_t bytes = line.rfind(' ') + 1;
+        messages.push_back({line[way] == '>', line.substr(way + 2, bytes - way - 3), line.substr(bytes)});
+    }
+    return messages;
+}
+
+std::vector<Traced> EmbeddedRun::requests() const
+{
+    std::vector<Traced> messages = trace();
+    std::erase_if(messages, [](const Traced& message) { return !message.to_modem; });
+    return messages;
+}
+
+std::vector<std::uint8_t> pattern(std::size_t size)
+{
+    std::vector<std::uint8_t> bytes(size);
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256 + 1);
+    return bytes;
+}
+
+std::string hex(const std::vector<std::uint8_t>& bytes)
+{
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
+    }
+    return text;
+}
+
+std::string le(std::uint64_t number, int width)
+{
+    std::vector<std::uint8_t> bytes;
+    for (int i = 0; i < width; ++i) bytes.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
+    return hex(bytes);
+}
+
+std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::string& data)
+{
+    return "010400" + le(qmi_id, 4) + "020400" + le(data_len, 4) + "102602" + data +
+           std::string(2 * 550 - data.size(), '0');
+}
+
+std::string raw_answer(const std::string& tlvs, int nth)
+{
+    const std::string which = nth == 0 ? "" : "nth = " + std::to_string(nth) + "\n";
+    return "[[fault]]\nservice = 'extended'\n" + which + "action = 'raw'\nbytes = '" + tlvs + "'\n";
+}
+
+}  // namespace rbk::test
