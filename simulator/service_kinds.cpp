@@ -1,5 +1,6 @@
 #include "simulator/service_kinds.h"
 
+#include "simulator/diag_service.h"
 #include "simulator/extended_service.h"
 
 namespace rbk::sim {
@@ -12,7 +13,7 @@ constexpr ServiceKind kServiceKinds[] = {
     {"uim", {"card"}, nullptr, nullptr},
     {"sar", {"sar"}, nullptr, nullptr},
     {"pdc", {"pdc"}, nullptr, nullptr},
-    {"diag", {"diag"}, nullptr, nullptr},
+    {"diag", {"diag"}, read_diag_settings, make_diag_service},
 };
 
 }  // namespace
