@@ -1,10 +1,13 @@
 // Runs the benchmarks and prints the ratios that matter, with the absolute times beside them.
 #include <benchmark/benchmark.h>
+#include <stdlib.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <vector>
 
+#include "bench/home.h"
 #include "bench/ratios.h"
 
 namespace rbk::bench {
@@ -60,6 +63,20 @@ void print(const Ratio& row, const std::map<std::string, double>& times)
 
 }  // namespace
 
+const std::string& home()
+{
+    static const std::string path = [] {
+        char name[] = "/tmp/rbk-bench-XXXXXX";
+        return std::string(::mkdtemp(name));
+    }();
+    return path;
+}
+
+std::string modem_address()
+{
+    return "unix:" + home() + "/modem.sock";
+}
+
 AddRatio::AddRatio(const Ratio& ratio)
 {
     ratios().push_back(ratio);
@@ -77,9 +94,14 @@ int main(int argc, char** argv)
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
 
+    // Before anything of the platform runs: it reads its environment once.
+    ::setenv("RBK_HOME", rbk::bench::home().c_str(), 1);
+    ::setenv("RBK_MODEM", rbk::bench::modem_address().c_str(), 1);
+
     rbk::bench::Medians medians;
     benchmark::RunSpecifiedBenchmarks(&medians);
     std::printf("\n");
     for (const rbk::bench::Ratio& row : rbk::bench::ratios()) rbk::bench::print(row, medians.times);
+    std::filesystem::remove_all(rbk::bench::home());
     return medians.failed ? 1 : 0;
 }

@@ -1,21 +1,21 @@
 // Messages over the link to a modem in another process, against bare round trips of the same bytes.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <string>
 
+#include "bench/home.h"
 #include "bench/ratios.h"
 #include "platform/link/link_socket.h"
 #include "velmor_extend_api.h"
 #include "velmor_extend_nvefs.h"
+#include "velmor_utils_cmn.h"
 
 extern char** environ;
 
@@ -80,10 +80,8 @@ class ModemProcess {
  public:
     ModemProcess()
     {
-        char name[] = "/tmp/rbk-bench-XXXXXX";
-        home_ = ::mkdtemp(name);
-        const std::string address = "unix:" + home_ + "/modem.sock";
-        const std::string state = home_ + "/modem";
+        const std::string address = rbk::bench::modem_address();
+        const std::string state = rbk::bench::home() + "/modem";
         const std::string program = RBK_BIN_DIR "/rbk-modem";
         const char* arguments[] = {program.c_str(), "--listen", address.c_str(), "--state", state.c_str(), nullptr};
         int out[2];
@@ -98,8 +96,6 @@ class ModemProcess {
         char ready[16];
         if (::read(out[0], ready, sizeof ready) <= 0) std::abort();  // "ready"
         ::close(out[0]);
-        ::setenv("RBK_MODEM", address.c_str(), 1);
-        ::setenv("RBK_HOME", home_.c_str(), 1);
         velmor_hal_get_logcat_print_flag(1);
         velmor_hal_get_shell_print_flag(1);
         velmor_hal_close_print();
@@ -108,13 +104,11 @@ class ModemProcess {
     {
         ::kill(pid_, SIGTERM);
         ::waitpid(pid_, nullptr, 0);
-        std::filesystem::remove_all(home_);
     }
     ModemProcess(const ModemProcess&) = delete;
     ModemProcess& operator=(const ModemProcess&) = delete;
 
  private:
-    std::string home_;
     pid_t pid_ = -1;
 };
 

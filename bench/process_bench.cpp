@@ -2,42 +2,24 @@
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <spawn.h>
-#include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "bench/home.h"
 #include "bench/ratios.h"
 
 namespace {
 
 using rbk::bench::AddRatio;
 
-class Home {
- public:
-    Home()
-    {
-        char name[] = "/tmp/rbk-bench-XXXXXX";
-        path_ = ::mkdtemp(name);
-    }
-    ~Home() { std::filesystem::remove_all(path_); }
-    Home(const Home&) = delete;
-    Home& operator=(const Home&) = delete;
-    const std::string& path() const { return path_; }
-
- private:
-    std::string path_;
-};
-
 // Runs a program to its end with its output thrown away, and gives its peak memory in KiB.
 long run(const char* program, std::vector<const char*> arguments)
 {
-    static const Home home;
-    const std::string home_variable = "RBK_HOME=" + home.path();
+    const std::string home_variable = "RBK_HOME=" + rbk::bench::home();
     const char* environment[] = {home_variable.c_str(), nullptr};
     arguments.insert(arguments.begin(), program);
     arguments.push_back(nullptr);

@@ -31,8 +31,7 @@ bool make_raw(int terminal)
 
 }  // namespace
 
-std::unique_ptr<AtTerminal> AtTerminal::open(const std::string& path, const Answers& answers, EventLoop& loop,
-                                             std::string& error)
+std::unique_ptr<AtTerminal> AtTerminal::open(const std::string& path, Answers answers, std::string& error)
 {
     Fd master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     char device[64];
@@ -53,26 +52,29 @@ std::unique_ptr<AtTerminal> AtTerminal::open(const std::string& path, const Answ
         return nullptr;
     }
     return std::unique_ptr<AtTerminal>(
-        new AtTerminal(path, device, std::move(master), std::move(slave), answers, loop));
+        new AtTerminal(path, device, std::move(master), std::move(slave), std::move(answers)));
 }
 
-AtTerminal::AtTerminal(std::string path, std::string device, Fd master, Fd slave, const Answers& answers,
-                       EventLoop& loop)
+AtTerminal::AtTerminal(std::string path, std::string device, Fd master, Fd slave, Answers answers)
     : path_(std::move(path)),
       device_(std::move(device)),
       master_(std::move(master)),
       slave_(std::move(slave)),
-      answers_(answers),
-      loop_(loop)
+      answers_(std::move(answers))
 {
-    watch_ = loop_.watch(master_.get(), EPOLLIN, [this](std::uint32_t) { on_ready(); });
 }
 
 AtTerminal::~AtTerminal()
 {
-    loop_.unwatch(watch_);
+    if (loop_ != nullptr) loop_->unwatch(watch_);
     std::error_code none;
     if (std::filesystem::read_symlink(path_, none) == device_) ::unlink(path_.c_str());
+}
+
+void AtTerminal::serve(EventLoop& loop)
+{
+    loop_ = &loop;
+    watch_ = loop.watch(master_.get(), EPOLLIN, [this](std::uint32_t) { on_ready(); });
 }
 
 void AtTerminal::on_ready()

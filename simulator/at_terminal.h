@@ -1,6 +1,7 @@
 // A terminal that answers AT commands, for those who write to the modem's AT device.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 
@@ -14,16 +15,18 @@ class AtTerminal {
     using Answers = std::map<std::string, std::string>;  // by command
 
     // Makes a terminal and a link to it at `path`, in the place of an older link. Null, with the reason in `error`, when
-    // something else lies there or there is no terminal to be had. `answers` outlives the terminal.
-    static std::unique_ptr<AtTerminal> open(const std::string& path, const Answers& answers, EventLoop& loop,
-                                            std::string& error);
+    // something else lies there or there is no terminal to be had.
+    static std::unique_ptr<AtTerminal> open(const std::string& path, Answers answers, std::string& error);
     // Removes the link, unless it leads elsewhere by now.
     ~AtTerminal();
     AtTerminal(const AtTerminal&) = delete;
     AtTerminal& operator=(const AtTerminal&) = delete;
 
+    // From now on commands are answered. On the loop's thread, or before it runs; the terminal goes before the loop.
+    void serve(EventLoop& loop);
+
  private:
-    AtTerminal(std::string path, std::string device, Fd master, Fd slave, const Answers& answers, EventLoop& loop);
+    AtTerminal(std::string path, std::string device, Fd master, Fd slave, Answers answers);
     void on_ready();
     void answer(const std::string& command);
 
@@ -31,8 +34,8 @@ class AtTerminal {
     std::string device_;
     Fd master_;
     Fd slave_;  // held open: without an opener the terminal would be at its end between two commands
-    const Answers& answers_;
-    EventLoop& loop_;
+    Answers answers_;
+    EventLoop* loop_ = nullptr;
     EventLoop::WatchId watch_ = 0;
     std::string line_;  // what has come since the last line's end
 };

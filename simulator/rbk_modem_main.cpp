@@ -43,36 +43,35 @@ rbk::sim::Fd signals_to_end()
 int serve(const Arguments& arguments)
 {
     namespace sim = rbk::sim;
+    std::signal(SIGPIPE, SIG_IGN);  // whoever read the messages may be gone
     const sim::Fd ending = signals_to_end();
     std::optional<std::filesystem::path> file;
     if (!arguments.scenario.empty()) file = arguments.scenario;
     sim::Scenario scenario = sim::read_scenario(file);
-    const sim::AtTerminal::Answers answers = scenario.at;
 
-    // The socket first: a second server on the same path must not touch the state of the one that runs.
+    // Socket and terminal first: a start that is refused must not touch the state, which another server may be using.
     std::string error;
     const std::unique_ptr<sim::Listener> listener = sim::Listener::open(arguments.listen, error);
-    if (listener == nullptr) {
+    std::unique_ptr<sim::AtTerminal> terminal;
+    if (listener != nullptr && !arguments.at.empty()) {
+        terminal = sim::AtTerminal::open(arguments.at, scenario.at, error);
+    }
+    if (!error.empty()) {
         say(error);
         return 1;
     }
+
     sim::Complaints complaints(say);
     const std::filesystem::path state =
         arguments.state.empty() ? rbk::platform::rbk_home() / "modem" : std::filesystem::path(arguments.state);
     sim::Modem modem(std::move(scenario), state, complaints);
-    std::unique_ptr<sim::AtTerminal> terminal;
-    if (!arguments.at.empty()) {
-        terminal = sim::AtTerminal::open(arguments.at, answers, modem.loop(), error);
-        if (terminal == nullptr) {
-            say(error);
-            return 1;
-        }
-    }
     modem.loop().watch(ending.get(), EPOLLIN, [&](std::uint32_t) { modem.stop(); });
     listener->serve(modem);
+    if (terminal != nullptr) terminal->serve(modem.loop());
     std::puts("ready");
     std::fflush(stdout);
     modem.run();
+    terminal.reset();  // before the loop that it is watched by
     for (const std::string& line : modem.faults().unused()) say(line);
     return 0;
 }

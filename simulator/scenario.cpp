@@ -1,7 +1,6 @@
 #include "simulator/scenario.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "platform/link/diag_frame.h"
 #include "platform/link/qmi_frame.h"

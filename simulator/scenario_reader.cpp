@@ -3,10 +3,8 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 namespace rbk::sim {
 namespace {
@@ -131,10 +129,15 @@ Bytes ScenarioNode::bytes(const std::string& key, std::size_t longest) const
 ScenarioNode load_scenario_file(const std::filesystem::path& file)
 {
     const std::string name = file.string();
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) throw ScenarioError(name + ": expected a file that can be read");
-    const std::string content{std::istreambuf_iterator<char>(stream), {}};
-    if (stream.bad()) throw ScenarioError(name + ": expected a file that can be read");
+    std::string content;
+    try {
+        std::ifstream stream;
+        stream.exceptions(std::ios::failbit | std::ios::badbit);
+        stream.open(file, std::ios::binary);
+        content.assign(std::istreambuf_iterator<char>(stream), {});
+    } catch (const std::ios_base::failure&) {
+        throw ScenarioError(name + ": expected a file that can be read");
+    }
     try {
         return convert(toml::parse(content, name), name);
     } catch (const toml::parse_error& error) {

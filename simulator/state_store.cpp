@@ -120,7 +120,7 @@ Folder look_at(const std::filesystem::path& folder, int& error)
     error = entries == nullptr ? -errno : 0;
     if (entries == nullptr) return error == -ENOENT ? Folder::fresh : Folder::unusable;
     Folder state = Folder::fresh;
-    while (const dirent* entry = ::readdir(entries)) {
+    while (const dirent* entry = state == Folder::fresh ? ::readdir(entries) : nullptr) {
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..") state = Folder::filled;
     }
@@ -177,8 +177,8 @@ StoredValue StateStore::read(std::string_view name)
 {
     const std::vector<std::string> parts = split(name);
     Fd folder;
-    int error = open_folder("", false, folder);
-    if (error == 0) error = descend(folder, parts, 1, false);
+    if (open_folder("", false, folder) != 0) return {-EIO, {}};
+    const int error = descend(folder, parts, 1, false);
     if (error != 0) return {error == -ENOENT ? error : complain(name, error), {}};
     StoredValue value = read_whole(open_regular(folder, parts.back()));
     if (value.error != 0 && value.error != -ENOENT) value.error = complain(name, value.error);

@@ -1,6 +1,7 @@
 // rbk-prop: the host's properties from a shell.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <exception>
 #include <string>
 
 #include "platform/linux/environment.h"
@@ -33,9 +34,7 @@ int print_all(const PropertyStore& store)
     return end_with(listing.problem);
 }
 
-}  // namespace
-
-int main(int argc, char* argv[])
+int run(int argc, char* argv[])
 {
     CLI::App app("Reads and writes the properties of this host, which rbk asks for.", "rbk-prop");
     app.require_subcommand(1);
@@ -65,4 +64,16 @@ int main(int argc, char* argv[])
     if (set->parsed()) return end_with(store.set(name, value));
     if (unset->parsed()) return end_with(store.unset(name));
     return print_all(store);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "rbk: %s\n", error.what());
+        return 1;
+    }
 }

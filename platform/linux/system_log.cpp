@@ -6,11 +6,12 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <memory>
 #include <system_error>
 
 #include "platform/linux/environment.h"
@@ -55,17 +56,11 @@ std::string syslog_head(int priority)
 // The text that a printf format and its arguments make.
 std::string format_text(const char* format, std::va_list arguments)
 {
-    char room[1024];
-    std::va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(room, sizeof room, format, arguments);
-    std::string text(room, length < 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(length), sizeof room - 1));
-    if (length >= static_cast<int>(sizeof room)) {
-        text.resize(static_cast<std::size_t>(length));
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
-    }
-    va_end(again);
-    return text;
+    char* text = nullptr;
+    const int length = vasprintf(&text, format, arguments);
+    if (length < 0) return {};
+    const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+    return {text, static_cast<std::size_t>(length)};
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Masks, the two forms of LOG, and what each channel gets.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "support/home.h"
@@ -198,6 +199,30 @@ TEST_F(LogTest, LinesOfSeveralThreadsDoNotTear)
     const Lines shown = lines_of(without_line_numbers(out));
     EXPECT_EQ(shown, Lines(800, "RIL[log_test.cpp:N] operator(): " + body));
     EXPECT_EQ(messages(), Lines(800, "7 [log_test.cpp:N] operator(): " + body));
+}
+
+// Registered before anything of the log has been used, so it runs after whatever that would clear away.
+void say_at_exit()
+{
+    LOG(1, "late");
+    velmor_set_property_value("persist.late", "1");
+    LOG(1, "%s", velmor_utils_get_pid_name());
+    velmor_print_property_value("../x");
+}
+
+TEST_F(LogTest, LogAndPropertiesAreUsableWhileTheProcessEnds)
+{
+    EXPECT_EXIT(
+        {
+            std::atexit(say_at_exit);
+            LOG(1, "first");
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "rbk: ../x: ");
+    const Lines told = messages();
+    EXPECT_EQ(std::count(told.begin(), told.end(), "3 [log_test.cpp:N] say_at_exit: late"), 1);
+    EXPECT_EQ(std::count(told.begin(), told.end(), "3 [log_test.cpp:N] say_at_exit: modem_api_test"), 1);
+    EXPECT_EQ(read_file(home() / "properties/kept/persist.late"), "1\n");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Groups 4 and 6 as people run them: standard output under a mask without traces, compared whole, and what reached the
 // modem.
 #include "support/embedded_run.h"
+#include "support/help_text.h"
 #include "support/program.h"
 
 namespace rbk::test {
@@ -9,16 +10,6 @@ namespace {
 const std::string kNvEfs = "RIL[velmor_rbk_test_nvefs.cpp:N] ";
 const std::string kCmn = "RIL[velmor_rbk_test_cmn.cpp:N] ";
 const std::string kApi = "RIL[velmor_extend_api.cpp:N] ";
-
-// The help of one group, out of the whole: its own lines between the two banners.
-std::string help_of(int group)
-{
-    const std::string whole = read_file(data_path("hal/help.txt"));
-    const std::size_t first = whole.find("\n" + std::to_string(group) + ": ") + 1;
-    const std::size_t end = whole.find("\n" + std::to_string(group + 1) + ": ") + 1;
-    const std::size_t banner = whole.find("\n1: ") + 1;
-    return whole.substr(0, banner) + whole.substr(first, end - first) + whole.substr(whole.find("=========== above"));
-}
 
 using Words = std::vector<std::string>;
 

@@ -289,7 +289,7 @@ TEST_F(NvEfs, SyncTellsBothResults)
 {
     scenario(
         "[[fault]]\nservice = 'extended'\nqmi_id = 4\nnth = 2\naction = 'result'\ncode = -5\n"
-        "[[fault]]\nservice = 'extended'\nqmi_id = 4\nnth = 2\naction = 'error'\ncode = 3\n");
+        "[[fault]]\nservice = 'extended'\nqmi_id = 4\nnth = 3\naction = 'error'\ncode = 3\n");
     EXPECT_EQ(velmor_nvefs_sync(), 0);
     EXPECT_EQ(velmor_nvefs_sync(), -5);
     EXPECT_EQ(velmor_nvefs_sync(), -3);

@@ -1,6 +1,7 @@
 // The command line: groups, their help byte for byte, and the AT command.
 #include <gtest/gtest.h>
 
+#include "support/help_text.h"
 #include "support/home.h"
 #include "support/program.h"
 #include "velmor_rbk_groups.h"
@@ -9,19 +10,6 @@ namespace rbk::test {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-// The help that a group prints, or all of it for 0, out of the text that stands beside this test.
-std::string help_of(int group)
-{
-    const std::string all = read_file(data_path("hal/help.txt"));
-    if (group == 0) return all;
-    const auto head = [&](int number) { return all.find("\n" + std::to_string(number) + ": ") + 1; };
-    const std::size_t first = all.find("\n\n") + 2;
-    const std::size_t last = all.rfind("====", all.size() - 10);
-    const std::size_t closing = all.rfind('\n', last) + 1;
-    const std::size_t end = group == 12 ? closing : head(group + 1);
-    return all.substr(0, first) + all.substr(head(group), end - head(group)) + all.substr(closing);
-}
 
 class ShellTest : public HomeTest {
  protected:
@@ -116,36 +104,63 @@ const char* const kAt = "RIL[velmor_rbk_at_cmd.cpp:N] ";
 
 struct AtCase {
     const char* catches;
-    Lines arguments;   // behind the group
-    const char* answer;   // of the system's shell
+    Lines arguments;     // behind the group
+    const char* answer;  // of the system's shell
     Lines calls;
-    Lines shown;   // without order: two threads speak
+    Lines shown;  // without order: two threads speak
     bool help;
 };
 
 const std::string kHundred(100, 'A');
 
 const AtCase kAtCases[] = {
-    {"CommandIsOptional", {}, "0", {},
-     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"}, true},
-    {"FurtherWordsIgnored", {"AT", "X"}, "0", {},
-     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"}, true},
-    {"LimitNotInclusive", {kHundred}, "0", {"system echo \"" + kHundred + "\r\" > /dev/smd8"},
+    {"CommandIsOptional",
+     {},
+     "0",
+     {},
+     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"},
+     true},
+    {"FurtherWordsIgnored",
+     {"AT", "X"},
+     "0",
+     {},
+     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"},
+     true},
+    {"LimitNotInclusive",
+     {kHundred},
+     "0",
+     {"system echo \"" + kHundred + "\r\" > /dev/smd8"},
      {"velmor_test_at_cmd_do: At cmd you input: sscanf(1), len (100), " + kHundred,
-      "velmor_test_at_cmd_send: echo, ret_sys: 0"}, false},
-    {"LongCommandCut", {kHundred + "B"}, "0", {},
+      "velmor_test_at_cmd_send: echo, ret_sys: 0"},
+     false},
+    {"LongCommandCut",
+     {kHundred + "B"},
+     "0",
+     {},
      {"velmor_test_at_cmd_do: note: the second parameters length should <= 100, Pls refer to the following cmd:"},
      true},
-    {"BlankDoesNotEndTheCommand", {"AT+X Y"}, "0", {"system echo \"AT+X\r\" > /dev/smd8"},
+    {"BlankDoesNotEndTheCommand",
+     {"AT+X Y"},
+     "0",
+     {"system echo \"AT+X\r\" > /dev/smd8"},
      {"velmor_test_at_cmd_do: At cmd you input: sscanf(1), len (4), AT+X",
-      "velmor_test_at_cmd_send: Success to send at shell cmd"}, false},
-    {"EmptyCommandRefused", {""}, "0", {"system echo \"\r\" > /dev/smd8"},
-     {"velmor_test_at_cmd_do: At cmd you input: sscanf(-1), len (0), "}, false},
+      "velmor_test_at_cmd_send: Success to send at shell cmd"},
+     false},
+    {"EmptyCommandRefused",
+     {""},
+     "0",
+     {"system echo \"\r\" > /dev/smd8"},
+     {"velmor_test_at_cmd_do: At cmd you input: sscanf(-1), len (0), "},
+     false},
     {"ShellCharactersQuoted", {"AT+`$X`"}, "0", {"system echo \"AT+`$X`\r\" > /dev/smd8"}, {}, false},
-    {"FailedSendBringsHelp", {"AT"}, "512", {"system echo \"AT\r\" > /dev/smd8"},
+    {"FailedSendBringsHelp",
+     {"AT"},
+     "512",
+     {"system echo \"AT\r\" > /dev/smd8"},
      {"velmor_test_at_cmd_send: echo, ret_sys: 512", "velmor_test_at_cmd_send: Fail to send at shell cmd",
       "velmor_test_at_cmd_receive: The thread to receive data from serial is started",
-      "velmor_test_at_cmd_receive: The at channel is not opened, g_at_serial_fd 0"}, false}};
+      "velmor_test_at_cmd_receive: The at channel is not opened, g_at_serial_fd 0"},
+     false}};
 
 class AtTest : public ShellTest, public testing::WithParamInterface<AtCase> {};
 

@@ -11,34 +11,12 @@
 #include <functional>
 #include <future>
 #include <mutex>
-#include <new>
 #include <thread>
 
+#include "platform/counted_new.h"
 #include "platform/link/bytes.h"
 #include "support/home.h"
 #include "support/modem_process.h"
-
-namespace {
-
-std::atomic<std::uint64_t> g_allocations{0};
-
-}  // namespace
-
-// The send path promises to allocate nothing; counted where every part of this program asks for memory.
-void* operator new(std::size_t size)
-{
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* block = std::malloc(size)) return block;
-    throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
 
 namespace rbk::test {
 namespace {
@@ -140,7 +118,7 @@ class QmiClient : public HomeTest, public testing::WithParamInterface<const char
 };
 
 INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix", "qrtr"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& carrier) { return std::string(carrier.param); });
 
 // ---- Requests ----
 
@@ -172,9 +150,9 @@ TEST_P(QmiClient, AllocatesNothingOnTheSendPathAfterTheFirst)
     const envelope request = echo_request(1);
     envelope response{};
     ASSERT_EQ(send(client, request, response), 0);
-    const std::uint64_t before = g_allocations;
+    const std::uint64_t before = allocations();
     for (int i = 0; i < 100; ++i) ASSERT_EQ(send(client, request, response), 0);
-    EXPECT_EQ(g_allocations - before, 0u);
+    EXPECT_EQ(allocations() - before, 0u);
 }
 
 struct FailureCase {

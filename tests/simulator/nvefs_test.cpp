@@ -1,6 +1,8 @@
-// NV items and EFS files: limits, error numbers, transfers in chunks.
+// NV items and EFS files: limits, error numbers, and transfers in chunks.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <functional>
 #include <numeric>
 
 #include "wire_client.h"
@@ -15,6 +17,18 @@ Bytes counting(std::size_t size, std::uint8_t first = 1)
     return bytes;
 }
 
+std::int32_t result(WireClient& client, const Record& record)
+{
+    return client.envelope(2, record.bytes).at<std::int32_t>(16);
+}
+
+Record first_chunk(std::string_view path, std::uint32_t total, std::uint32_t size, std::uint32_t offset = 0,
+                   std::uint16_t instance = 255)
+{
+    Record record = efs_record(kEfsWrite, 0, path);
+    return record.put(2, instance).put(108, total).put(112, size).put(116, offset);
+}
+
 TEST(Nv, ItemsAreWrittenReadAndDeletedAsFiles)
 {
     RunningModem modem;
@@ -27,14 +41,105 @@ TEST(Nv, ItemsAreWrittenReadAndDeletedAsFiles)
     EXPECT_EQ(nv_read(client, 1, 7232, read), 0);
     EXPECT_EQ(read, longest);
     EXPECT_EQ(nv_read(client, 0, 7232, read), -2) << "the subscriptions share their items";
-    EXPECT_EQ(nv_write(client, 1, 7232, counting(3, 9)), 0);
-    EXPECT_EQ(nv_read(client, 1, 7232, read), 0);
-    EXPECT_EQ(read, counting(3, 9));
     write_file(modem.state() / "nv/1/7232", "put in by hand");
     EXPECT_EQ(nv_read(client, 1, 7232, read), 0);
     EXPECT_EQ(std::string(read.begin(), read.end()), "put in by hand");
-    EXPECT_EQ(client.envelope(2, nv_record(kNvDelete, 1, 7232).bytes).at<std::int32_t>(16), 0);
-    EXPECT_EQ(client.envelope(2, nv_record(kNvDelete, 1, 7232).bytes).at<std::int32_t>(16), -2);
+    EXPECT_EQ(result(client, nv_record(kNvDelete, 1, 7232)), 0);
+    EXPECT_EQ(result(client, nv_record(kNvDelete, 1, 7232)), -2);
+}
+
+TEST(Nv, ALongItemIsCutButItsLengthIsTold)
+{
+    RunningModem modem;
+    WireClient client = modem.connect();
+    write_file(modem.state() / "nv/0/77", std::string(1000, 'x'));
+    const auto answer = client.envelope(2, nv_record(kNvRead, 0, 77).bytes);
+    EXPECT_EQ(answer.at<std::int32_t>(16), 0);
+    EXPECT_EQ(answer.at<std::uint32_t>(4), 1000u);
+    EXPECT_EQ(answer.data_len, 444u);
+    EXPECT_EQ(answer.at<std::uint8_t>(443), 'x');
+    EXPECT_EQ(answer.at<std::uint8_t>(444), 0) << "written past the record";
+
+    Record legacy(428);
+    const auto legacy_answer = client.envelope(1, legacy.put(0, 1).put(4, 77).put(8, 0).bytes);
+    EXPECT_EQ(legacy_answer.data_len, 432u);
+    EXPECT_EQ(legacy_answer.at<std::uint32_t>(4), 0u);
+    EXPECT_EQ(legacy_answer.at<std::uint32_t>(16), 1000u);
+    EXPECT_EQ(legacy_answer.at<std::uint8_t>(431), 'x');
+    EXPECT_EQ(legacy_answer.at<std::uint8_t>(432), 0) << "written past the record";
+    const auto refused = client.envelope(1, legacy.put(0, 2).bytes);
+    EXPECT_EQ(refused.at<std::int32_t>(4), -22);
+}
+
+TEST(NvEfs, RefusalsHaveTheirNumbers)
+{
+    RunningModem modem(
+        "[efs]\n\"0:/file\" = '01'\n\"0:/folder/inside\" = '02'\n\"0:/long\" = { fill = 7, size = 500 }\n");
+    WireClient client = modem.connect();
+    std::filesystem::create_symlink("/etc", modem.state() / "efs/0/way_out");
+    std::filesystem::create_symlink("/etc/hostname", modem.state() / "efs/0/link_out");
+    struct {
+        const char* catches;
+        Record record;
+        std::int32_t result;
+    } const rows[] = {
+        {"Operation0", Record(544), -22},
+        {"Operation7", Record(544).put<std::uint8_t>(0, 7), -22},
+        {"NvThirdSubscription", nv_record(kNvRead, 2, 551), -22},
+        {"NvItemPastTheLast", nv_record(kNvRead, 0, 7233), -22},
+        {"NvWriteOfNothing", nv_record(kNvWrite, 0, 1), -22},
+        {"NvWriteBeyondTheRecord", nv_record(kNvWrite, 0, 1).put<std::uint32_t>(108, 425), -22},
+        {"NvDeleteThirdSubscription", nv_record(kNvDelete, 2, 1), -22},
+        {"EfsThirdSubscription", efs_record(kEfsRead, 2, "/file"), -22},
+        {"EfsNoPath", efs_record(kEfsRead, 0, ""), -22},
+        {"EfsRootAlone", efs_record(kEfsRead, 0, "//./"), -22},
+        {"EfsPathBeyondItsRoom", efs_record(kEfsRead, 0, "/file").put<std::uint8_t>(4, 104), -22},
+        {"EfsUpwards", efs_record(kEfsRead, 0, "/folder/../file"), -22},
+        {"EfsWriteUpwards", first_chunk("/../nv/0/550", 1, 1), -22},
+        {"EfsDeleteUpwards", efs_record(kEfsDelete, 0, "../1/policyman"), -22},
+        {"EfsThroughALink", efs_record(kEfsRead, 0, "/way_out/hostname"), -20},
+        {"EfsALink", efs_record(kEfsRead, 0, "/link_out"), -22},
+        {"EfsWriteThroughALink", first_chunk("/way_out/new", 1, 1), -20},
+        {"EfsMissing", efs_record(kEfsRead, 0, "/missing"), -2},
+        {"EfsMissingFolder", efs_record(kEfsRead, 0, "/missing/file"), -2},
+        {"EfsReadOfAFolder", efs_record(kEfsRead, 0, "/folder"), -21},
+        {"EfsFileAsFolder", efs_record(kEfsRead, 0, "/file/inside"), -20},
+        {"EfsWriteOverAFolder", first_chunk("/folder", 1, 1), -21},
+        {"EfsWriteBelowAFile", first_chunk("/file/new", 1, 1), -20},
+        {"EfsDeleteOfAFolder", efs_record(kEfsDelete, 0, "/folder"), -21},
+        {"EfsDeleteBelowAFile", efs_record(kEfsDelete, 0, "/file/inside"), -20},
+        {"EfsWriteOfNothing", first_chunk("/new", 0, 0), -22},
+        {"EfsEmptyChunk", first_chunk("/new", 5, 0), -22},
+        {"EfsChunkBeyondTheRecord", first_chunk("/new", 500, 425), -22},
+        {"EfsChunkBeyondTheFile", first_chunk("/new", 5, 6), -22},
+        {"EfsFileTooLong", first_chunk("/new", 102411, 414), -28},
+        {"EfsUnknownInstance", first_chunk("/new", 500, 100, 400, 3), -22},
+        {"EfsFirstChunkInTheMiddle", first_chunk("/new", 500, 100, 400), -22},
+        {"EfsPathEndsAtItsZero", efs_record(kEfsRead, 0, std::string_view("/file\0/..", 9)), 0},
+        {"EfsReadFromBehindTheEnd", efs_record(kEfsRead, 0, "/long").put<std::uint32_t>(116, 0xFFFFFFFF), 0},
+    };
+    for (const auto& row : rows) EXPECT_EQ(result(client, row.record), row.result) << row.catches;
+    EXPECT_FALSE(std::filesystem::exists(modem.state() / "efs/0/new"));
+    EXPECT_TRUE(std::filesystem::exists(modem.state() / "efs/1/policyman/device_config.xml") ||
+                !std::filesystem::exists(modem.state() / "efs/1/policyman"));
+    modem.stop();
+    EXPECT_TRUE(modem.complaints.empty()) << modem.complaints.front();
+}
+
+TEST(NvEfs, AShortRequestReadsAsZeros)
+{
+    RunningModem modem("[nv]\n\"0/0\" = 'A1 B2'\n");
+    WireClient client = modem.connect();
+    const auto answer = client.envelope(2, Bytes{kNvRead});
+    EXPECT_EQ(answer.at<std::int32_t>(16), 0);
+    EXPECT_EQ(answer.at<std::uint16_t>(20), 0xB2A1);
+    // A write whose bytes never came stores zeros, not what an earlier request left.
+    EXPECT_EQ(nv_write(client, 0, 1, counting(424)), 0);
+    Record record = nv_record(kNvWrite, 0, 2);
+    record.put<std::uint32_t>(108, 4).bytes.resize(122);
+    record.bytes[120] = 0x55;
+    EXPECT_EQ(result(client, record), 0);
+    EXPECT_EQ(read_file(modem.state() / "nv/0/2"), (Bytes{0x55, 0, 0, 0}));
 }
 
 TEST(Efs, AFileIsStoredWithItsLastChunkOnly)
@@ -42,17 +147,144 @@ TEST(Efs, AFileIsStoredWithItsLastChunkOnly)
     RunningModem modem;
     WireClient client = modem.connect();
     const Bytes content = counting(1000);
-    Record chunk = efs_record(kEfsWrite, 0, "/new/folder/file");
-    chunk.put<std::uint16_t>(2, 255).put<std::uint32_t>(108, 1000).put<std::uint32_t>(112, 414);
-    EXPECT_GE(client.envelope(2, chunk.bytes).at<std::int32_t>(16), 0);
+    EXPECT_EQ(result(client, first_chunk("/new/folder/file", 1000, 414)), 0);
     EXPECT_FALSE(std::filesystem::exists(modem.state() / "efs/0/new"));
-    EXPECT_GE(efs_write(client, 0, "/new/folder/file", content), 0);
+    EXPECT_EQ(efs_write(client, 0, "/new/folder/file", content), 1);
     EXPECT_EQ(read_file(modem.state() / "efs/0/new/folder/file"), content);
     Bytes read;
     EXPECT_EQ(efs_read(client, 0, "new//./folder/file", read), 0);
     EXPECT_EQ(read, content);
     EXPECT_EQ(efs_delete(client, 0, "/new/folder/file"), 0);
     EXPECT_EQ(efs_delete(client, 0, "/new/folder/file"), -2);
+}
+
+TEST(Efs, TheLongestFileGoesThroughIn248Chunks)
+{
+    RunningModem modem;
+    WireClient client = modem.connect();
+    const Bytes content = counting(102410);
+    EXPECT_GE(efs_write(client, 1, "/long", content), 0);
+    Bytes read;
+    EXPECT_EQ(efs_read(client, 1, "/long", read), 0);
+    EXPECT_EQ(read, content);
+}
+
+TEST(Efs, WritesOfTwoClientsCrossWithoutMixing)
+{
+    RunningModem modem;
+    WireClient one = modem.connect();
+    WireClient two = modem.connect();
+    Record first = first_chunk("/same", 600, 400);
+    Record second = first_chunk("/same", 600, 200, 400, 0);
+    std::fill_n(first.bytes.begin() + 120, 424, std::uint8_t{0x11});
+    std::fill_n(second.bytes.begin() + 120, 424, std::uint8_t{0x11});
+    EXPECT_EQ(result(one, first), 0);
+    std::fill_n(first.bytes.begin() + 120, 424, std::uint8_t{0x22});
+    EXPECT_EQ(result(two, first), 0);
+    EXPECT_EQ(result(one, second), 0);
+    EXPECT_EQ(read_file(modem.state() / "efs/0/same"), Bytes(600, 0x11));
+    std::fill_n(second.bytes.begin() + 120, 424, std::uint8_t{0x22});
+    EXPECT_EQ(result(two, second), 0);
+    EXPECT_EQ(read_file(modem.state() / "efs/0/same"), Bytes(600, 0x22));
+}
+
+TEST(Efs, AChunkThatDoesNotFitItsTransferChangesNothing)
+{
+    RunningModem modem;
+    WireClient client = modem.connect();
+    EXPECT_EQ(result(client, first_chunk("/file", 500, 400)), 0);
+    EXPECT_EQ(result(client, first_chunk("/other", 500, 100, 400, 0)), -22);
+    EXPECT_EQ(result(client, first_chunk("/file", 501, 100, 400, 0)), -22);
+    EXPECT_EQ(result(client, first_chunk("/file", 500, 100, 300, 0)), -22);
+    EXPECT_EQ(result(client, first_chunk("/file", 500, 101, 400, 0)), -22);
+    EXPECT_EQ(result(client, first_chunk("/file", 500, 100, 400, 0)), 0);
+    EXPECT_EQ(read_file(modem.state() / "efs/0/file").size(), 500u);
+}
+
+TEST(Efs, OpenTransfersAreLimitedAndEndWithTheirClient)
+{
+    RunningModem modem;
+    {
+        WireClient client = modem.connect();
+        for (int i = 0; i < 8; ++i) EXPECT_EQ(result(client, first_chunk("/file", 500, 100)), i);
+        EXPECT_EQ(result(client, first_chunk("/file", 500, 100)), -24);
+        WireClient other = modem.connect();
+        EXPECT_EQ(result(other, first_chunk("/file", 500, 100)), 0) << "one client can keep the others out";
+    }
+    WireClient next = modem.connect();
+    EXPECT_EQ(result(next, first_chunk("/file", 500, 400, 100, 0)), -22) << "a dead client's transfer goes on";
+}
+
+TEST(Efs, AReadSeesOneVersionToItsEnd)
+{
+    RunningModem modem;
+    WireClient reader = modem.connect();
+    WireClient writer = modem.connect();
+    const Bytes before(1000, 0x0B);
+    EXPECT_GE(efs_write(writer, 0, "/file", before), 0);
+    Record chunk = efs_record(kEfsRead, 0, "/file");
+    EXPECT_EQ(reader.envelope(2, chunk.bytes).at<std::uint32_t>(8), 424u);
+    EXPECT_GE(efs_write(writer, 0, "/file", Bytes(2000, 0xAF)), 0);
+    for (const std::uint32_t offset : {424u, 848u}) {
+        const auto answer = reader.envelope(2, chunk.put(116, offset).bytes);
+        EXPECT_EQ(answer.at<std::uint32_t>(4), 1000u);
+        EXPECT_EQ(answer.at<std::uint8_t>(20), 0x0B);
+    }
+    EXPECT_EQ(reader.envelope(2, chunk.put(116, 0).bytes).at<std::uint32_t>(4), 2000u) << "a new read sees an old file";
+}
+
+// ---- State that can't be made or read ----
+
+TEST(State, TroubleIsOneComplaintAndMinus5)
+{
+    struct {
+        const char* catches;
+        std::function<void(const std::filesystem::path& state)> spoil;
+        Record record;
+    } const rows[] = {
+        {"FolderInPlaceOfAnItem", [](const auto& state) { std::filesystem::create_directories(state / "nv/0/5"); },
+         nv_record(kNvRead, 0, 5)},
+        {"WriteOverAFolder", [](const auto& state) { std::filesystem::create_directories(state / "nv/0/5"); },
+         nv_record(kNvWrite, 0, 5, counting(3))},
+        {"PipeInPlaceOfAnItem", [](const auto& state) { ::mkfifo((state / "nv/0/5").c_str(), 0600); },
+         nv_record(kNvRead, 0, 5)},
+        {"PipeInPlaceOfAFile", [](const auto& state) { ::mkfifo((state / "efs/0/pipe").c_str(), 0600); },
+         efs_record(kEfsRead, 0, "/pipe")},
+        {"FileInPlaceOfTheTree",
+         [](const auto& state) {
+             std::filesystem::remove_all(state / "efs/0");
+             write_file(state / "efs/0", "x");
+         },
+         efs_record(kEfsRead, 0, "/any")},
+        {"StateGone", [](const auto& state) { std::filesystem::remove_all(state); }, nv_record(kNvRead, 0, 550)},
+    };
+    for (const auto& row : rows) {
+        RunningModem modem;
+        WireClient client = modem.connect();
+        row.spoil(modem.state());
+        EXPECT_EQ(result(client, row.record), -5) << row.catches;
+        EXPECT_EQ(result(client, row.record), -5) << row.catches;
+        EXPECT_EQ(client.envelope(0, counting(4)).data_len, 4u) << row.catches << ": the modem has died of it";
+        modem.stop();
+        EXPECT_EQ(modem.complaints.size(), 1u) << row.catches;
+    }
+}
+
+TEST(State, ADirectoryThatCantBeMadeLeavesAModemWithoutMemory)
+{
+    const TemporaryFolder folder;
+    write_file(folder.path() / "file", "x");
+    for (const char* place : {"file", "file/modem"}) {
+        RunningModem modem("", folder.path() / place);
+        WireClient client = modem.connect();
+        Bytes read;
+        EXPECT_EQ(nv_read(client, 0, 550, read), -5) << place;
+        EXPECT_EQ(nv_write(client, 0, 550, counting(3)), -5) << place;
+        EXPECT_EQ(efs_write(client, 0, "/file", counting(3)), -5) << place;
+        modem.stop();
+        EXPECT_EQ(modem.complaints.size(), 1u) << place;
+    }
+    EXPECT_EQ(read_file(folder.path() / "file"), Bytes{'x'});
 }
 
 }  // namespace

@@ -119,6 +119,7 @@ class RunningModem {
     WireClient connect();
     void stop();
     const std::filesystem::path& state() const { return state_; }
+    Modem& modem() { return *modem_; }    // not while it runs
     std::vector<std::string> complaints;  // to be read after stop()
 
  private:

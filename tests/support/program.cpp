@@ -5,9 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <regex>
+#include <string_view>
 #include <thread>
 
 #include "support/home.h"
@@ -88,7 +89,20 @@ std::string data_path(const std::string& file)
 
 std::string without_line_numbers(const std::string& text)
 {
-    return std::regex_replace(text, std::regex("(\\.cpp):[0-9]+\\]"), "$1:N]");
+    constexpr std::string_view kMark = ".cpp:";
+    std::string out;
+    std::size_t done = 0;
+    for (std::size_t at; (at = text.find(kMark, done)) != std::string::npos;) {
+        const std::size_t number = at + kMark.size();
+        const std::size_t end = text.find_first_not_of("0123456789", number);
+        out.append(text, done, number - done);
+        if (end != number && end != std::string::npos && text[end] == ']')
+            out += 'N';
+        else
+            out.append(text, number, end == std::string::npos ? end : end - number);
+        done = std::min(end, text.size());
+    }
+    return out.append(text, done);
 }
 
 namespace detail {

@@ -25,7 +25,7 @@ static std::atomic<int32_t> g_at_rsp_done;  // set by the receive thread, polled
 
 // ---- The receive thread ----
 
-void *velmor_test_at_cmd_receive(void *argument)
+static void *velmor_test_at_cmd_receive(void *argument)
 {
     (void)argument;
     LOG(2, "The thread to receive data from serial is started");
@@ -47,14 +47,14 @@ void *velmor_test_at_cmd_receive(void *argument)
 
 // ---- The send ----
 
-void velmor_test_at_cmd_send(const char *command)
+static void velmor_test_at_cmd_send(const char *command)
 {
     // The command stands in the line as it was typed, so that the shell sees a `$` or a backquote in it: meant.
     char line[AT_SHELL_SIZE] = {};
     snprintf(line, sizeof line, "%s%s%s%s", "echo \"", command, "\r\" > ", AT_DEVICE);
     LOG(2, "at shell cmd: %s", line);
 
-    const int ret_sys = system(line);
+    const int ret_sys = system(line);  // NOLINT(concurrency-mt-unsafe): the process's only call
     LOG(2, "echo, ret_sys: %d", ret_sys);
     if (ret_sys != 0) {
         LOG(1, "Fail to send at shell cmd");
@@ -69,9 +69,9 @@ void velmor_test_at_cmd_show_help(int group)
 {
     if (group != RBK_GROUP_ALL && group != RBK_GROUP_AT) return;
     // clang-format off
-    LOG(8, "%d: velmor at command test\n", RBK_GROUP_AT);
-    LOG(8, "   rbk %d atcmd_cxt               /* atcmd_cxt: at command context */\n", RBK_GROUP_AT);
-    LOG(8, "                                    the len of atcmd can not > %d\n", AT_CMD_LEN_MAX);
+    LOG(8, "%d: velmor at command test", RBK_GROUP_AT);
+    LOG(8, "   rbk %d atcmd_cxt               /* atcmd_cxt: at command context */", RBK_GROUP_AT);
+    LOG(8, "                                    the len of atcmd can not > %d", AT_CMD_LEN_MAX);
     // clang-format on
 }
 

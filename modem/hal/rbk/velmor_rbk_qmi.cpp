@@ -48,9 +48,9 @@ void velmor_test_qmi_show_help(int group)
 {
     if (group != RBK_GROUP_ALL && group != RBK_GROUP_QMI) return;
     // clang-format off
-    LOG(8, "%d: qmi option cmd\n", RBK_GROUP_QMI);
-    LOG(8, "   rbk %d %d arlist               /* nas_perform_network_scan_req_msg_v01 */\n", RBK_GROUP_QMI, 0);
-    LOG(8, "   rbk %d %d arlist               /* nas_perform_incremental_network_scan_req_msg_v01 */\n", RBK_GROUP_QMI, 1);
+    LOG(8, "%d: qmi option cmd", RBK_GROUP_QMI);
+    LOG(8, "   rbk %d %d arlist               /* nas_perform_network_scan_req_msg_v01 */", RBK_GROUP_QMI, 0);
+    LOG(8, "   rbk %d %d arlist               /* nas_perform_incremental_network_scan_req_msg_v01 */", RBK_GROUP_QMI, 1);
     // clang-format on
 }
 

@@ -61,28 +61,28 @@ void velmor_test_cmn_show_help(int group)
 {
     if (group != RBK_GROUP_ALL && group != RBK_GROUP_CMN) return;
     // clang-format off
-    LOG(8, "%d: cmn option cmd: \n", RBK_GROUP_CMN);
-    LOG(8, "   rbk %d %d mode type time_out cmd_cnt\n", RBK_GROUP_CMN, 0);
-    LOG(8, "                                 /* diag cmd */\n");
-    LOG(8, "                                    mode: 0 - callback, 1 - dci; \n");
-    LOG(8, "                                    type: 0 - with result, 1 - without result; \n");
-    LOG(8, "                                    time_out: unit:ms */\n");
-    LOG(8, "                                    cmd_cnt: diag cmd bytes */\n");
-    LOG(8, "   rbk %d %d                       /* card status query: 0 - absent, 1 - present\n", RBK_GROUP_CMN, 1);
-    LOG(8, "   rbk %d %d sub                   /* card status get, sub: 0 or 1; ret: 0 - absent, 1 - present */\n", RBK_GROUP_CMN, 2);
-    LOG(8, "   rbk %d %d sub mode set_val      /* card status set, sub: 0 or 1; mode: 0 - general, 1 - sim; set_val: 0 - low, 1 - high */\n", RBK_GROUP_CMN, 3);
-    LOG(8, "   rbk %d %d                       /* card type query: 0 - err, 1 - single sim, 2 - mult sim */\n", RBK_GROUP_CMN, 4);
-    LOG(8, "   rbk %d %d                       /* get sar dsi */\n", RBK_GROUP_CMN, 5);
-    LOG(8, "   rbk %d %d dsi                   /* set sar dsi, dsi - the value to be set */\n", RBK_GROUP_CMN, 7);
-    LOG(8, "   rbk %d %d                       /* get device state */\n", RBK_GROUP_CMN, 8);
-    LOG(8, "   rbk %d %d opt option_list       /* card slot hotswap test */\n", RBK_GROUP_CMN, 6);
-    LOG(8, "                                    opt: 0 - stop hotswap test, 1 - start hotswap test \n");
-    LOG(8, "                                    option_list(when opt is 1 for blew inputs): \n");
-    LOG(8, "                                      seconds_after_push : the seconds of waiting after push the card slot \n");
-    LOG(8, "                                      seconds_after_pull : the seconds of waiting after pull the card slot \n");
-    LOG(8, "   rbk %d %d esim_on debug_on     /* set esim state */\n", RBK_GROUP_CMN, 10);
-    LOG(8, "                                    esim_on  : 1 - switch to eSIM,2 - switch to PSIM2 \n");
-    LOG(8, "                                    debug_on : 0 - disable log print,1 - enable log print \n");
+    LOG(8, "%d: cmn option cmd: ", RBK_GROUP_CMN);
+    LOG(8, "   rbk %d %d mode type time_out cmd_cnt", RBK_GROUP_CMN, 0);
+    LOG(8, "                                 /* diag cmd */");
+    LOG(8, "                                    mode: 0 - callback, 1 - dci; ");
+    LOG(8, "                                    type: 0 - with result, 1 - without result; ");
+    LOG(8, "                                    time_out: unit:ms */");
+    LOG(8, "                                    cmd_cnt: diag cmd bytes */");
+    LOG(8, "   rbk %d %d                       /* card status query: 0 - absent, 1 - present", RBK_GROUP_CMN, 1);
+    LOG(8, "   rbk %d %d sub                   /* card status get, sub: 0 or 1; ret: 0 - absent, 1 - present */", RBK_GROUP_CMN, 2);
+    LOG(8, "   rbk %d %d sub mode set_val      /* card status set, sub: 0 or 1; mode: 0 - general, 1 - sim; set_val: 0 - low, 1 - high */", RBK_GROUP_CMN, 3);
+    LOG(8, "   rbk %d %d                       /* card type query: 0 - err, 1 - single sim, 2 - mult sim */", RBK_GROUP_CMN, 4);
+    LOG(8, "   rbk %d %d                       /* get sar dsi */", RBK_GROUP_CMN, 5);
+    LOG(8, "   rbk %d %d dsi                   /* set sar dsi, dsi - the value to be set */", RBK_GROUP_CMN, 7);
+    LOG(8, "   rbk %d %d                       /* get device state */", RBK_GROUP_CMN, 8);
+    LOG(8, "   rbk %d %d opt option_list       /* card slot hotswap test */", RBK_GROUP_CMN, 6);
+    LOG(8, "                                    opt: 0 - stop hotswap test, 1 - start hotswap test ");
+    LOG(8, "                                    option_list(when opt is 1 for blew inputs): ");
+    LOG(8, "                                      seconds_after_push : the seconds of waiting after push the card slot ");
+    LOG(8, "                                      seconds_after_pull : the seconds of waiting after pull the card slot ");
+    LOG(8, "   rbk %d %d esim_on debug_on     /* set esim state */", RBK_GROUP_CMN, 10);
+    LOG(8, "                                    esim_on  : 1 - switch to eSIM,2 - switch to PSIM2 ");
+    LOG(8, "                                    debug_on : 0 - disable log print,1 - enable log print ");
     // clang-format on
 }
 
@@ -90,9 +90,9 @@ void velmor_test_qmi_send_data_show_help(int group)
 {
     if (group != RBK_GROUP_ALL && group != RBK_GROUP_SEND_DATA) return;
     // clang-format off
-    LOG(8, "%d: velmor qmi send_data\n", RBK_GROUP_SEND_DATA);
-    LOG(8, "   rbk %d qmi_id qmi_data         /* qmi_id: Any binary data you will send */\n", RBK_GROUP_SEND_DATA);
-    LOG(8, "                                    qmi_data: Any binary data you will send \n");
+    LOG(8, "%d: velmor qmi send_data", RBK_GROUP_SEND_DATA);
+    LOG(8, "   rbk %d qmi_id qmi_data         /* qmi_id: Any binary data you will send */", RBK_GROUP_SEND_DATA);
+    LOG(8, "                                    qmi_data: Any binary data you will send ");
     // clang-format on
 }
 

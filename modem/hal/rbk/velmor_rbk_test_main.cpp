@@ -10,20 +10,20 @@
 // clang-format off
 void show_help(int group)
 {
-    LOG(8, "=========== blew: radio_bench_kit(rbk) cmd help =======================================================\n");
+    LOG(8, "=========== blew: radio_bench_kit(rbk) cmd help =======================================================");
     if (group == RBK_GROUP_ALL || group == RBK_GROUP_NV) {
-        LOG(8, "%d: nv option cmd\n", RBK_GROUP_NV);
-        LOG(8, "   rbk %d 1       /* nv test */\n", RBK_GROUP_NV);
-        LOG(8, "   rbk %d 2 0     /* nv backup(no privacy nvs) */\n", RBK_GROUP_NV);
-        LOG(8, "   rbk %d 2 1     /* nv backup(have privacy nvs) */\n", RBK_GROUP_NV);
-        LOG(8, "   rbk %d 3 0     /* nv restore(no goldencopy done after restore) */\n", RBK_GROUP_NV);
-        LOG(8, "   rbk %d 3 1     /* nv restore(do goldencopy done after restore) */\n", RBK_GROUP_NV);
-        LOG(8, "   rbk %d 4 nvid  /* nv delete */\n", RBK_GROUP_NV);
+        LOG(8, "%d: nv option cmd", RBK_GROUP_NV);
+        LOG(8, "   rbk %d 1       /* nv test */", RBK_GROUP_NV);
+        LOG(8, "   rbk %d 2 0     /* nv backup(no privacy nvs) */", RBK_GROUP_NV);
+        LOG(8, "   rbk %d 2 1     /* nv backup(have privacy nvs) */", RBK_GROUP_NV);
+        LOG(8, "   rbk %d 3 0     /* nv restore(no goldencopy done after restore) */", RBK_GROUP_NV);
+        LOG(8, "   rbk %d 3 1     /* nv restore(do goldencopy done after restore) */", RBK_GROUP_NV);
+        LOG(8, "   rbk %d 4 nvid  /* nv delete */", RBK_GROUP_NV);
     }
     if (group == RBK_GROUP_ALL || group == RBK_GROUP_IMEI) {
-        LOG(8, "%d: imei option cmd\n", RBK_GROUP_IMEI);
-        LOG(8, "   rbk %d 0       /* imei_protect disable */\n", RBK_GROUP_IMEI);
-        LOG(8, "   rbk %d 1       /* imei_protect start */\n", RBK_GROUP_IMEI);
+        LOG(8, "%d: imei option cmd", RBK_GROUP_IMEI);
+        LOG(8, "   rbk %d 0       /* imei_protect disable */", RBK_GROUP_IMEI);
+        LOG(8, "   rbk %d 1       /* imei_protect start */", RBK_GROUP_IMEI);
     }
     velmor_test_rf_show_help(group);
     velmor_test_nvefs_show_help(group);
@@ -35,7 +35,7 @@ void show_help(int group)
     velmor_test_mbn_show_help(group);
     velmor_smart_test_show_help(group);
     velmor_test_qmi_show_help(group);
-    LOG(8, "=========== above: radio_bench_kit(rbk) cmd help =======================================================\n\n");
+    LOG(8, "=========== above: radio_bench_kit(rbk) cmd help =======================================================\n");
 }
 // clang-format on
 

@@ -1,0 +1,130 @@
+// What a scenario file may say, what is refused, and what becomes of its content.
+#include "simulator/scenario.h"
+
+#include <gtest/gtest.h>
+
+#include "simulator/scenario_reader.h"
+#include "wire_client.h"
+
+namespace rbk::sim {
+namespace {
+
+// The message of the refusal, without the folder; empty when the scenario is taken.
+std::string refusal(std::string_view content)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path file = folder.path() / "s.toml";
+    write_file(file, content);
+    try {
+        static_cast<void>(read_scenario(file));
+        return "";
+    } catch (const ScenarioError& error) {
+        const std::string line = error.what();
+        EXPECT_EQ(line.rfind(folder.path().string() + "/s.toml", 0), 0u) << line;
+        return line.substr(folder.path().string().size() + 1);
+    }
+}
+
+TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
+{
+    struct {
+        const char* content;
+        const char* refusal;
+    } const rows[] = {
+        {"[modem\n", "s.toml:1: "},
+        {"\n[modme]\n", "s.toml:2: unknown key modme in the scenario: expected modem, nv, efs, at, indication, fault"},
+        {"[modem]\nboot = 1\n", "s.toml:2: unknown key boot in [modem]: expected services, boot_ms, restart_ms"},
+        {"[modem]\nboot_ms = -1\n", "s.toml:2: boot_ms: expected a whole number from 0 to 86400000"},
+        {"[modem]\nboot_ms = 1.5\n", "s.toml:2: boot_ms: expected a whole number"},
+        {"[modem]\nservices = 'vs'\n", "s.toml:2: services: expected a list"},
+        {"[modem]\nservices = ['vs',\n'vx']\n",
+         "s.toml:3: services: expected one of extended, vs, nas, uim, sar, pdc, diag"},
+        {"nv = 1\n", "s.toml:1: [nv]: expected a table"},
+        {"[nv]\n\"0/1\" = '1'\n", "s.toml:2: 0/1: expected hex bytes, two digits each"},
+        {"[nv]\n\"0/1\" = '0 1'\n", "s.toml:2: 0/1: expected hex bytes"},
+        {"[nv]\n\"0/1\" = 'GG'\n", "s.toml:2: 0/1: expected hex bytes"},
+        {"[nv]\n\"0/1\" = 1\n", "s.toml:2: 0/1: expected hex text or { fill = byte, size = bytes }"},
+        {"[nv]\n\"0/1\" = { fill = 1, size = 425 }\n", "s.toml:2: 0/1.size: expected a whole number from 0 to 424"},
+        {"[nv]\n\"0/1\" = { fill = 256, size = 1 }\n", "s.toml:2: 0/1.fill: expected a whole number from 0 to 255"},
+        {"[nv]\n\"0/1\" = { size = 1 }\n", "s.toml:2: 0/1: expected the key fill"},
+        {"[nv]\n\"0/1\" = { fill = 1, size = 1, from = 1 }\n", "s.toml:2: unknown key from in 0/1"},
+        {"[nv]\n\"2/551\" = '01'\n", "s.toml:2: 2/551: expected \"<sub>/<item>\" with sub 0 or 1"},
+        {"[nv]\n\"0/7233\" = '01'\n", "s.toml:2: 0/7233: expected \"<sub>/<item>\""},
+        {"[nv]\n\"0/1x\" = '01'\n", "s.toml:2: 0/1x: expected \"<sub>/<item>\""},
+        {"[nv]\n\"550\" = '01'\n", "s.toml:2: 550: expected \"<sub>/<item>\""},
+        {"[efs]\n\"/file\" = '01'\n", "s.toml:2: /file: expected \"<sub>:<path>\""},
+        {"[efs]\n\"2:/file\" = '01'\n", "s.toml:2: 2:/file: expected \"<sub>:<path>\""},
+        {"[efs]\n\"0:/a/../../b\" = '01'\n", "s.toml:2: 0:/a/../../b: expected \"<sub>:<path>\""},
+        {"[at]\nAT = 1\n", "s.toml:2: AT: expected a text"},
+        {"[[indication]]\nservice = 'vs'\nmessage = 1\n", "s.toml:1: [[indication]]: expected the key bytes"},
+        {"[[indication]]\nservice = 'vs'\nmessage = 65536\nbytes = ''\n", "s.toml:3: message: expected a whole number"},
+        {"[[indication]]\nservice = 'vs'\nmessage = 1\nbytes = ''\nevery_ms = 0\n",
+         "s.toml:1: [[indication]]: expected"},
+        {"[[fault]]\naction = 'silent'\n", "s.toml:1: [[fault]]: expected the key service"},
+        {"[[fault]]\nservice = 'vs'\n", "s.toml:1: [[fault]]: expected the key action"},
+        {"[[fault]]\nservice = 'vs'\naction = 'explode'\n", "s.toml:3: action: expected one of silent, delay, error"},
+        {"[[fault]]\nservice = 'vs'\naction = 'twice'\n", "s.toml:3: action: expected one of silent, delay, error"},
+        {"[[fault]]\nservice = 'vs'\non = 'indication'\naction = 'error'\ncode = 1\n",
+         "s.toml:4: action: expected one of"},
+        {"[[fault]]\nservice = 'vs'\non = 'answer'\naction = 'silent'\n",
+         "s.toml:3: on: expected request or indication"},
+        {"[[fault]]\nservice = 'vs'\naction = 'delay'\n", "s.toml:1: [[fault]]: expected the key ms"},
+        {"[[fault]]\nservice = 'vs'\naction = 'error'\n", "s.toml:1: [[fault]]: expected the key code"},
+        {"[[fault]]\nservice = 'vs'\naction = 'error'\ncode = 70000\n", "s.toml:4: code: expected a whole number"},
+        {"[[fault]]\nservice = 'vs'\naction = 'result'\ncode = 1\n",
+         "s.toml:3: action: expected result with the service"},
+        {"[[fault]]\nservice = 'vs'\nqmi_id = 1\naction = 'silent'\n", "s.toml:1: [[fault]]: expected qmi_id with"},
+        {"[[fault]]\nservice = 'vs'\nnth = 0\naction = 'silent'\n", "s.toml:3: nth: expected a whole number"},
+        {"[[fault]]\nservice = 'vs'\nnth = 1\nfrom = 1\naction = 'silent'\n",
+         "s.toml:1: [[fault]]: expected nth or from"},
+        {"[[fault]]\nservice = 'vs'\naction = 'silent'\nms = 1\n", "s.toml:4: unknown key ms in [[fault]]"},
+        {"[[fault]]\nservice = 'vs'\ncall = 'send'\naction = 'error'\ncode = 1\n",
+         "s.toml:1: [[fault]]: expected call with"},
+        {"[[fault]]\nservice = 'diag'\ncall = 'sent'\naction = 'error'\ncode = 1\n",
+         "s.toml:3: call: expected one of lsm_init"},
+        {"[[fault]]\nservice = 'diag'\ncall = 'send'\naction = 'silent'\n",
+         "s.toml:4: action: expected error beside call"},
+    };
+    for (const auto& row : rows) {
+        const std::string line = refusal(row.content);
+        EXPECT_EQ(line.rfind(row.refusal, 0), 0u) << row.content << line;
+    }
+    EXPECT_THROW(read_scenario("/nonexistent/scenario.toml"), ScenarioError);
+    EXPECT_THROW(read_scenario("/"), ScenarioError);
+}
+
+TEST(Scenario, TakesTheTablesOfServicesThatThisModemLacks)
+{
+    EXPECT_EQ(refusal("[modem]\nservices = ['extended', 'vs', 'nas', 'uim', 'sar', 'pdc', 'diag']\n"
+                      "[stats.sub0]\n82 = 'AA'\n[[card]]\nstate = 'absent'\n[pdc]\nx = 1\n[pdc.sub0]\n[[pdc.config]]\n"
+                      "[sar]\n[nas]\n[diag]\n[[diag.stream]]\n[debug_info]\n"),
+              "");
+}
+
+TEST(Scenario, ContentGoesIntoAFreshStateAloneOverTheBuiltInRows)
+{
+    const TemporaryFolder folder;
+    const std::string scenario =
+        "[nv]\n\"0/550\" = '08 3a\tFF'\n\"1/1\" = ''\n[efs]\n\"1:/deep/er\" = { fill = 0xAB, size = 5000 }\n";
+    {
+        RunningModem modem(scenario, folder.path());
+        EXPECT_EQ(read_file(folder.path() / "nv/0/550"), (Bytes{0x08, 0x3A, 0xFF}));
+        EXPECT_EQ(read_file(folder.path() / "nv/1/1"), Bytes{});
+        EXPECT_EQ(read_file(folder.path() / "efs/1/deep/er"), Bytes(5000, 0xAB));
+        EXPECT_EQ(read_file(folder.path() / "nv/0/6853").size(), 124u) << "the built-in rows are gone";
+    }
+    write_file(folder.path() / "nv/0/550", "kept");
+    std::filesystem::remove_all(folder.path() / "efs");
+    const RunningModem again(scenario, folder.path());
+    EXPECT_EQ(read_file(folder.path() / "nv/0/550"), (Bytes{'k', 'e', 'p', 't'}));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "efs"));
+}
+
+TEST(Scenario, OnlyTheServicesThatItNamesComeUp)
+{
+    RunningModem modem("[modem]\nservices = ['vs']\n");
+    EXPECT_TRUE(modem.connect().lookup(0).empty());
+}
+
+}  // namespace
+}  // namespace rbk::sim
