@@ -43,19 +43,20 @@ struct nas_perform_network_scan_req_msg_v01 {
 };
 
 struct nas_perform_network_scan_resp_msg_v01 {
-    qmi_response_type                            resp;
-    uint8_t                                      nas_3gpp_network_info_valid;
-    uint32_t                                     nas_3gpp_network_info_len;
-    nas_3gpp_network_info_type_v01               nas_3gpp_network_info[NAS_3GPP_NETWORK_INFO_LIST_MAX_V01];
-    uint8_t                                      nas_network_radio_access_technology_valid;
-    uint32_t                                     nas_network_radio_access_technology_len;
-    nas_network_radio_access_technology_type_v01 nas_network_radio_access_technology[NAS_3GPP_NETWORK_INFO_LIST_MAX_V01];
-    uint8_t                                      mnc_includes_pcs_digit_valid;
-    uint32_t                                     mnc_includes_pcs_digit_len;
-    nas_mnc_pcs_digit_include_status_type_v01    mnc_includes_pcs_digit[NAS_3GPP_NETWORK_INFO_LIST_MAX_V01];
-    uint8_t                                      scan_result_valid;
-    uint32_t                                     scan_result;  // 0: done, else why not
-    uint8_t                                      reserved[7040];
+    qmi_response_type              resp;
+    uint8_t                        nas_3gpp_network_info_valid;
+    uint32_t                       nas_3gpp_network_info_len;
+    nas_3gpp_network_info_type_v01 nas_3gpp_network_info[NAS_3GPP_NETWORK_INFO_LIST_MAX_V01];
+    uint8_t                        nas_network_radio_access_technology_valid;
+    uint32_t                       nas_network_radio_access_technology_len;
+    nas_network_radio_access_technology_type_v01
+                                              nas_network_radio_access_technology[NAS_3GPP_NETWORK_INFO_LIST_MAX_V01];
+    uint8_t                                   mnc_includes_pcs_digit_valid;
+    uint32_t                                  mnc_includes_pcs_digit_len;
+    nas_mnc_pcs_digit_include_status_type_v01 mnc_includes_pcs_digit[NAS_3GPP_NETWORK_INFO_LIST_MAX_V01];
+    uint8_t                                   scan_result_valid;
+    uint32_t                                  scan_result;  // 0: done, else why not
+    uint8_t                                   reserved[7040];
 };
 
 struct nas_perform_incremental_network_scan_req_msg_v01 {

@@ -129,8 +129,8 @@ void velmor_init_qmi_client_rf_sar()
 {
     qmi_client_os_params os_params = {};
     const int32_t        qmi_client_error = qmi_client_init_instance(
-        sar_get_service_object_internal_v01(1, 15, 6), QMI_CLIENT_INSTANCE_ANY,
-        velmor_qmi_client_common_empty_unsol_ind_cb, nullptr, &os_params, SAR_OPEN_TIMEOUT_MS, &g_sar_client);
+               sar_get_service_object_internal_v01(1, 15, 6), QMI_CLIENT_INSTANCE_ANY,
+               velmor_qmi_client_common_empty_unsol_ind_cb, nullptr, &os_params, SAR_OPEN_TIMEOUT_MS, &g_sar_client);
     if (qmi_client_error != 0) {
         LOG(4, "qmi_client_init_instance failed, qmi_client_error = %d", qmi_client_error);
         g_sar_client = nullptr;
@@ -205,9 +205,9 @@ static void nas_open()
     LOG_FROM(SEND_NAS, __LINE__, 4, "init qmi_client");
     qmi_client_os_params os_params = {};
     qmi_client_handle    client = nullptr;
-    const int32_t        qmi_client_error = qmi_client_init_instance(
-        nas_get_service_object_internal_v01(1, 388, 6), QMI_CLIENT_INSTANCE_ANY, velmor_qmi_client_unsol_ind_cb, nullptr,
-        &os_params, NAS_OPEN_TIMEOUT_MS, &client);
+    const int32_t        qmi_client_error =
+        qmi_client_init_instance(nas_get_service_object_internal_v01(1, 388, 6), QMI_CLIENT_INSTANCE_ANY,
+                                 velmor_qmi_client_unsol_ind_cb, nullptr, &os_params, NAS_OPEN_TIMEOUT_MS, &client);
     if (qmi_client_error != 0) {
         LOG_FROM(SEND_NAS, __LINE__, 4, "velmor_qmi_client_init instance failed, qmi_client_error = %d",
                  qmi_client_error);
