@@ -2,6 +2,8 @@
 
 #include "simulator/diag_service.h"
 #include "simulator/extended_service.h"
+#include "simulator/nas_service.h"
+#include "simulator/sar_service.h"
 
 namespace rbk::sim {
 namespace {
@@ -9,9 +11,9 @@ namespace {
 constexpr ServiceKind kServiceKinds[] = {
     {"extended", {"debug_info"}, nullptr, make_extended_service},
     {"vs", {"stats"}, nullptr, nullptr},
-    {"nas", {"nas"}, nullptr, nullptr},
+    {"nas", {"nas"}, read_nas_settings, make_nas_service},
     {"uim", {"card"}, nullptr, nullptr},
-    {"sar", {"sar"}, nullptr, nullptr},
+    {"sar", {"sar"}, read_sar_settings, make_sar_service},
     {"pdc", {"pdc"}, nullptr, nullptr},
     {"diag", {"diag"}, read_diag_settings, make_diag_service},
 };
