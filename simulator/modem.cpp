@@ -172,7 +172,7 @@ void Modem::on_ready(Client& client, std::uint32_t events)
     }
     if ((events & ~static_cast<std::uint32_t>(EPOLLOUT)) == 0) return;
     bool closed = false;
-    const std::optional<link::Datagram> datagram = client.socket().receive(received_, false, closed);
+    const std::optional<link::Datagram> datagram = client.socket().receive(received_, closed);
     if (closed) return drop(client);
     if (datagram) on_datagram(client, *datagram);
 }

@@ -86,11 +86,7 @@ LinkSocket LinkSocket::connect_unix(const std::string& path, std::string& error)
 LinkSocket LinkSocket::open_qrtr(std::string& error)
 {
     LinkSocket socket(::socket(AF_QIPCRTR, SOCK_DGRAM | SOCK_CLOEXEC, 0), Carrier::qrtr);
-    if (socket.is_open()) socket.wake_fd_ = ::eventfd(0, EFD_CLOEXEC);
-    if (!socket.is_open() || socket.wake_fd_ < 0) {
-        error = "qrtr: " + error_text(errno);
-        return {};
-    }
+    if (!socket.is_open()) error = "qrtr: " + error_text(errno);
     return socket;
 }
 
@@ -133,7 +129,7 @@ SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wai
     return SendResult::sent;
 }
 
-std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool wait, bool& closed) const
+std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool& closed) const
 {
     sockaddr_qrtr address{};
     iovec room{buffer.data(), buffer.size()};
@@ -143,16 +139,10 @@ std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool
     if (carrier_ == Carrier::qrtr) {
         message.msg_name = &address;
         message.msg_namelen = sizeof address;
-        if (wait) {
-            pollfd events[] = {{fd_, POLLIN, 0}, {wake_fd_, POLLIN, 0}};
-            ::poll(events, 2, -1);
-            closed = events[1].revents != 0;
-            if (closed) return std::nullopt;
-        }
     }
     ssize_t received;
     do {
-        received = ::recvmsg(fd_, &message, MSG_CMSG_CLOEXEC | (wait ? 0 : MSG_DONTWAIT));
+        received = ::recvmsg(fd_, &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
     } while (received < 0 && errno == EINTR);
 
     closed = received == 0 ? carrier_ == Carrier::seqpacket : received < 0 && errno != EAGAIN && errno != EWOULDBLOCK;
@@ -164,12 +154,29 @@ std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool
                     bytes.subspan(kAddressSize)};
 }
 
+void LinkSocket::wait(int timeout_ms) const
+{
+    pollfd events[] = {{fd_, POLLIN, 0}, {wake_fd_, POLLIN, 0}};
+    ::poll(events, 2, timeout_ms);
+    eventfd_t count;
+    if (events[1].revents != 0) ::eventfd_read(wake_fd_, &count);
+}
+
+bool LinkSocket::make_wakeable()
+{
+    wake_fd_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    return wake_fd_ >= 0;
+}
+
+void LinkSocket::wake() const
+{
+    if (wake_fd_ >= 0) ::eventfd_write(wake_fd_, 1);
+}
+
 void LinkSocket::shut_down() const
 {
-    if (carrier_ == Carrier::qrtr)
-        ::eventfd_write(wake_fd_, 1);
-    else
-        ::shutdown(fd_, SHUT_RDWR);
+    ::shutdown(fd_, SHUT_RDWR);
+    wake();
 }
 
 }  // namespace rbk::link

@@ -70,15 +70,20 @@ class LinkSocket {
 
     // Sends head and body as one datagram. Blocks while the queue is full unless `wait` is false.
     SendResult send(Address peer, ByteView head, ByteView body, bool wait) const;
-    // The next datagram; blocks unless `wait` is false. Empty when there is none, when the far end has closed
-    // (`closed` is set) or when the datagram had no address or was longer than the buffer.
-    std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool wait, bool& closed) const;
-    // Ends a receive that another thread is in, and all later ones.
+    // The next datagram, without waiting for one. Empty when there is none, when the far end has closed (`closed` is
+    // set) or when the datagram had no address or was longer than the buffer.
+    std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool& closed) const;
+    // Waits for a datagram, an end or a wake-up, at most `timeout_ms` milliseconds.
+    void wait(int timeout_ms) const;
+    // Ends a wait that another thread is in, or else the next one. Without effect before make_wakeable().
+    void wake() const;
+    bool make_wakeable();
+    // Ends the connection for both ends, where the carrier has one.
     void shut_down() const;
 
  private:
     int fd_ = -1;
-    int wake_fd_ = -1;  // qrtr: an event that ends a receive, since the kernel's sockets know no shutdown
+    int wake_fd_ = -1;  // an event beside the socket
     Carrier carrier_ = Carrier::seqpacket;
 };
 

@@ -14,24 +14,14 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+// After an answer the next request often follows at once, from a thread that will read by itself: so long nobody reads in
+// its stead. An indication that comes in this time is read at its end.
+constexpr milliseconds kIdle{2};
+
 // A modem that takes a lookup and never ends its answer counts as one without the service after this long.
 constexpr milliseconds kLookupBound{5000};
 
 constexpr std::string_view kUnixPrefix = "unix:";
-
-// The link while it is being traced and read, and the modem of a process that has one, need threads; a process that
-// can't have any more goes on without a modem.
-template <typename Start>
-bool start_thread(Start start)
-{
-    try {
-        start();
-        return true;
-    } catch (const std::system_error& error) {
-        complain(std::string("no thread for the link to the modem: ") + error.what());
-        return false;
-    }
-}
 
 }  // namespace
 
@@ -47,7 +37,7 @@ ModemLink& ModemLink::get()
     return *link;
 }
 
-ModemLink::ModemLink()
+ModemLink::ModemLink() : buffer_(link::kLongestDatagram)
 {
     trace_ = std::make_unique<LinkTrace>(environment().trace);
 }
@@ -81,7 +71,7 @@ bool ModemLink::connect()
         else
             error = "expected embedded, unix:PATH or qrtr, not \"" + modem + "\"";
     }
-    if (!socket.is_open()) {
+    if (!socket.is_open() || !socket.make_wakeable()) {
         complain("RBK_MODEM: " + error);
         return false;
     }
@@ -93,54 +83,121 @@ std::int32_t ModemLink::open()
 {
     if (state_ == State::open) return 0;
     if (state_ == State::stopped) return -4;
-    if (reader_.joinable()) reader_.join();  // it has closed the link, and takes no lock any more
     modem_.reset();
-    if (!connect() || !start_thread([this] { reader_ = std::thread([this, socket = socket_] { read(*socket); }); }))
-        return -4;
+    if (!connect()) return -4;
+    if (!idle_reader_.joinable()) {
+        try {
+            idle_reader_ = std::thread([this] { read_while_nobody_waits(); });
+        } catch (const std::system_error& error) {
+            complain(std::string("no thread for the link to the modem: ") + error.what());
+            return -4;
+        }
+    }
+    last_read_ = steady_clock::now();
     state_ = State::open;
+    opened_.notify_all();
     return 0;
 }
 
 void ModemLink::stop()
 {
-    std::thread reader;
+    std::thread idle_reader;
     std::unique_ptr<sim::EmbeddedModem> modem;
     {
         const std::lock_guard lock(mutex_);
         if (state_ == State::open) socket_->shut_down();
         state_ = State::stopped;
-        reader.swap(reader_);
+        idle_reader.swap(idle_reader_);
         modem.swap(modem_);
     }
+    opened_.notify_all();
     changed_.notify_all();
-    if (reader.joinable()) reader.join();
+    if (idle_reader.joinable()) idle_reader.join();
 }
 
-// ---- Reading ----
+// ---- Reading and waiting ----
 
-void ModemLink::read(const link::LinkSocket& socket)
+template <typename Done>
+bool ModemLink::wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done done)
 {
-    const auto buffer = std::make_unique<std::uint8_t[]>(link::kLongestDatagram);
-    bool closed = false;
-    while (!closed) {
-        const auto datagram = socket.receive({buffer.get(), link::kLongestDatagram}, true, closed);
-        if (!datagram) continue;
-        if (datagram->peer.port == QRTR_PORT_CTRL) {
-            if (const auto packet = link::parse_control(datagram->bytes)) on_control(*packet);
-            continue;
-        }
-        Server from;
-        {
-            const std::lock_guard lock(mutex_);
-            const auto server = std::find_if(servers_.begin(), servers_.end(),
-                                             [&](const Server& known) { return known.address == datagram->peer; });
-            if (server == servers_.end()) continue;
-            from = *server;
-        }
-        for (const auto& slot : listeners_)
-            if (LinkListener* listener = slot.load()) listener->on_datagram(from, datagram->bytes);
+    ++waiting_;
+    while (!done() && steady_clock::now() < deadline) {
+        if (state_ == State::open && !is_read_)
+            read(lock, deadline);
+        else if (deadline == Deadline::max())
+            changed_.wait(lock);
+        else
+            changed_.wait_until(lock, deadline);
     }
-    on_closed();
+    --waiting_;
+    return done();
+}
+
+// One turn: waits for something to come, and hands it on.
+void ModemLink::read(std::unique_lock<std::mutex>& lock, Deadline deadline)
+{
+    constexpr std::int64_t kLongestTurn = 60000;
+    const auto socket = socket_;
+    is_read_ = true;
+    reader_ = std::this_thread::get_id();
+    lock.unlock();
+    const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
+    socket->wait(static_cast<int>(std::clamp<std::int64_t>(left, 0, kLongestTurn)));
+    bool closed = false;
+    const auto datagram = socket->receive(buffer_, closed);
+    if (datagram) dispatch(*datagram);
+    if (closed) on_closed();
+    lock.lock();
+    is_read_ = false;
+    last_read_ = steady_clock::now();
+    changed_.notify_all();
+}
+
+void ModemLink::read_while_nobody_waits()
+{
+    std::unique_lock lock(mutex_);
+    while (state_ != State::stopped) {
+        const Deadline idle_from = last_read_ + kIdle;
+        if (state_ != State::open)
+            opened_.wait(lock);
+        else if (is_read_ || waiting_ > 0)
+            opened_.wait_for(lock, kIdle);
+        else if (steady_clock::now() < idle_from)
+            opened_.wait_until(lock, idle_from);
+        else
+            read(lock, Deadline::max());
+    }
+}
+
+bool ModemLink::wait(const std::atomic<bool>& done, Deadline deadline)
+{
+    std::unique_lock lock(mutex_);
+    return wait(lock, deadline, [&] { return done.load(std::memory_order_acquire); });
+}
+
+void ModemLink::wake()
+{
+    const std::lock_guard lock(mutex_);
+    changed_.notify_all();
+    if (is_read_ && reader_ != std::this_thread::get_id()) socket_->wake();
+}
+
+void ModemLink::dispatch(const link::Datagram& datagram)
+{
+    if (datagram.peer.port == QRTR_PORT_CTRL) {
+        if (const auto packet = link::parse_control(datagram.bytes)) on_control(*packet);
+        return;
+    }
+    Server from;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto server = std::find_if(servers_.begin(), servers_.end(),
+                                         [&](const Server& known) { return known.address == datagram.peer; });
+        if (server == servers_.end()) return;
+        from = *server;
+    }
+    for (const auto& slot : listeners_)
+        if (LinkListener* listener = slot.load()) listener->on_datagram(from, datagram.bytes);
 }
 
 void ModemLink::on_control(const link::ControlPacket& packet)
@@ -213,7 +270,7 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
         if (opened != 0) return opened;
         if (looked_up_.contains(service)) return 0;
         if (!looking_up_) break;
-        if (changed_.wait_until(lock, deadline) == std::cv_status::timeout) return -4;
+        if (!wait(lock, deadline, [&] { return !looking_up_; })) return -4;
     }
     looking_up_ = true;
     const auto socket = socket_;
@@ -223,7 +280,7 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
     lock.unlock();
     const std::int32_t sent = send(router, {}, packet, deadline);
     lock.lock();
-    if (sent == 0) changed_.wait_until(lock, deadline, [&] { return !looking_up_; });
+    if (sent == 0) wait(lock, deadline, [&] { return !looking_up_; });
     const bool ended = sent == 0 && !looking_up_ && state_ == State::open;
     looking_up_ = false;
     changed_.notify_all();
@@ -241,7 +298,7 @@ std::uint32_t ModemLink::news(std::uint32_t service)
 bool ModemLink::wait_for_news(std::uint32_t service, std::uint32_t& seen, Deadline deadline)
 {
     std::unique_lock lock(mutex_);
-    const bool changed = changed_.wait_until(lock, deadline, [&] { return news_[service] != seen; });
+    const bool changed = wait(lock, deadline, [&] { return news_[service] != seen; });
     seen = news_[service];
     return changed;
 }
@@ -254,18 +311,25 @@ bool ModemLink::knows(const Server& server)
 
 // ---- Sending ----
 
+// A sender meets the end of the connection before a reader does: what was known of its servers goes before it returns.
+void ModemLink::await_end()
+{
+    std::unique_lock lock(mutex_);
+    wait(lock, steady_clock::now() + kLookupBound, [&] { return state_ != State::open; });
+}
+
 std::int32_t ModemLink::send(link::Address to, ByteView head, ByteView body, Deadline deadline)
 {
     std::shared_ptr<link::LinkSocket> socket;
     {
         const std::lock_guard lock(mutex_);
-        if (state_ != State::open) return -2;
+        if (state_ != State::open) return kModemGone;
         socket = socket_;
     }
     for (;;) {
         switch (socket->send(to, head, body, false)) {
         case link::SendResult::sent: return 0;
-        case link::SendResult::closed: return -2;
+        case link::SendResult::closed: return kModemGone;
         case link::SendResult::would_block: break;
         }
         const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();

@@ -1,5 +1,8 @@
-// The process's one connection to the modem: the carrier that RBK_MODEM names, the thread that reads it, and what the
-// router has told of the modem's services. The QMI client library and the diag library stand on it.
+// The process's one connection to the modem: the carrier that RBK_MODEM names, who reads it, and what the router has told
+// of the modem's services. The QMI client library and the diag library stand on it.
+//
+// One thread at a time reads the link. A thread that waits for something reads while nobody else does, so that an answer
+// costs no switch to another thread; while nobody waits, a thread of the link's own reads.
 #pragma once
 
 #include <array>
@@ -32,7 +35,8 @@ struct Server {
     bool operator==(const Server&) const = default;
 };
 
-// Who is told what comes over the link. All calls come on the link's reading thread, none under its lock.
+// Who is told what comes over the link. The calls come one at a time, in the order of the link, on whichever thread reads
+// it; none under its lock.
 class LinkListener {
  public:
     // `bytes` live for the call.
@@ -45,7 +49,9 @@ class LinkListener {
 
 class ModemLink {
  public:
-    // Built at the first use and never destroyed: detached workers may come after the end of main. Its threads, and the
+    static constexpr std::int32_t kModemGone = -2;
+
+    // Built at the first use and never destroyed: detached workers may come after the end of main. Its thread, and the
     // embedded modem's, are stopped and joined by an exit handler registered then; later calls fail.
     static ModemLink& get();
 
@@ -62,14 +68,23 @@ class ModemLink {
 
     bool knows(const Server& server);
 
+    // Waits until `done` is set, and reads the link meanwhile. False when the time has run out.
+    bool wait(const std::atomic<bool>& done, Deadline deadline);
+    // After setting what somebody waits for.
+    void wake();
+
     // Sends one datagram. `traced` writes its line of the trace, under the trace's lock, when the send has succeeded.
     // 0, -2 the modem is gone, -3 the deadline has passed while the link was full.
     template <typename Traced>
     std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline, Traced traced)
     {
-        const auto lock = trace_->lock();
-        const std::int32_t result = send(to, head, body, deadline);
-        if (result == 0) traced(*trace_);
+        std::int32_t result;
+        {
+            const auto lock = trace_->lock();
+            result = send(to, head, body, deadline);
+            if (result == 0) traced(*trace_);
+        }
+        if (result == kModemGone) await_end();
         return result;
     }
 
@@ -78,10 +93,15 @@ class ModemLink {
  private:
     ModemLink();
     std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline);
+    void await_end();
     std::int32_t open() REQUIRES(mutex_);
     bool connect() REQUIRES(mutex_);
     std::int32_t look_up(std::unique_lock<std::mutex>& lock, std::uint32_t service) REQUIRES(mutex_);
-    void read(const link::LinkSocket& socket);
+    template <typename Done>
+    bool wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done done) REQUIRES(mutex_);
+    void read(std::unique_lock<std::mutex>& lock, Deadline deadline) REQUIRES(mutex_);
+    void read_while_nobody_waits();
+    void dispatch(const link::Datagram& datagram);
     void on_control(const link::ControlPacket& packet);
     void on_server_lost(const Server& server);
     void on_closed();
@@ -91,15 +111,22 @@ class ModemLink {
     std::array<std::atomic<LinkListener*>, 2> listeners_{};
 
     std::mutex mutex_;
-    std::condition_variable changed_;  // a lookup has ended, the servers have changed, the link has closed
+    std::condition_variable changed_;  // something that is waited for, or nobody reads any more
     enum class State { closed, open, stopped } state_ GUARDED_BY(mutex_) = State::closed;
     std::shared_ptr<link::LinkSocket> socket_ GUARDED_BY(mutex_);  // senders hold their own share while they send
-    std::thread reader_ GUARDED_BY(mutex_);
     std::unique_ptr<sim::EmbeddedModem> modem_ GUARDED_BY(mutex_);
     std::vector<Server> servers_ GUARDED_BY(mutex_);
     std::set<std::uint32_t> looked_up_ GUARDED_BY(mutex_);  // services whose whole list is known
     std::map<std::uint32_t, std::uint32_t> news_ GUARDED_BY(mutex_);  // by service: changes of servers_
     bool looking_up_ GUARDED_BY(mutex_) = false;
+
+    bool is_read_ GUARDED_BY(mutex_) = false;  // somebody reads; the buffer is theirs
+    std::thread::id reader_ GUARDED_BY(mutex_);
+    Deadline last_read_ GUARDED_BY(mutex_);
+    std::uint32_t waiting_ GUARDED_BY(mutex_) = 0;  // threads that would read
+    std::vector<std::uint8_t> buffer_;
+    std::thread idle_reader_ GUARDED_BY(mutex_);
+    std::condition_variable opened_;  // for the idle reader: the link has opened, or is to stop
 };
 
 }  // namespace rbk::platform

@@ -1,10 +1,11 @@
-// The QMI client library over the link. Requests wait on the caller's own stack and are answered by the link's reading
-// thread; indications and lost services go through a queue to one callback thread, so that a callback never holds up an
-// answer.
+// The QMI client library over the link. A request waits on its caller's own stack, and is answered by whichever thread
+// reads the link, mostly the caller itself; indications and lost services go through a queue to one callback thread, so
+// that a callback never holds up an answer.
 #include "qmi_client.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <cstdlib>
 #include <deque>
@@ -49,9 +50,8 @@ struct Transaction {
     std::uint16_t id = 0;
     const idl_message* response = nullptr;
     void* structure = nullptr;
-    bool done = false;
     std::int32_t result = kInternal;
-    std::condition_variable finished;
+    std::atomic<bool> done = false;  // set last: the result stands, and the structure is filled
     Transaction* next = nullptr;
 };
 
@@ -220,10 +220,10 @@ void ClientLibrary::end_transaction(Transaction& transaction)
 
 void ClientLibrary::finish(Transaction& transaction, std::int32_t result)
 {
-    if (transaction.done) return;
-    transaction.done = true;
+    if (transaction.done.load(std::memory_order_relaxed)) return;
     transaction.result = result;
-    transaction.finished.notify_one();  // under the lock: the caller's stack is gone soon after it
+    transaction.done.store(true, std::memory_order_release);
+    link_.wake();
 }
 
 std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transaction, const link::QmiHead& head,
@@ -245,18 +245,14 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     const std::int32_t sent = link_.send(client.server.address, head_bytes, tlvs, end, [&](LinkTrace& trace) {
         trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
     });
+    const bool answered = sent == 0 && link_.wait(transaction.done, end);
     lock.lock();
-    if (sent != 0)
-        finish(transaction, sent);
-    else if (end == Deadline::max())
-        transaction.finished.wait(lock, [&] { return transaction.done; });
-    else if (!transaction.finished.wait_until(lock, end, [&] { return transaction.done; }))
-        finish(transaction, kTimeout);
+    if (!answered) finish(transaction, sent != 0 ? sent : kTimeout);
     end_transaction(transaction);
     return transaction.result;
 }
 
-// ---- What the modem says, on the link's reading thread ----
+// ---- What the modem says, on the thread that reads the link ----
 
 void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
 {
@@ -272,7 +268,7 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
         return;
     }
     for (Transaction* each = waiting_; each != nullptr; each = each->next) {
-        if (each->id != message->head.transaction || each->server != from.address || each->done) continue;
+        if (each->id != message->head.transaction || each->server != from.address) continue;
         const bool answers = each->response->id == message->head.message;
         finish(*each, answers && decode(*each->response, message->tlvs, each->structure) ? 0 : kInternal);
         return;

@@ -56,7 +56,10 @@ TEST_F(ExtendClient, LengthsAreJudgedBeforeTheModemIsAsked)
         const std::size_t filled = c.result == 0 ? c.filled : 0;
         EXPECT_EQ(hex({rsp.begin(), rsp.begin() + filled + 1}), hex(pattern(filled)) + "EE") << c.catches;
         sent += c.result == 0 ? 1 : 0;
-        EXPECT_EQ(requests().size(), sent) << c.catches;
+        ASSERT_EQ(requests().size(), sent) << c.catches;
+        if (c.result != 0) continue;
+        const std::string data = hex(pattern(static_cast<std::size_t>(c.req_len)));
+        EXPECT_EQ(requests().back().bytes, envelope(kEcho, static_cast<std::uint32_t>(c.req_len), data)) << c.catches;
     }
     EXPECT_EQ(velmor_extend_qmi_send_sync(kEcho, nullptr, 1, rsp.data(), &rsp_len), -1);
     EXPECT_EQ(velmor_extend_qmi_send_sync(kEcho, rsp.data(), 1, nullptr, &rsp_len), -1);
@@ -118,6 +121,7 @@ TEST_P(ExtendLate, IsFoundByTheFirstRequestThatCan)
     scenario("[modem]\nboot_ms = " + std::to_string(GetParam().boot_ms) + "\n");
     EXPECT_EQ(echo(4), GetParam().first);
     EXPECT_EQ(echo(4), 0);
+    EXPECT_EQ(log_count("qmi_client_get_service_list() returned 0 num_services = 1"), 1U);
     EXPECT_EQ(log_count("QMI client inited"), 1U);
 }
 INSTANTIATE_TEST_SUITE_P(All, ExtendLate, testing::ValuesIn(kLateCases),

@@ -95,10 +95,7 @@ TEST_F(NvEfs, ItemComesBackAsItWasWritten)
     const std::vector<std::uint8_t> bytes = pattern(424);
     ASSERT_EQ(velmor_nv_write_ex(1, 7232, bytes.data(), 424), 0);
     const Traced write = requests().back();
-    EXPECT_EQ(write.bytes.substr(0, 2 * 17),
-              "01040002000000"
-              "02040020020000"
-              "102602");
+    EXPECT_EQ(write.bytes.substr(0, 2 * 17), envelope(2, 544, "").substr(0, 2 * 17));
     EXPECT_EQ(field(write, 0, 120),
               "0201" + le(7232, 2) + std::string(2 * 104, '0') + le(424, 4) + std::string(16, '0'));
     EXPECT_EQ(field(write, 120, 424), hex(bytes));
@@ -161,15 +158,17 @@ TEST_F(NvEfs, FileComesBackAsItWasWritten)
         std::size_t size;
         std::uint32_t room;
         std::uint32_t filled;
+        std::size_t chunks;  // written and read
     } const cases[] = {
-        {"OneByteLost", 1, 10, 1},
-        {"WholeChunkTakenForMore", 414, 500, 414},
-        {"ReadOfFullRecordLost", 424, 500, 424},
-        {"BufferOverrunInTheFirstChunk", 1000, 100, 100},
-        {"BufferOverrunInALaterChunk", 1000, 900, 900},
-        {"FullBufferTakenForMore", 848, 848, 848},
-        {"LargestFileCut", 102410, 200000, 102410},
+        {"OneByteLost", 1, 10, 1, 1 + 1},
+        {"WholeChunkTakenForMore", 414, 500, 414, 1 + 1},
+        {"WholeRecordTakenForMore", 424, 500, 424, 2 + 1},
+        {"BufferOverrunInTheFirstChunk", 1000, 100, 100, 3 + 1},
+        {"BufferOverrunInALaterChunk", 1000, 900, 900, 3 + 3},
+        {"FullBufferAsksForMore", 1000, 848, 848, 3 + 2},
+        {"LargestFileCut", 102410, 200000, 102410, 248 + 242},
     };
+    std::size_t sent = 0;
     for (const auto& c : cases) {
         const std::vector<std::uint8_t> bytes = pattern(c.size);
         ASSERT_EQ(efs_write(kPath, bytes), 0) << c.catches;
@@ -179,6 +178,7 @@ TEST_F(NvEfs, FileComesBackAsItWasWritten)
         EXPECT_EQ(len, c.filled) << c.catches;
         EXPECT_TRUE(std::equal(bytes.begin(), bytes.begin() + c.filled, buf.begin())) << c.catches;
         EXPECT_EQ(buf[c.filled], 0xEE) << c.catches;
+        EXPECT_EQ(requests().size(), sent += c.chunks) << c.catches;
     }
     EXPECT_EQ(velmor_efs_delete(0, kPath.c_str(), length(kPath)), 0);
     EXPECT_EQ(velmor_efs_delete(0, kPath.c_str(), length(kPath)), -2);
@@ -190,10 +190,7 @@ TEST_F(NvEfs, PathOf100BytesGoesOutWithoutItsLast)
     std::uint32_t len = sizeof(buf);
     velmor_efs_read(0, kPath100.c_str(), 100, buf, &len);
     ASSERT_EQ(requests().size(), 1U);
-    EXPECT_EQ(field(requests()[0], 4, 104),
-              "64"
-              "2F" +
-                  hex(std::vector<std::uint8_t>(98, 'q')) + "00" + "000000");
+    EXPECT_EQ(field(requests()[0], 4, 104), "642F" + hex(std::vector<std::uint8_t>(98, 'q')) + "00" + "000000");
     EXPECT_EQ(efs_write(kPath99, {1}), 0);
 }
 

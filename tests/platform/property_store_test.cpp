@@ -51,7 +51,9 @@ TEST_F(PropertyStoreTest, KeptNamesSurviveABootAndTheOthersDoNot)
 {
     for (const char* name : {"persist.x", "ro.x", "debug.device.wifi_state", "persistent.x"})
         EXPECT_EQ(store().set(name, "1"), "");
+    write_file(root() / "boot-first/.new.AbCdEf", "what a kill left behind");
     EXPECT_EQ(store().list().values.size(), 4u);
+    EXPECT_EQ(store().list().problem, "");
     boot("second");
     EXPECT_EQ(value("persist.x"), "1");
     EXPECT_EQ(value("ro.x"), "1");

@@ -182,14 +182,14 @@ TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
                 acknowledged = next;
             }
         });
-        std::this_thread::sleep_for(std::chrono::milliseconds(15 + 7 * life));
+        while (acknowledged < round + 3) std::this_thread::yield();  // busy machines take their time
+        std::this_thread::sleep_for(std::chrono::milliseconds(7 * life));
         server.end(SIGKILL);
         writer.join();
         const Bytes stored = read_file(state_ + "/nv/0/77");
         ASSERT_EQ(stored.size(), 400u);
         EXPECT_EQ(std::set<std::uint8_t>(stored.begin(), stored.end()).size(), 1u) << "torn";
         EXPECT_TRUE(stored == content(acknowledged) || stored == content(acknowledged + 1)) << "lost";
-        EXPECT_GT(acknowledged, round);
         round = acknowledged + 1;
     }
 }

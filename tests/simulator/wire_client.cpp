@@ -43,7 +43,7 @@ std::optional<Received> WireClient::receive(std::chrono::milliseconds wait)
     pollfd ready{socket_.fd(), POLLIN, 0};
     if (::poll(&ready, 1, static_cast<int>(wait.count())) <= 0) return std::nullopt;
     Bytes room(link::kLongestDatagram);
-    const auto datagram = socket_.receive(room, false, closed_);
+    const auto datagram = socket_.receive(room, closed_);
     if (!datagram) return std::nullopt;
     Received received;
     received.from = datagram->peer;

@@ -214,7 +214,7 @@ static int32_t efs_read_chunks(log_place place, nvefs_req *req, uint8_t *buf, ui
             if (buf_len > req->data_len_cur) {
                 copy_answer(buf + req->data_len_cur, &rsp, buf_len - req->data_len_cur);
                 TRACE_AT(place, "abort, buf_len <= data_len_recv");
-            } else {
+            } else {  // not met: what came before was less than the buffer, else the read had ended
                 TRACE_AT(place, "errro, abort, buf_len <= req.data_len_cur");
             }
             return 0;

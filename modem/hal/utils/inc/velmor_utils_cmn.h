@@ -89,7 +89,7 @@ const char *velmor_log_instance_text();
 /* The process instance: 255 in this program, which never changes it; a radio daemon that links the kit sets its own
  * before it starts threads. */
 extern uint32_t g_ril_process_instance_id;
-uint32_t velmor_get_ril_process_instance_id();
+uint32_t        velmor_get_ril_process_instance_id();
 
 // ---- Who this process is ----
 
