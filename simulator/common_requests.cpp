@@ -1,10 +1,12 @@
 #include "simulator/common_requests.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <string>
 #include <string_view>
 
+#include "simulator/efs.h"
 #include "simulator/modem.h"
 
 namespace rbk::sim {
@@ -81,7 +83,31 @@ std::int32_t dump_and_restart(CommandCall& call)
     return error != 0 ? error : restart_subsystem(call);
 }
 
+// Stores a test's values in its file on subscription 0. The file's layout is the modem's own: the words as they came.
+std::int32_t store_test(CommandCall& call, std::string_view path, std::size_t size)
+{
+    Bytes bytes(size);
+    std::copy_n(call.request.begin(), std::min(size, call.request.size()), bytes.begin());
+    const auto place = EfsPlace::parse(0, {reinterpret_cast<const std::uint8_t*>(path.data()), path.size()});
+    return call.modem.store().write_in(place->tree(), place->parts, bytes);
+}
+
+// Payload: a count, and that many values of 4 bytes, of which there is room for 50.
+std::int32_t set_gpio_test(CommandCall& call)
+{
+    const std::uint32_t count = std::min(peek_le<std::uint32_t>(call.request, 0), 50U);
+    return store_test(call, "/nv/item_files/modem/velmor/rf_ant_port_config", 4 + 4 * std::size_t{count});
+}
+
+// Payload: antenna and system of 4 bytes each, the bands of 8.
+std::int32_t set_tx_test(CommandCall& call)
+{
+    return store_test(call, "/nv/item_files/modem/antenna/ant_tx_config", 16);
+}
+
 constexpr Command kCommands[] = {
+    {0, 0, set_gpio_test},
+    {1, 0, set_tx_test},
     {kTyped, 31, restart_subsystem},
     {kTyped, 35, sync_nv},
     {kTyped, 99, dump_and_restart},

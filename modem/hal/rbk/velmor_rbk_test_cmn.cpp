@@ -4,8 +4,12 @@
 #include <math.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
+#include "velmor_diag_send.h"
 #include "velmor_extend_api.h"
+#include "velmor_extend_cmn.h"
+#include "velmor_extend_sar_nas.h"
 #include "velmor_rbk_groups.h"
 #include "velmor_utils_cmn.h"
 
@@ -13,6 +17,17 @@
 #define QMI_ID_COUNT      6    // request ids of the extended service that may be sent by hand
 #define SEND_DATA_LEN_MAX 500  // bytes of one request; words behind them aren't read
 #define SEND_DATA_SIZE    512  // of its buffers, bytes
+#define CARD_WORDS_MAX    4    // of a card command
+
+/* Words: rbk 5 0 <mode> <type> <time_out> <byte> ... */
+#define ARG_DIAG_MODE    3
+#define ARG_DIAG_TYPE    4
+#define ARG_DIAG_TIMEOUT 5
+#define ARG_DIAG_DATA    6
+
+#define JUDGE_DSI_PROP     "debug.modem.sar.judge_dsi"
+#define DEVICE_STATES_MAX  100  // indices that are asked for; the table ends earlier
+#define DEVICE_STATE_UNSET (-255)
 
 // ---- Text to number ----
 
@@ -94,6 +109,253 @@ void velmor_test_qmi_send_data_show_help(int group)
     LOG(8, "   rbk %d qmi_id qmi_data         /* qmi_id: Any binary data you will send */", RBK_GROUP_SEND_DATA);
     LOG(8, "                                    qmi_data: Any binary data you will send ");
     // clang-format on
+}
+
+// ---- Group 5: raw diag commands ----
+
+/* Hands the request to the send that the two words choose; any word but 0 is DCI, and without result. */
+static int32_t send_diag(const char *name, const uint8_t *request, uint32_t len, int work_mode, int io_type,
+                         int wait_time_ms, uint8_t *reply, int32_t *reply_len)
+{
+    const uint32_t timeout_ms = static_cast<uint32_t>(wait_time_ms);
+    if (work_mode == 0 && io_type == 0) {
+        LOG_FROM(name, __LINE__, 2, "callback mode with result");
+        return velmor_diag_cmd_send_with_result_by_callback_mode(request, len, timeout_ms, reply, reply_len);
+    }
+    if (work_mode == 0) {
+        /* Not waited for: the process may end before the worker has done anything. Meant so. */
+        LOG_FROM(name, __LINE__, 2, "callback mode without result");
+        return velmor_diag_cmd_send_without_result_by_callback_mode(request, len);
+    }
+    if (io_type == 0) {
+        LOG_FROM(name, __LINE__, 2, "dci mode with result");
+        return velmor_diag_cmd_send_with_result_by_dci_mode(request, len, timeout_ms, reply, reply_len);
+    }
+    LOG_FROM(name, __LINE__, 2, "dci mode without result");
+    const int32_t result = velmor_diag_cmd_send_without_result_by_dci_mode(request, len);
+    usleep(timeout_ms * 1000);
+    return result;
+}
+
+static int32_t velmor_cmn_diag_cmd_send(int argc, char *argv[])
+{
+    uint8_t request[DIAG_CMD_LEN_MAX] = {};
+    uint8_t reply[DIAG_RSP_LEN_MAX] = {};
+    int32_t reply_len = sizeof(reply);
+    if (argc <= ARG_DIAG_DATA) {
+        LOG(1, "note: Too few inputs, Pls refer to the following cmd:");
+        return 0;
+    }
+    const int work_mode = atoi(argv[ARG_DIAG_MODE]);
+    const int io_type = atoi(argv[ARG_DIAG_TYPE]);
+    const int wait_time_ms = atoi(argv[ARG_DIAG_TIMEOUT]);
+    LOG(2, "work_mode: %d, io_type: %d, wait_time_ms: %d", work_mode, io_type, wait_time_ms);
+
+    /* Words behind the buffer are counted: such a request is refused by its length, and none is cut. */
+    const int count = argc - ARG_DIAG_DATA;
+    printf("diag cmd:\n");
+    for (int i = 0; i < count && i < DIAG_CMD_LEN_MAX; ++i) {
+        request[i] = static_cast<uint8_t>(velmor_string_to_int(argv[ARG_DIAG_DATA + i]));
+        printf("0x%02X ", request[i]);
+    }
+    printf("\n");
+
+    const int32_t result =
+        send_diag(__func__, request, static_cast<uint32_t>(count), work_mode, io_type, wait_time_ms, reply, &reply_len);
+    if (result != 0) {
+        LOG(1, "velmor_diag_cmd_send fail");
+    } else if (io_type != 0) {
+        printf("done without rsp data\n");
+    } else {
+        printf("rsp data len(%d)\nrsp data:", reply_len);
+        for (int32_t i = 0; i < reply_len; ++i) printf(" 0x%02X", reply[i]);
+        printf("\n");
+    }
+    return result;
+}
+
+// ---- Group 5: cards ----
+
+/* Each card command is one numbered common request, and the modem does the work. */
+enum {
+    CARD_STATUS_QUERY = 39,
+    CARD_STATUS_GET = 55,
+    CARD_TYPE_QUERY = 56,
+    CARD_STATUS_SET = 57,
+    CARD_HOTSWAP = 80,
+};
+
+/* The answer is shown from its type on: four bytes of type, four of length, and what the length says. The length is the
+ * modem's word; what is shown stays within the record. */
+static void show_common_answer(const common_typed_rsp *rsp)
+{
+    const uint32_t     len = rsp->l + 8;
+    const uint8_t     *bytes = reinterpret_cast<const uint8_t *>(&rsp->t);
+    constexpr uint32_t room = sizeof(common_typed_rsp) - offsetof(common_typed_rsp, t);
+    printf("data len(%d)\ndata:", len);
+    for (uint32_t i = 0; i < len && i < room; ++i) printf(" %02X", bytes[i]);
+    printf("\n");
+}
+
+/* A value that is too long, or null, is dropped without a word. A refusal by the modem is only logged. */
+static int32_t velmor_cmn_cmd_send(uint32_t t, uint32_t l, const uint8_t *v)
+{
+    constexpr uint32_t longest = 491;  // bytes
+
+    LOG(2, "velmor_cmn_cmd_send, t: %d, l: %d", t, l);
+    common_typed_req req = {};
+    common_typed_rsp rsp = {};
+    uint32_t         rsp_len = sizeof(rsp);
+    req.cmd = COMMON_CMD_TYPED;
+    req.t = t;
+    req.l = l > longest || v == nullptr ? 0 : l;
+    if (req.l > 0) memcpy(req.v, v, req.l);
+    const int32_t result = velmor_extend_qmi_send_sync(REQUEST_ID_COMMON, &req, sizeof(req), &rsp, &rsp_len);
+    LOG(2, "result = %d, rsp.result = %d", result, rsp.result);
+    if (result != 0)
+        LOG(1, "velmor_extend_qmi_send_sync fail");
+    else if (rsp.result != 0)
+        LOG(1, "rsp.result fail");
+    else
+        show_common_answer(&rsp);
+    return result;
+}
+
+/* Sends `cnt` words of the command line as 32-bit numbers, each as it is or as true or false. Reports under the name of
+ * the operation that gives its line. */
+static int32_t card_command(const char *name, int line, uint32_t t, int cnt, int argc, char *argv[], bool as_flags)
+{
+    if (argc != cnt + 3) {
+        LOG_FROM(name, line, 1, "note: need %d inputs, Pls refer to the following cmd:", cnt + 3);
+        return VELMOR_ERR_BAD_ARGUMENT;
+    }
+    int32_t words[CARD_WORDS_MAX] = {};
+    printf("param(cnt: %d):", cnt);
+    for (int i = 0; i < cnt; ++i) {
+        const int word = atoi(argv[3 + i]);
+        words[i] = as_flags ? word != 0 : word;
+        printf(" %d", words[i]);
+    }
+    printf("\n");
+    return velmor_cmn_cmd_send(t, static_cast<uint32_t>(cnt) * sizeof(words[0]),
+                               cnt == 0 ? nullptr : reinterpret_cast<const uint8_t *>(words));
+}
+
+static int32_t velmor_cmn_card_status_cmd(uint32_t t, int cnt, int argc, char *argv[])
+{
+    return card_command(__func__, __LINE__, t, cnt, argc, argv, true);
+}
+
+static int32_t velmor_cmn_card_status_cmd_ex(uint32_t t, int cnt, int argc, char *argv[])
+{
+    return card_command(__func__, __LINE__, t, cnt, argc, argv, false);
+}
+
+static int32_t velmor_cmn_card_status_query(int argc, char *argv[])
+{
+    LOG(2, "velmor_cmn_card_status_query");
+    return velmor_cmn_card_status_cmd(CARD_STATUS_QUERY, 0, argc, argv);
+}
+
+static int32_t velmor_cmn_card_status_get(int argc, char *argv[])
+{
+    LOG(2, "velmor_cmn_card_status_get");
+    return velmor_cmn_card_status_cmd(CARD_STATUS_GET, 1, argc, argv);
+}
+
+static int32_t velmor_cmn_card_status_set(int argc, char *argv[])
+{
+    LOG(2, "velmor_cmn_card_status_set");
+    return velmor_cmn_card_status_cmd(CARD_STATUS_SET, 3, argc, argv);
+}
+
+static int32_t velmor_cmn_card_type_query(int argc, char *argv[])
+{
+    LOG(2, "velmor_cmn_card_type_query");
+    return velmor_cmn_card_status_cmd(CARD_TYPE_QUERY, 0, argc, argv);
+}
+
+/* The test runs on the modem; here it is started and stopped. The fourth word of a start goes on as it is. */
+static int32_t velmor_cmn_card_hotswap_test(int argc, char *argv[])
+{
+    LOG(2, "velmor_cmn_card_hotswap_test");
+    if (argc <= 3) {
+        LOG(1, "note: need %d inputs at least, Pls refer to the following cmd:", 4);
+        return VELMOR_ERR_BAD_ARGUMENT;
+    }
+    const int32_t opt = atoi(argv[3]);
+    LOG(2, "opt: %d", opt);
+    if (opt != 0) return velmor_cmn_card_status_cmd_ex(CARD_HOTSWAP, 4, argc, argv);
+    return velmor_cmn_cmd_send(CARD_HOTSWAP, sizeof(opt), reinterpret_cast<const uint8_t *>(&opt));
+}
+
+// ---- Group 5: SAR and device states ----
+
+/* Traces would spoil these answers on the shell. */
+static int32_t velmor_cmn_test_get_sar_dsi(int, char **)
+{
+    velmor_hal_remove_shell_print_mask(4);
+    int32_t judge_dsi = 0;
+    velmor_get_property_value_from_int(JUDGE_DSI_PROP, &judge_dsi, -1);
+    const int32_t modem_dsi = velmor_get_sar_dsi();
+    LOG(8, "JUDGE SAR DSI: %d", judge_dsi);
+    LOG(8, "Modem SAR DSI: %d", modem_dsi);
+    return 0;
+}
+
+static int32_t velmor_cmn_test_set_sar_dsi(int argc, char *argv[])
+{
+    if (argc < 4) {
+        LOG(8, "note: Too few parameters, Pls refer to the following cmd:");
+        return VELMOR_ERR_BAD_ARGUMENT;
+    }
+    const int32_t dsi = atoi(argv[3]);
+    const int32_t result = velmor_set_sar_dsi(static_cast<uint32_t>(dsi));
+    LOG(8, "SAR DSI(to be set): %d, the setting result: %d", dsi, result);
+    return result;
+}
+
+static int32_t velmor_cmn_test_get_device_state(int, char **)
+{
+    velmor_hal_remove_shell_print_mask(4);
+    for (uint32_t index = 0; index < DEVICE_STATES_MAX; ++index) {
+        const char *name = velmor_get_device_state_prop_name(index);
+        if (name == nullptr) continue;
+        int32_t state = 0;
+        velmor_get_property_value_from_int(name, &state, DEVICE_STATE_UNSET);
+        if (state != DEVICE_STATE_UNSET) LOG(8, "%s: %d", velmor_get_device_type_string_ex(index), state);
+    }
+    return 0;
+}
+
+// ---- Group 5: the entry ----
+
+int velmor_test_cmn_do(int argc, char *argv[])
+{
+    static int32_t (*const operations[])(int argc, char *argv[]) = {
+        // by the sub-command's number; there is no 9
+        velmor_cmn_diag_cmd_send,     velmor_cmn_card_status_query, velmor_cmn_card_status_get,
+        velmor_cmn_card_status_set,   velmor_cmn_card_type_query,   velmor_cmn_test_get_sar_dsi,
+        velmor_cmn_card_hotswap_test, velmor_cmn_test_set_sar_dsi,  velmor_cmn_test_get_device_state,
+    };
+
+    constexpr int operation_count = sizeof(operations) / sizeof(operations[0]);
+
+    bool      help_wanted = true;
+    const int sub_command = argc < 3 ? -1 : atoi(argv[2]);
+    if (argc < 3) {
+        LOG(1, "note: Too few parameters, Pls refer to the following cmd:");
+    } else if (atoi(argv[1]) != RBK_GROUP_CMN) {
+        LOG(1, "note: the first parameters should be %d, Pls refer to the following cmd:", RBK_GROUP_CMN);
+    } else if (sub_command < 0 || sub_command >= operation_count || operations[sub_command] == nullptr) {
+        LOG(1, "note: the second parameters is invalid, Pls refer to the following cmd:");
+    } else {
+        const int32_t result = operations[sub_command](argc, argv);
+        if (result != 0) LOG(1, "note: Error happen! error_code(%d)", result);
+        help_wanted = result != 0;
+    }
+    if (help_wanted) show_help(RBK_GROUP_CMN);
+    return 0;
 }
 
 // ---- Group 6: raw data to the extended service ----
