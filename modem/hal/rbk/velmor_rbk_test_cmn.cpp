@@ -6,10 +6,13 @@
 #include <string.h>
 #include <unistd.h>
 
+#include "cutils/properties.h"
 #include "velmor_diag_send.h"
 #include "velmor_extend_api.h"
 #include "velmor_extend_cmn.h"
+#include "velmor_extend_nvefs.h"
 #include "velmor_extend_sar_nas.h"
+#include "velmor_extend_uim.h"
 #include "velmor_rbk_groups.h"
 #include "velmor_utils_cmn.h"
 
@@ -24,6 +27,10 @@
 #define ARG_DIAG_TYPE    4
 #define ARG_DIAG_TIMEOUT 5
 #define ARG_DIAG_DATA    6
+
+/* rbk 5 10 <esim_on> <debug_on> */
+#define ARG_ESIM_ON    3
+#define ARG_ESIM_DEBUG 4
 
 #define JUDGE_DSI_PROP     "debug.modem.sar.judge_dsi"
 #define DEVICE_STATES_MAX  100  // indices that are asked for; the table ends earlier
@@ -328,15 +335,303 @@ static int32_t velmor_cmn_test_get_device_state(int, char **)
     return 0;
 }
 
+// ---- Group 5: eSIM ----
+
+/* The second slot of a phone is shared between a physical card and an eSIM; all flows are about it. Each answers with one
+ * line on standard output, whatever the masks say. A flow's result is 0 when it has given its answer, and any other
+ * number lets the common end say "value=FAILED". */
+static const char ESIM_TEST[] = "velmor_cmn_esim_test";
+
+constexpr uint8_t    ESIM_SLOT = 2;
+constexpr uint32_t   ESIM_SUB = 1;
+constexpr int        ESIM_EID_POLLS = 30;         // after a switch
+constexpr int        ESIM_EID_READS = 2;          // on request
+constexpr useconds_t ESIM_EID_WAIT_US = 100'000;  // before each
+constexpr uint32_t   ESIM_SIM_TYPES = 2;          // a type for each slot
+constexpr uint32_t   ESIM_HW_NV_ID = 6853;
+constexpr uint32_t   ESIM_HW_NV_SIZE = 124;
+constexpr uint32_t   ESIM_HW_NV_WORD = 16;  // offset, bytes
+constexpr uint8_t    ESIM_NO_CHANNEL = 255;
+
+#define ESIM_PRODUCT_PROP "ro.product.name"
+#define ESIM_TYPE_PRODUCT "zirconia"  // products with this in their name switch by SIM type, all others by power
+static const char ESIM_EID_PATH[] = "/nv/item_files/modem/uim/uimdrv/esim_eid";
+
+static bool IS_EID_SAVE;  // the EID is known to stand in EFS
+
+/* One direction of the switch, in both ways of doing it. */
+struct esim_switch {
+    uicc_power_param power_down;
+    uicc_power_param power_up;
+    uint32_t         sim_types[ESIM_SIM_TYPES];
+    const char      *sim_type_goal;  // as the trace of the SIM-type way calls it
+};
+static constexpr esim_switch SWITCH_TO_ESIM = {{0, ESIM_SLOT, 0, 0}, {1, ESIM_SLOT, 1, 1}, {1, 3}, "esim"};
+static constexpr esim_switch SWITCH_TO_PSIM = {{0, ESIM_SLOT, 0, 1}, {1, ESIM_SLOT, 0, 0}, {1, 1}, "uim2"};
+
+/* STORE DATA with the function eUICCMemoryReset; the channel comes from the open. Its accepted answers stand in hex with
+ * the length before them: profiles deleted, and nothing to delete. */
+static constexpr uim_apdu_param ESIM_RESET = {
+    ESIM_SLOT,
+    ESIM_NO_CHANNEL,
+    13,
+    {0x80, 0xE2, 0x91, 0x00, 0x07, 0xBF, 0x34, 0x04, 0x82, 0x02, 0x05, 0xE0, 0x00},
+};
+static const char ESIM_RESET_DELETED[] = "08bf34038001009000";
+static const char ESIM_RESET_NOTHING[] = "08bf34038001019000";
+
+bool velmor_esim_sku_match()
+{
+    uint8_t  hw[ESIM_HW_NV_SIZE] = {};
+    uint32_t len = sizeof(hw);
+    if (velmor_extend_nv_read_item(ESIM_HW_NV_ID, 0, hw, &len) != 0) {
+        LOG(4, "read nv6853 failed");
+        return false;
+    }
+    uint32_t esim = 0;
+    memcpy(&esim, hw + ESIM_HW_NV_WORD, sizeof(esim));
+    if (esim != 1 && esim != 2) {
+        LOG(4, "hw does not support esim");
+        return false;
+    }
+    LOG(4, "hw support esim");
+    return true;
+}
+
+bool is_eid_valid(const char *eid_text)
+{
+    LOG(4, "check whether eid valid");
+    int32_t r = 0;
+    for (uint32_t i = 0; i < 2 * UIM_EID_LEN; ++i) r = (r * 10 + static_cast<uint8_t>(eid_text[i]) - '0') % 97;
+    if (r != 1) {
+        LOG(4, "eid validate failed, result = %d", r);
+        return false;
+    }
+    LOG(4, "eid validate pass");
+    return true;
+}
+
+void save_eid_to_efs(const uint8_t *eid)
+{
+    if (IS_EID_SAVE) {
+        LOG(4, "EID already saved, skip");
+        return;
+    }
+    uint8_t  stored[UIM_EID_LEN] = {};
+    uint32_t len = sizeof(stored);
+    int32_t  result = velmor_efs_read(ESIM_SUB, ESIM_EID_PATH, sizeof(ESIM_EID_PATH) - 1, stored, &len);
+    if (result == 0) {
+        /* Whatever it holds: an EID that stands in EFS is never replaced. */
+        LOG(4, "EID already exists, set IS_EID_SAVE TRUE");
+        IS_EID_SAVE = true;
+        return;
+    }
+    LOG(4, "efs read failed and try save it. error_code : %d", result);
+    result = velmor_efs_write(ESIM_SUB, ESIM_EID_PATH, sizeof(ESIM_EID_PATH) - 1, eid, UIM_EID_LEN);
+    LOG(4, "save eid efs result = %d", result);
+    if (result == 0) {
+        LOG(4, "save eid successfully, set IS_EID_SAVE TRUE");
+        IS_EID_SAVE = true;
+    }
+}
+
+void map_sim_state(const uint8_t *states)
+{
+    static const char *const words[] = {"ABSENT", "PRESENT", "ERROR"};
+
+    LOG(4, "map_sim_state ...");
+    for (uint32_t i = 0; i < UIM_STATE_SLOTS; ++i) {
+        const char *word = states[i] < sizeof(words) / sizeof(words[0]) ? words[states[i]] : "UNKNOWN";
+        printf("%s%s", i > 0 ? "," : "", word);
+    }
+    printf("\n");
+}
+
+/* Asks for the EID until it is there, at most `polls` times. What the request answers isn't looked at: an EID begins with
+ * a byte other than 0. True, with its digits in `text`, when it came. */
+static bool esim_poll_eid(int polls, uint8_t *eid, char *text)
+{
+    for (int loop = 0; loop < polls; ++loop) {
+        usleep(ESIM_EID_WAIT_US);
+        LOG_FROM(ESIM_TEST, __LINE__, 4, "try get eid loop = %d", loop);
+        velmor_uim_request_eid(&ESIM_SLOT, eid);
+        if (eid[0] == 0) continue;
+        velmor_byte_to_hex(eid, UIM_EID_LEN, text);
+        return true;
+    }
+    return false;
+}
+
+static int32_t esim_switch_by_sim_type(const esim_switch *to)
+{
+    auto *param = static_cast<sim_type_param *>(qcril_malloc_adv(sizeof(sim_type_param) + sizeof(to->sim_types)));
+    if (param == nullptr) return -1;
+    param->count = ESIM_SIM_TYPES;
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "card counts = %d", param->count);
+    int32_t res = -1;
+    if (param->count != sizeof(to->sim_types) / sizeof(to->sim_types[0])) {
+        LOG_FROM(ESIM_TEST, __LINE__, 4, "data length error = %d", param->count);
+    } else {
+        memcpy(param->types, to->sim_types, sizeof(to->sim_types));
+        res = velmor_setSimType(param);
+        LOG_FROM(ESIM_TEST, __LINE__, 4, "switch to %s res = %d", to->sim_type_goal, res);
+    }
+    qcril_free_adv(param, ESIM_TEST, __LINE__);
+    return res;
+}
+
+/* A slot whose power-up fails stays down, and nothing is taken back. */
+static int32_t esim_switch_by_power(const esim_switch *to)
+{
+    int32_t res = velmor_esim_request_uicc_power_ex(&to->power_down);
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "POWER_DOWN_UIM2 res = %d", res);
+    if (res != 0) return res;
+    res = velmor_esim_request_uicc_power_ex(&to->power_up);
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "POWER_UP_UIM2 res = %d", res);
+    return res;
+}
+
+static int32_t esim_to_esim(bool by_sim_type)
+{
+    uint8_t eid[UIM_EID_LEN] = {};
+    char    text[2 * UIM_EID_LEN + 1] = {};
+    if (!velmor_esim_sku_match()) return -1;
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "switch to eSIM");
+    const int32_t res = by_sim_type ? esim_switch_by_sim_type(&SWITCH_TO_ESIM) : esim_switch_by_power(&SWITCH_TO_ESIM);
+    if (res != 0) return res;
+
+    if (!esim_poll_eid(ESIM_EID_POLLS, eid, text)) {
+        LOG_FROM(ESIM_TEST, __LINE__, 4, "get eid timeout");
+        printf("value=FAILED\n");
+    } else if (is_eid_valid(text)) {
+        save_eid_to_efs(eid);
+        printf("eID=%s\n", text);
+    } else {
+        printf("value=FAILED - %s\n", text);
+    }
+    return 0;
+}
+
+static int32_t esim_to_physical(bool by_sim_type)
+{
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "switch to SIM2");
+    const int32_t res = by_sim_type ? esim_switch_by_sim_type(&SWITCH_TO_PSIM) : esim_switch_by_power(&SWITCH_TO_PSIM);
+    if (res != 0) return res;
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "SIM2 Power Up successfully");
+    printf("value=SUCCEED\n");
+    return 0;
+}
+
+static int32_t esim_read_eid(bool)
+{
+    uint8_t eid[UIM_EID_LEN] = {};
+    char    text[2 * UIM_EID_LEN + 1] = {};
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor get eid");
+    if (!esim_poll_eid(ESIM_EID_READS, eid, text)) return -1;
+    printf("eID=%s\n", text);
+    return 0;
+}
+
+static int32_t esim_card_states(bool)
+{
+    uint8_t states[UIM_STATE_SLOTS] = {};
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "try get simcard status");
+    const int32_t res = velmor_uim_get_card_status(states);
+    if (res != 0) return res;
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "card_status, [%d, %d]", states[0], states[1]);
+    map_sim_state(states);
+    return 0;
+}
+
+/* Whether the eUICC's answer is one of the two that stand for success: the length byte and eight bytes are compared. */
+static bool esim_reset_accepted(const uim_apdu_result *result)
+{
+    char text[sizeof(ESIM_RESET_DELETED)] = {};
+    velmor_byte_to_hex(reinterpret_cast<const uint8_t *>(result), (sizeof(text) - 1) / 2, text);
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "apdu=%s", text);
+    if (strcmp(text, ESIM_RESET_DELETED) == 0) {
+        LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu, delete profile successfully.");
+        return true;
+    }
+    if (strcmp(text, ESIM_RESET_NOTHING) == 0) {
+        LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu, nothing to delete.");
+        return true;
+    }
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu, apdu rsp check failed.");
+    return false;
+}
+
+/* After a failure the channel stays open; after a good reset a close that fails changes nothing. Both are meant. */
+static int32_t esim_reset(bool)
+{
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "Start eUICC Reset");
+    uim_apdu_param    command = ESIM_RESET;
+    uim_channel_param channel = {ESIM_SLOT, 1};
+    int32_t           res = velmor_uim_open_channel(&channel, &command.channel_id);
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_open_channel res = %d, channel_id = %d", res, command.channel_id);
+    if (res != 0) return res;
+
+    uim_apdu_result result = {};
+    res = velmor_uim_send_apdu(&command, &result);
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu res = %d", res);
+    if (res != 0) return res;
+    if (!esim_reset_accepted(&result)) return -1;
+
+    channel.value = command.channel_id;
+    res = velmor_uim_close_channel(&channel);
+    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_close_channel res = %d", res);
+    printf("value=SUCCEED\n");
+    return 0;
+}
+
+int32_t velmor_cmn_esim_test(int argc, char *argv[])
+{
+    static int32_t (*const flows[])(bool by_sim_type) = {
+        // by esim_on, from 1 on
+        esim_to_esim, esim_to_physical, esim_read_eid, esim_card_states, esim_reset,
+    };
+
+    constexpr int flow_count = sizeof(flows) / sizeof(flows[0]);
+
+    if (argc <= ARG_ESIM_DEBUG) {
+        LOG(1, "invalid input");
+        return -1;
+    }
+    const int esim_on = atoi(argv[ARG_ESIM_ON]);
+    const int debug_on = atoi(argv[ARG_ESIM_DEBUG]);
+    char      product[VELMOR_PROPERTY_SIZE] = {};
+    property_get(ESIM_PRODUCT_PROP, product, "");
+    if (debug_on == 0) {
+        g_extend_log_on.store(0, std::memory_order_relaxed);
+        velmor_hal_close_print();
+    }
+
+    int32_t res = -1;
+    if (esim_on < 1 || esim_on > flow_count)
+        LOG(4, "invalid input skip");
+    else
+        res = flows[esim_on - 1](strstr(product, ESIM_TYPE_PRODUCT) != nullptr);
+    if (res != 0) printf("value=FAILED\n");
+    return 0;
+}
+
 // ---- Group 5: the entry ----
 
 int velmor_test_cmn_do(int argc, char *argv[])
 {
     static int32_t (*const operations[])(int argc, char *argv[]) = {
         // by the sub-command's number; there is no 9
-        velmor_cmn_diag_cmd_send,     velmor_cmn_card_status_query, velmor_cmn_card_status_get,
-        velmor_cmn_card_status_set,   velmor_cmn_card_type_query,   velmor_cmn_test_get_sar_dsi,
-        velmor_cmn_card_hotswap_test, velmor_cmn_test_set_sar_dsi,  velmor_cmn_test_get_device_state,
+        velmor_cmn_diag_cmd_send,
+        velmor_cmn_card_status_query,
+        velmor_cmn_card_status_get,
+        velmor_cmn_card_status_set,
+        velmor_cmn_card_type_query,
+        velmor_cmn_test_get_sar_dsi,
+        velmor_cmn_card_hotswap_test,
+        velmor_cmn_test_set_sar_dsi,
+        velmor_cmn_test_get_device_state,
+        nullptr,
+        velmor_cmn_esim_test,
     };
 
     constexpr int operation_count = sizeof(operations) / sizeof(operations[0]);
