@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstring>
-#include <functional>
 #include <regex>
 #include <thread>
 
@@ -21,37 +20,44 @@ const uim_channel_param kOpen = {2, 1};
 const uim_channel_param kClose = {2, 0xC7};
 const uim_apdu_param kApdu = {2, 0xC7, 4, {0xA1, 0xB2, 0xC3, 0xD4}};
 
-struct SimTypes {
-    std::uint32_t count;
-    std::uint32_t types[6];
-};
-
-std::int32_t set_sim_type(const SimTypes& types)
+std::int32_t set_sim_type(const std::vector<std::uint32_t>& types)
 {
-    std::vector<std::uint32_t> words(1 + types.count, types.count);
-    std::copy_n(types.types, types.count, words.begin() + 1);
+    std::vector<std::uint32_t> words(1, static_cast<std::uint32_t>(types.size()));
+    words.insert(words.end(), types.begin(), types.end());
     return velmor_setSimType(reinterpret_cast<const sim_type_param*>(words.data()));
 }
-
+std::int32_t power_down()
+{
+    return velmor_esim_request_uicc_power_ex(&kDown);
+}
+std::int32_t power_up()
+{
+    return velmor_esim_request_uicc_power_ex(&kUp);
+}
 std::int32_t request_eid()
 {
     const std::uint8_t slot = 2;
     std::uint8_t eid[16] = {};
     return velmor_uim_request_eid(&slot, eid);
 }
-
 std::int32_t get_card_status()
 {
     std::uint8_t states[2] = {};
     return velmor_uim_get_card_status(states);
 }
-
+std::int32_t close_channel()
+{
+    return velmor_uim_close_channel(&kClose);
+}
+std::int32_t set_sim_types()
+{
+    return set_sim_type({1, 3});
+}
 std::int32_t open_channel()
 {
     std::uint8_t channel = 0;
     return velmor_uim_open_channel(&kOpen, &channel);
 }
-
 std::int32_t send_apdu()
 {
     uim_apdu_result result = {};
@@ -100,43 +106,36 @@ class UimClient : public EmbeddedRun {
 
 // ---- Bytes ----
 
-struct Wire {
-    const char* catches;
-    std::function<std::int32_t()> run;
+struct Operation {
+    const char* name;
+    const char* word;  // that its lines of the connection begin with
+    std::int32_t (*run)();
     const char* message;
-    std::string tlvs;
+    const char* tlvs;
 };
-const Wire kWire[] = {
-    {"StatusWithoutTheExtendedOne", get_card_status, "0x002F", "10010001"},
-    {"PowerDownWithUpsFields", [] { return velmor_esim_request_uicc_power_ex(&kDown); }, "0x0030", "01010002"},
-    {"HotswapPassedAsItIs", [] { return velmor_esim_request_uicc_power_ex(&kUp); }, "0x0031",
-     "010100021001000111010000"},
-    {"ApduAndChannelSwapped", send_apdu, "0x003B",
-     "01010002020600"
-     "0400A1B2C3D4"
-     "100100C7"
-     "11010001"},
-    {"CloseSentAsOpen", [] { return velmor_uim_close_channel(&kClose); }, "0x003F", "01010002110100C713010000"},
-    {"AidWrong", open_channel, "0x0042",
-     "01010002101100"
-     "10A0000005591010FFFFFFFF8900000100"
-     "11010001"},
-    {"EidOfAnotherSlot", request_eid, "0x0065", "01010002"},
-    {"TypesInABytesWidth",
-     [] {
-         return set_sim_type({2, {1, 3}});
-     },
-     "0x007A", "010900020100000003000000"},
+// clang-format off
+const Operation kOperations[] = {
+    {"velmor_esim_request_uicc_power_ex", "velmor_uim_request_uicc_power_ex", power_down,      "0x0030", "01010002"},
+    {"velmor_esim_request_uicc_power_ex", "velmor_uim_request_uicc_power_ex", power_up,        "0x0031", "010100021001000111010000"},
+    {"velmor_setSimType",                 "velmor_set_sim_type",              set_sim_types,   "0x007A", "010900020100000003000000"},
+    {"velmor_uim_request_eid",            "velmor_uim_request_eid",           request_eid,     "0x0065", "01010002"},
+    {"velmor_uim_get_card_status",        "velmor_uim_get_card_status",       get_card_status, "0x002F", "10010001"},
+    {"velmor_uim_open_channel",           "velmor_uim_open_channel",          open_channel,    "0x0042",
+     "01010002" "10110010A0000005591010FFFFFFFF8900000100" "11010001"},
+    {"velmor_uim_close_channel",          "velmor_uim_close_channel",         close_channel,   "0x003F", "01010002110100C713010000"},
+    {"velmor_uim_send_apdu",              "velmor_uim_close_channel",         send_apdu,       "0x003B",
+     "01010002" "0206000400A1B2C3D4" "100100C7" "11010001"},
 };
+// clang-format on
 
 TEST_F(UimClient, MessagesHaveTheirBytes)
 {
-    for (const Wire& wire : kWire) {
-        wire.run();
+    for (const Operation& operation : kOperations) {
+        operation.run();
         ASSERT_FALSE(uim_requests().empty());
         const Traced sent = uim_requests().back();
-        EXPECT_NE(sent.head.find(std::string(" msg=") + wire.message), std::string::npos) << wire.catches << sent.head;
-        EXPECT_EQ(sent.bytes, wire.tlvs) << wire.catches;
+        EXPECT_NE(sent.head.find(std::string(" msg=") + operation.message), std::string::npos) << sent.head;
+        EXPECT_EQ(sent.bytes, operation.tlvs) << operation.message;
     }
 }
 
@@ -145,19 +144,18 @@ TEST_F(UimClient, SwitchFileStandsBeforeTheRequestAndStaysAfterAFailure)
     scenario(rule("message = 0x0030", "", "'silent'"));
     scale_timeouts("0.1");
     const auto file = home() / "modem/efs/1/nv/item_files/modem/uim/uimdrv/esim_enable";
-    EXPECT_EQ(velmor_esim_request_uicc_power_ex(&kDown), -3);
+    EXPECT_EQ(power_down(), -3);
     EXPECT_EQ(read_file(file), "\x01\x02\x03\x04");
-    EXPECT_EQ(velmor_esim_request_uicc_power_ex(&kUp), 0);
+    EXPECT_EQ(power_up(), 0);
     EXPECT_EQ(read_file(file), "\x05\x06\x07\x08");
 }
 
 TEST_F(UimClient, NothingIsSentWhenTheSwitchFileCantBeWritten)
 {
     scenario("[[fault]]\nservice = 'extended'\naction = 'error'\ncode = 52\n");
-    for (const uicc_power_param* param : {&kDown, &kUp}) {
-        EXPECT_EQ(velmor_esim_request_uicc_power_ex(param), -1);
-        EXPECT_TRUE(uim_requests().empty());
-    }
+    EXPECT_EQ(power_down(), -1);
+    EXPECT_EQ(power_up(), -1);
+    EXPECT_TRUE(uim_requests().empty());
     EXPECT_EQ(log_count("Velmor, power down write esim efs file failed"), 1U);
     EXPECT_EQ(log_count("Velmor, power up write esim efs file failed"), 1U);
     EXPECT_EQ(log_count("uicc_power_ex res = -1, failed_cnt = 0"), 2U) << "counted, though nothing was sent";
@@ -166,7 +164,7 @@ TEST_F(UimClient, NothingIsSentWhenTheSwitchFileCantBeWritten)
 TEST_F(UimClient, SimTypesBeyondTheMessageAreRefused)
 {
     EXPECT_EQ(velmor_setSimType(nullptr), -2);
-    EXPECT_EQ(set_sim_type({6, {1, 1, 1, 1, 1, 1}}), -1);
+    EXPECT_EQ(set_sim_type({1, 1, 1, 1, 1, 1}), -1);
     EXPECT_TRUE(uim_requests().empty());
     EXPECT_EQ(log_count("Set_sim_type value is 1"), 6U);
 }
@@ -178,23 +176,16 @@ struct EidCase {
     std::string answer;
     std::string eid;  // on a buffer of 5A
 };
-const std::string kUntouched = "5A5A5A5A5A5A5A5A5A5A5A5A5A5A5A5A";
+const std::string kUntouched = "5A5A5A5A5A5A5A5A5A5A5A5A5A5A5A5A", kSixteen = "0102030405060708090A0B0C0D0E0F10";
+// clang-format off
 const EidCase kEids[] = {
-    {"EidNotTaken",
-     std::string(kFine) + "10110010"
-                          "0102030405060708090A0B0C0D0E0F10",
-     "0102030405060708090A0B0C0D0E0F10"},
-    {"EidOfARefusalTaken",
-     std::string(kRefused) + "10110010"
-                             "0102030405060708090A0B0C0D0E0F10",
-     kUntouched},
-    {"MissingEidTaken", kFine, kUntouched},
-    {"ShortEidFilledUpFromMemory", std::string(kFine) + "10020001A1", "A1000000000000000000000000000000"},
-    {"LongEidWrittenWhole",
-     std::string(kFine) + "10130012"
-                          "0102030405060708090A0B0C0D0E0F101112",
-     "0102030405060708090A0B0C0D0E0F10"},
+    {"EidNotTaken",                "02040000000000" "10110010" + kSixteen,        kSixteen},
+    {"EidOfARefusalTaken",         "02040001003000" "10110010" + kSixteen,        kUntouched},
+    {"MissingEidTaken",            "02040000000000",                              kUntouched},
+    {"ShortEidFilledUpFromMemory", "02040000000000" "10020001A1",                 "A1" + std::string(30, '0')},
+    {"LongEidWrittenWhole",        "02040000000000" "10130012" + kSixteen + "1112", kSixteen},
 };
+// clang-format on
 
 class EidAnswer : public UimClient, public testing::WithParamInterface<EidCase> {};
 
@@ -306,7 +297,7 @@ TEST_F(UimClient, ChannelAnswersAreJudgedByEachOperation)
     EXPECT_EQ(channel, 0xC7) << "a channel that wasn't told";
     EXPECT_EQ(velmor_uim_open_channel(&kOpen, &channel), -1);
     EXPECT_EQ(channel, 0xC7) << "a refusal's channel";
-    EXPECT_EQ(velmor_uim_close_channel(&kClose), 0);
+    EXPECT_EQ(close_channel(), 0);
     EXPECT_EQ(log_count("velmor_uim_open_channel successfully"), 2U);
     EXPECT_EQ(log_count("velmor_uim_open_channel failed"), 1U);
     EXPECT_EQ(log_count("velmor_uim_close_channel successfully"), 0U);
@@ -322,38 +313,19 @@ Calls connecting(const std::string& name, const std::string& word)
             name + ": " + word + " uim_qmi_client H"};
 }
 
-struct WordCase {
-    std::function<std::int32_t()> run;
-    const char* name;
-    const char* word;
-};
-const WordCase kWords[] = {
-    {[] { return velmor_esim_request_uicc_power_ex(&kDown); }, "velmor_esim_request_uicc_power_ex",
-     "velmor_uim_request_uicc_power_ex"},
-    {[] {
-         return set_sim_type({1, {1}});
-     },
-     "velmor_setSimType", "velmor_set_sim_type"},
-    {request_eid, "velmor_uim_request_eid", "velmor_uim_request_eid"},
-    {get_card_status, "velmor_uim_get_card_status", "velmor_uim_get_card_status"},
-    {open_channel, "velmor_uim_open_channel", "velmor_uim_open_channel"},
-    {[] { return velmor_uim_close_channel(&kClose); }, "velmor_uim_close_channel", "velmor_uim_close_channel"},
-    {send_apdu, "velmor_uim_send_apdu", "velmor_uim_close_channel"},
-};
-
 TEST_F(UimClient, EachOperationConnectsUnderItsWord)
 {
-    for (const WordCase& word : kWords) {
+    for (const Operation& operation : kOperations) {
         uim_qmi_client_recovery();
         said();
-        word.run();
+        operation.run();
         Calls lines = said();
-        ASSERT_GE(lines.size(), 3U) << word.name;
+        ASSERT_GE(lines.size(), 3U) << operation.name;
         lines.resize(3);
-        EXPECT_EQ(lines, connecting(word.name, word.word));
+        EXPECT_EQ(lines, connecting(operation.name, operation.word));
 
-        word.run();
-        EXPECT_EQ(said().front(), std::string(word.name) + ": " + word.word + " uim_qmi_client H");
+        operation.run();
+        EXPECT_EQ(said().front(), std::string(operation.name) + ": " + operation.word + " uim_qmi_client H");
     }
 }
 
@@ -361,11 +333,11 @@ TEST_F(UimClient, OperationsWithoutAServiceEndInMinusOne)
 {
     scenario("[modem]\nservices = ['extended']\n");
     scale_timeouts("0.01");
-    for (const WordCase& word : kWords) {
-        EXPECT_EQ(word.run(), -1) << word.name;
+    for (const Operation& operation : kOperations) {
+        EXPECT_EQ(operation.run(), -1) << operation.name;
         Calls expected{"init_uim_qmi_client: qmi_client_init UIM instance failed, qmi_client_error = -3",
-                       std::string(word.name) + ": init_uim_qmi_client failed"};
-        if (std::string(word.name) == "velmor_setSimType")
+                       std::string(operation.name) + ": init_uim_qmi_client failed"};
+        if (std::string(operation.name) == "velmor_setSimType")
             expected.push_back("velmor_setSimType: velmor_set_sim_type res = -1 ");
         EXPECT_EQ(said(), expected);
     }
@@ -388,7 +360,7 @@ TEST_F(UimClient, ThirdFailedSendDropsTheConnectionAndTheNextOneCountsAnew)
     EXPECT_EQ(request_eid(), 0);
     EXPECT_EQ(said(), connecting("velmor_uim_request_eid", "velmor_uim_request_eid"));
     EXPECT_EQ(send_apdu(), -3);
-    EXPECT_EQ(velmor_esim_request_uicc_power_ex(&kDown), -3);
+    EXPECT_EQ(power_down(), -3);
     EXPECT_EQ(said().back(), "velmor_esim_request_uicc_power_ex: uicc_power_ex res = -3, failed_cnt = 2");
 }
 
@@ -396,9 +368,9 @@ TEST_F(UimClient, FailedSimTypesDontCount)
 {
     scenario(rule("message = 0x007A", "", "'silent'"));
     scale_timeouts("0.1");
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(set_sim_type({2, {1, 3}}), -3);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(set_sim_types(), -3);
     said();
-    EXPECT_EQ(set_sim_type({2, {1, 3}}), -3);
+    EXPECT_EQ(set_sim_types(), -3);
     EXPECT_EQ(said(), (Calls{"velmor_setSimType: velmor_set_sim_type uim_qmi_client H",
                              "velmor_setSimType: Set_sim_type value is 1", "velmor_setSimType: Set_sim_type value is 3",
                              "velmor_setSimType: send msg sync client error = -3",
