@@ -1,6 +1,8 @@
 // Whatever a client sends is answered or dropped, and the modem still tells of its services afterwards.
 //
 // An input is a row of datagrams: one byte for the addressee, one for the length, the bytes.
+#include <poll.h>
+
 #include <cstdlib>
 #include <filesystem>
 
@@ -28,7 +30,9 @@ struct Bench {
         link::Address last;
         while (true) {
             bool closed = false;
-            const auto datagram = client.receive(room, true, closed);
+            pollfd ready{client.fd(), POLLIN, 0};
+            ::poll(&ready, 1, -1);
+            const auto datagram = client.receive(room, closed);
             if (closed) std::abort();
             if (!datagram || datagram->peer.port != QRTR_PORT_CTRL) continue;
             const auto packet = link::parse_control(datagram->bytes);
