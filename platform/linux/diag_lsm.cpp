@@ -1,9 +1,11 @@
 // The diag library over the link. A call is one datagram there and back, waited for on the caller's own stack; packets go
-// through a queue to one callback thread, so that a callback never holds up an answer.
+// through a queue to one callback thread, so that a callback never holds up an answer. While the library is started that
+// thread reads the link between its callbacks: a packet is handed on by the thread that received it.
 #include "diag_lsm.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <cstdlib>
@@ -66,9 +68,8 @@ struct Session {
 // A call that waits for its answer, on its caller's stack.
 struct Pending {
     DiagHead call;
-    std::optional<DiagHead> answer;
-    bool failed = false;
-    std::condition_variable finished;
+    std::optional<DiagHead> answer;  // empty when the modem has gone
+    std::atomic<bool> done = false;  // set last
 };
 
 struct Packet {
@@ -108,8 +109,11 @@ class DiagLibrary final : public LinkListener {
     std::optional<DiagHead> exchange(std::unique_lock<std::mutex>& lock, const Server& modem, DiagHead head,
                                      ByteView bytes) REQUIRES(mutex_);
     DciClient* find_client(std::int32_t id) REQUIRES(mutex_);
+    void finish(Pending& pending, std::optional<DiagHead> answer) REQUIRES(mutex_);
+    void fail_pending() REQUIRES(mutex_);
+    bool start_callbacks() REQUIRES(mutex_);
+    void call_callbacks() REQUIRES(mutex_);
     void await_callback_end(std::unique_lock<std::mutex>& lock) REQUIRES(mutex_);
-    void enqueue(const DiagHead& head, ByteView bytes) REQUIRES(mutex_);
     void run_callbacks();
     void deliver(std::unique_lock<std::mutex>& lock, Packet& packet) REQUIRES(mutex_);
 
@@ -123,7 +127,8 @@ class DiagLibrary final : public LinkListener {
 
     std::thread callbacks_ GUARDED_BY(mutex_);
     std::deque<Packet> packets_ GUARDED_BY(mutex_);
-    std::condition_variable packet_came_;
+    std::atomic<bool> called_ = false;  // the callback thread is to look around
+    std::condition_variable session_came_;
     std::condition_variable callback_ended_;
     bool in_callback_ GUARDED_BY(mutex_) = false;
     bool stopped_ GUARDED_BY(mutex_) = false;
@@ -157,7 +162,7 @@ void DiagLibrary::stop()
     std::unique_lock lock(mutex_);
     stopped_ = true;
     packets_.clear();
-    packet_came_.notify_all();
+    call_callbacks();
     if (!callbacks_.joinable()) return;
     const bool idle =
         !on_callback_thread && callback_ended_.wait_for(lock, kCallbackGrace, [&] { return !in_callback_; });
@@ -196,12 +201,25 @@ std::optional<DiagHead> DiagLibrary::exchange(std::unique_lock<std::mutex>& lock
     const std::int32_t sent = link_.send(address, head_bytes, bytes, deadline, [&](LinkTrace& trace) {
         if (!bytes.empty()) trace.diag(Direction::to_modem, bytes);
     });
+    const bool done = sent == 0 && link_.wait(pending.done, deadline);
     lock.lock();
-    const bool ended = sent == 0 && pending.finished.wait_until(
-                                        lock, deadline, [&] { return pending.failed || pending.answer.has_value(); });
     std::erase(pending_, &pending);
-    if (!pending.answer) errno = ended || sent == -2 ? ENOTCONN : ETIMEDOUT;
+    if (!pending.answer) errno = done || sent == ModemLink::kModemGone ? ENOTCONN : ETIMEDOUT;
     return pending.answer;
+}
+
+void DiagLibrary::finish(Pending& pending, std::optional<DiagHead> answer)
+{
+    pending.answer = answer;
+    pending.done.store(true, std::memory_order_release);
+    link_.wake();  // under the lock: the caller's stack is gone soon after it
+}
+
+void DiagLibrary::fail_pending()
+{
+    for (Pending* each : pending_) {
+        if (!each->done.load(std::memory_order_relaxed)) finish(*each, std::nullopt);
+    }
 }
 
 bool DiagLibrary::start()
@@ -218,10 +236,12 @@ bool DiagLibrary::start()
         exchange(lock, servers.front(), {DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_init)}, {});
     if (!answer || answer->code != link::kDiagSuccess) return false;
     if (session_ && !session_->gone) return true;  // another thread was quicker
+    if (!start_callbacks()) return false;
     session_.emplace();
     session_->modem = servers.front();
     session_->remote_mask = static_cast<std::uint16_t>(answer->value);
     session_->gone = !link_.knows(session_->modem);  // it went in between, and nobody would tell
+    session_came_.notify_one();
     return true;
 }
 
@@ -231,10 +251,8 @@ bool DiagLibrary::stop_session()
     const bool started = session_.has_value();
     const std::optional<Session> ended = std::exchange(session_, std::nullopt);
     packets_.clear();
-    for (Pending* each : pending_) {
-        each->failed = true;
-        each->finished.notify_one();  // under the lock: the caller's stack is gone soon after it
-    }
+    fail_pending();
+    call_callbacks();
     if (ended && !ended->gone && !stopped_) {
         lock.unlock();
         const auto head = link::pack_diag({DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_deinit)});
@@ -365,7 +383,7 @@ std::int32_t DiagLibrary::release_client(std::int32_t& id)
     return answer ? answer->code : DIAG_REFUSED;
 }
 
-// ---- What the modem says, on the link's reading thread ----
+// ---- What the modem says, on the thread that reads the link ----
 
 void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
 {
@@ -378,13 +396,14 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
     }
     const std::lock_guard lock(mutex_);
     if (frame->head.kind == DiagKind::packet) {
-        if (session_ && session_->modem.address == from.address) enqueue(frame->head, frame->bytes);
+        if (!session_ || session_->modem.address != from.address) return;
+        packets_.push_back({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
+        call_callbacks();
         return;
     }
     for (Pending* each : pending_) {
         if (each->call.sequence != frame->head.sequence || each->call.what != frame->head.what) continue;
-        each->answer = frame->head;
-        each->finished.notify_one();
+        if (!each->done.load(std::memory_order_relaxed)) finish(*each, frame->head);
     }
 }
 
@@ -392,10 +411,7 @@ void DiagLibrary::on_server_gone(const Server& server)
 {
     if (server.service != link::kDiagService) return;
     const std::lock_guard lock(mutex_);
-    for (Pending* each : pending_) {
-        each->failed = true;
-        each->finished.notify_one();
-    }
+    fail_pending();
     if (session_ && session_->modem == server) session_->gone = true;
 }
 
@@ -406,30 +422,42 @@ void DiagLibrary::await_callback_end(std::unique_lock<std::mutex>& lock)
     if (!on_callback_thread) callback_ended_.wait(lock, [&] { return !in_callback_; });
 }
 
-void DiagLibrary::enqueue(const DiagHead& head, ByteView bytes)
+bool DiagLibrary::start_callbacks()
 {
-    if (stopped_) return;
-    if (!callbacks_.joinable()) {
-        try {
-            callbacks_ = std::thread([this] { run_callbacks(); });
-        } catch (const std::system_error& error) {
-            return complain(std::string("no thread for diag callbacks: ") + error.what());
-        }
+    if (callbacks_.joinable()) return true;
+    try {
+        callbacks_ = std::thread([this] { run_callbacks(); });
+        return true;
+    } catch (const std::system_error& error) {
+        complain(std::string("no thread for diag callbacks: ") + error.what());
+        return false;
     }
-    packets_.push_back({head, Bytes(bytes.begin(), bytes.end())});
-    packet_came_.notify_one();
+}
+
+void DiagLibrary::call_callbacks()
+{
+    called_.store(true, std::memory_order_release);
+    session_came_.notify_one();
+    link_.wake();
 }
 
 void DiagLibrary::run_callbacks()
 {
     on_callback_thread = true;
     std::unique_lock lock(mutex_);
-    for (;;) {
-        packet_came_.wait(lock, [&] { return stopped_ || !packets_.empty(); });
-        if (stopped_) return;
-        Packet packet = std::move(packets_.front());
-        packets_.pop_front();
-        deliver(lock, packet);
+    while (!stopped_) {
+        if (!packets_.empty()) {
+            Packet packet = std::move(packets_.front());
+            packets_.pop_front();
+            deliver(lock, packet);
+        } else if (!session_) {
+            session_came_.wait(lock);
+        } else {
+            called_.store(false, std::memory_order_relaxed);
+            lock.unlock();
+            link_.wait(called_, Deadline::max());
+            lock.lock();
+        }
     }
 }
 

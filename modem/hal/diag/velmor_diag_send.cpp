@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "diag_lsm.h"
+#include "velmor_diag_rsp.h"
 #include "velmor_utils_cmn.h"
 
 constexpr int32_t  DIAG_CHANNEL = 0;         // the processor that requests go to
@@ -36,13 +37,6 @@ constexpr uint32_t LAST_SLEEP_US = 3000000;  // of a worker
 
 static const char THREAD_NAME[] = "VELM DIAG";
 
-/* Bytes of an answer, behind this head. Filled before anybody else sees the block and never changed afterwards: who
- * still copies from a block that has been replaced copies old bytes, and never past its end. */
-struct diag_rsp_block {
-    diag_rsp_block *retired_next;
-    int32_t         size;  // bytes
-};
-
 /* The answer as received so far. Data first, then length, then the post; no lock holds them together, and in callback
  * mode a second packet may replace the first while the sender copies. Nothing sets the length back to 0. */
 static struct {
@@ -50,8 +44,7 @@ static struct {
     std::atomic<int32_t>          length;
 } g_qcril_diag_rsp_buf;
 
-static std::atomic<diag_rsp_block *> g_diag_rsp_prev;     // what had come, while a further packet is joined to it
-static std::atomic<diag_rsp_block *> g_diag_rsp_retired;  // replaced blocks, freed once the library has stopped
+static std::atomic<diag_rsp_block *> g_diag_rsp_prev;  // what had come, while a further packet is joined to it
 
 static pthread_mutex_t g_diag_rsp_mutex = PTHREAD_MUTEX_INITIALIZER;        // the joining of packets, DCI mode alone
 static pthread_mutex_t g_diag_send_mutex = PTHREAD_MUTEX_INITIALIZER;       // a whole send with result
@@ -160,50 +153,6 @@ int32_t velmor_diag_cmd_response_check(const uint8_t *ptr, uint32_t len, const i
     return 0;
 }
 
-// ---- Blocks of an answer ----
-
-static uint8_t *bytes_of(diag_rsp_block *block)
-{
-    return reinterpret_cast<uint8_t *>(block + 1);
-}
-
-/* `len` bytes, zeroed; null when there is no memory. */
-static diag_rsp_block *make_block(int32_t len)
-{
-    auto *block = static_cast<diag_rsp_block *>(calloc(1, sizeof(diag_rsp_block) + static_cast<size_t>(len) + 1));
-    if (block != nullptr) block->size = len;
-    return block;
-}
-
-/* At most the block's own bytes. Without a block there are none, whatever a stale length says. */
-static void copy_out(diag_rsp_block *block, uint8_t *to, int32_t len)
-{
-    if (block == nullptr) return;
-    memcpy(to, bytes_of(block), static_cast<size_t>(len < block->size ? len : block->size));
-}
-
-/* Puts a block, or none, in the place of an earlier one, which stays until nobody can be copying from it any more. */
-static void replace_block(std::atomic<diag_rsp_block *> &place, diag_rsp_block *block)
-{
-    diag_rsp_block *earlier = place.exchange(block, std::memory_order_acq_rel);
-    if (earlier == nullptr) return;
-    diag_rsp_block *next = g_diag_rsp_retired.load(std::memory_order_relaxed);
-    do {
-        earlier->retired_next = next;
-    } while (
-        !g_diag_rsp_retired.compare_exchange_weak(next, earlier, std::memory_order_release, std::memory_order_relaxed));
-}
-
-static void free_retired_blocks()
-{
-    diag_rsp_block *block = g_diag_rsp_retired.exchange(nullptr, std::memory_order_acquire);
-    while (block != nullptr) {
-        diag_rsp_block *next = block->retired_next;
-        free(block);
-        block = next;
-    }
-}
-
 // ---- Start and stop of the library ----
 
 /* After a failure the caller goes on, and a library that isn't started refuses what it asks for. */
@@ -227,7 +176,7 @@ void velmor_diag_init_with_result()
 void velmor_diag_deinit_with_result()
 {
     Diag_LSM_DeInit();
-    free_retired_blocks();
+    diag_rsp_free_retired();
     g_diag_init_status = 0;
     sem_destroy(&g_diag_rsp_sem);
 }
@@ -333,7 +282,7 @@ static void hand_back(const char *name, int line, uint8_t *reply_buf, int32_t *p
     LOG_FROM(name, line, 4, "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", data_size,
              length, reply_len);
     *p_reply_len = data_size;
-    if (data_size >= 1) copy_out(g_qcril_diag_rsp_buf.data.load(std::memory_order_acquire), reply_buf, data_size);
+    if (data_size >= 1) diag_rsp_copy(g_qcril_diag_rsp_buf.data.load(std::memory_order_acquire), reply_buf, data_size);
 }
 
 /* Result of the send: 1 when the wait thread gave up. */
@@ -368,13 +317,13 @@ static int32_t velmor_diag_cmd_response_by_callback(uint8_t *ptr, int32_t len, v
         LOG(4, "velmor_diag_cmd_response_check fail");
         return 1;
     }
-    diag_rsp_block *ptr_out = make_block(len);
+    diag_rsp_block *ptr_out = diag_rsp_make(len);
     if (ptr_out == nullptr) {
         LOG(1, "Failed to allocate memory for ptr_out");
         return 1;
     }
-    memcpy(bytes_of(ptr_out), ptr, static_cast<size_t>(len));
-    replace_block(g_qcril_diag_rsp_buf.data, ptr_out);
+    memcpy(diag_rsp_bytes(ptr_out), ptr, static_cast<size_t>(len));
+    diag_rsp_replace(g_qcril_diag_rsp_buf.data, ptr_out);
     put(g_qcril_diag_rsp_buf.length, len);
     LOG(4, "callback, cmd_code = 0x%02x, data_size = %d", ptr[0], len);
     sem_post(&g_diag_rsp_sem);
@@ -527,16 +476,16 @@ static bool join_packet(const char *name, const uint8_t *ptr, int32_t len)
     diag_rsp_block *data = g_qcril_diag_rsp_buf.data.load(std::memory_order_acquire);
     const int32_t   old = data == nullptr ? 0 : peek(g_qcril_diag_rsp_buf.length);
     if (data != nullptr) {
-        diag_rsp_block *ptr_out_2 = make_block(old);
+        diag_rsp_block *ptr_out_2 = diag_rsp_make(old);
         if (ptr_out_2 == nullptr) {
             LOG_FROM(name, __LINE__, 1, "Failed to allocate memory for ptr_out_2");
             return false;
         }
-        copy_out(data, bytes_of(ptr_out_2), old);
-        replace_block(g_diag_rsp_prev, ptr_out_2);
+        diag_rsp_copy(data, diag_rsp_bytes(ptr_out_2), old);
+        diag_rsp_replace(g_diag_rsp_prev, ptr_out_2);
         data = ptr_out_2;
     }
-    diag_rsp_block *joined = old <= INT32_MAX - len ? make_block(old + len) : nullptr;
+    diag_rsp_block *joined = old <= INT32_MAX - len ? diag_rsp_make(old + len) : nullptr;
     if (joined == nullptr && data == nullptr) {
         LOG_FROM(name, __LINE__, 1, "Failed to allocate memory for ptr_out_1");
         return false;
@@ -545,9 +494,9 @@ static bool join_packet(const char *name, const uint8_t *ptr, int32_t len)
         LOG_FROM(name, __LINE__, 1, "Failed to allocate memory for ptr_out_3");
         return false;
     }
-    copy_out(data, bytes_of(joined), old);
-    memcpy(bytes_of(joined) + old, ptr, static_cast<size_t>(len));
-    replace_block(g_qcril_diag_rsp_buf.data, joined);
+    diag_rsp_copy(data, diag_rsp_bytes(joined), old);
+    memcpy(diag_rsp_bytes(joined) + old, ptr, static_cast<size_t>(len));
+    diag_rsp_replace(g_qcril_diag_rsp_buf.data, joined);
     put(g_qcril_diag_rsp_buf.length, old + len);
     return true;
 }
@@ -574,8 +523,8 @@ static int32_t await_dci_response(const char *name, uint32_t wait_time_ms, uint8
     LOG_FROM(name, __LINE__, 4, "Dci Command time = %d", wait_cnt);
     await_response();
     hand_back(name, __LINE__, reply_buf, p_reply_len);
-    replace_block(g_diag_rsp_prev, nullptr);
-    replace_block(g_qcril_diag_rsp_buf.data, nullptr);  // its length stays
+    diag_rsp_replace(g_diag_rsp_prev, nullptr);
+    diag_rsp_replace(g_qcril_diag_rsp_buf.data, nullptr);  // its length stays
     return take_time_out();
 }
 
