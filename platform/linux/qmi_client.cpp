@@ -15,6 +15,7 @@
 #include <optional>
 #include <thread>
 
+#include "platform/linux/callback_thread.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/idl_codec.h"
 #include "platform/linux/modem_link.h"
@@ -28,9 +29,6 @@ using std::chrono::steady_clock;
 constexpr std::int32_t kInternal = -1;
 constexpr std::int32_t kServiceGone = -2;
 constexpr std::int32_t kTimeout = -3;
-
-// At the end of the process a callback that is under way has this long to return; then the process goes without it.
-constexpr milliseconds kCallbackGrace{1000};
 
 struct Client {
     qmi_idl_service_object_type service = nullptr;
@@ -135,15 +133,7 @@ void ClientLibrary::stop()
     stopped_ = true;
     events_.clear();
     event_came_.notify_all();
-    if (!callbacks_.joinable()) return;
-    const bool idle =
-        !on_callback_thread && callback_ended_.wait_for(lock, kCallbackGrace, [&] { return in_callback_ == nullptr; });
-    std::thread callbacks = std::move(callbacks_);
-    lock.unlock();
-    if (idle)
-        callbacks.join();
-    else
-        callbacks.detach();  // it may be the one that ends the process
+    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return in_callback_ == nullptr; });
 }
 
 Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
