@@ -27,6 +27,7 @@ void show_help(int group);
 int velmor_test_nvefs_do(int argc, char *argv[]);
 int velmor_test_qmi_send_data_do(int argc, char *argv[]);
 int velmor_test_at_cmd_do(int argc, char *argv[]);
+int velmor_test_mbn_do(int argc, char *argv[]);
 
 /* Help of a group: prints when `group` is RBK_GROUP_ALL or its own. The names of the two statistics groups cross over:
  * velmor_test_modem_stats_show_help belongs to RBK_GROUP_STATS_QMI, and the other one to RBK_GROUP_STATS. */

@@ -61,7 +61,7 @@ int main(int argc, char *argv[])
     case RBK_GROUP_STATS: show_help(group); break;
     case RBK_GROUP_AT: velmor_test_at_cmd_do(argc, argv); break;
     case RBK_GROUP_STATS_QMI: show_help(group); break;
-    case RBK_GROUP_MBN: show_help(group); break;
+    case RBK_GROUP_MBN: velmor_test_mbn_do(argc, argv); break;
     case RBK_GROUP_SMART: show_help(group); break;
     case RBK_GROUP_QMI: show_help(group); break;
     default: show_help(RBK_GROUP_ALL); break;
