@@ -1,6 +1,7 @@
 #include "simulator/service_kinds.h"
 
 #include "simulator/extended_service.h"
+#include "simulator/pdc_service.h"
 
 namespace rbk::sim {
 namespace {
@@ -11,7 +12,7 @@ constexpr ServiceKind kServiceKinds[] = {
     {"nas", {"nas"}, nullptr, nullptr},
     {"uim", {"card"}, nullptr, nullptr},
     {"sar", {"sar"}, nullptr, nullptr},
-    {"pdc", {"pdc"}, nullptr, nullptr},
+    {"pdc", {"pdc"}, read_pdc_settings, make_pdc_service},
     {"diag", {"diag"}, nullptr, nullptr},
 };
 

@@ -17,7 +17,7 @@ constexpr unsigned long REQUEST_TIMEOUT_S = 5;
 constexpr uint32_t      SEND_TIMEOUT_MS = 10000;
 constexpr int           OPEN_ATTEMPTS = 20;
 constexpr unsigned      OPEN_WAIT_S = 5;
-constexpr uint32_t      OPEN_TIMEOUT_MS = 4;  // for a service that isn't there yet; the first look at the list isn't bounded
+constexpr uint32_t OPEN_TIMEOUT_MS = 4;  // for a service that isn't there yet; the first look at the list isn't bounded
 
 /* What the load indication's error says. */
 constexpr uint16_t LOAD_NO_MEMORY = 2;
@@ -26,8 +26,8 @@ constexpr uint16_t LOAD_INVALID_ID = 41;
 pdc_info_s_type g_pdc_info_ex;
 
 static qmi_idl_service_object_type    pdc_service_object;
-static std::atomic<qmi_client_handle> pdc_client;     // null when closed
-static qmi_client_os_params           pdc_os_params;  // for the library
+static std::atomic<qmi_client_handle> pdc_client;         // null when closed
+static qmi_client_os_params           pdc_os_params;      // for the library
 static qtimutex::QtiSharedMutex       g_pdc_debug_mutex;  // held while the silent modem switch is read
 
 /* The low half of an address is what a log line shows. */
@@ -48,11 +48,11 @@ struct pdc_block {
     std::atomic<uint32_t> *timer_id;
 };
 
-#define PDC_BLOCK(block)                                                                                     \
-    {                                                                                                        \
-        #block, &g_pdc_info_ex.block.cond, &g_pdc_info_ex.block.is_##block##_handling,                       \
-            &g_pdc_info_ex.block.is_##block##_waiting, &g_pdc_info_ex.block.is_##block##_done,               \
-            &g_pdc_info_ex.block.result, &g_pdc_info_ex.block.timer_id                                       \
+#define PDC_BLOCK(block)                                                                       \
+    {                                                                                          \
+#block, &g_pdc_info_ex.block.cond, &g_pdc_info_ex.block.is_##block##_handling,         \
+            &g_pdc_info_ex.block.is_##block##_waiting, &g_pdc_info_ex.block.is_##block##_done, \
+            &g_pdc_info_ex.block.result, &g_pdc_info_ex.block.timer_id                         \
     }
 
 /* In the order of the kinds, from 1. */
@@ -144,7 +144,8 @@ void qmi_pdc_request_timer_start(int req_type)
         return;
     }
     if (*slot != 0) {
-        LOG(4, "find the timer is running, will stop it af first, timer_id = %u, req_type = %d", slot->load(), req_type);
+        LOG(4, "find the timer is running, will stop it af first, timer_id = %u, req_type = %d", slot->load(),
+            req_type);
         qmi_pdc_request_timer_stop(req_type);
     }
     // 0 when it couldn't be started: only the indication ends the wait then.
@@ -727,7 +728,8 @@ void velmor_mbn_get_default_config_info_ind_hdlr(void *ind_data_ptr, uint32_t in
     } else {
         holder->config_desc_valid = def_ind->config_desc_valid;
         holder->config_desc_len = def_ind->config_desc_len;
-        memcpy(holder->config_desc, def_ind->config_desc, sizeof(holder->config_desc));  // all of it, whatever its length
+        memcpy(holder->config_desc, def_ind->config_desc,
+               sizeof(holder->config_desc));  // all of it, whatever its length
         holder->config_version_valid = def_ind->config_version_valid;
         holder->config_version = def_ind->config_version;
         result = PDC_SUCCESS;

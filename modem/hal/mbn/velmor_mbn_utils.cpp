@@ -594,7 +594,8 @@ static bool walk_report(const char *name, const char *filename)
         whole = true;
         int32_t index = 0;
         for (xmlNode *node = root->children; whole && node != nullptr; node = node->next) {
-            if (xmlStrcmp(node->name, name_of("NvItemData")) == 0 || xmlStrcmp(node->name, name_of("NvEfsItemData")) == 0)
+            if (xmlStrcmp(node->name, name_of("NvItemData")) == 0 ||
+                xmlStrcmp(node->name, name_of("NvEfsItemData")) == 0)
                 whole = report_item(name, doc, node, &index);
         }
     }

@@ -40,8 +40,9 @@ void velmor_mbn_deactivate_config(uint32_t sub, pdc_config_type_enum_v01 config_
 // the configuration and the device have.
 
 struct mbn_report_head {  // in the machine's byte order; id, reference and device value follow, without terminators
-    int32_t  result;      // 0 for an entry; in the closing message 0, 2 for a fault of the document, -1 for one of the stream
-    int32_t  index;       // of the entry, from 0; -1: the closing message, with all lengths 0
+    int32_t
+        result;  // 0 for an entry; in the closing message 0, 2 for a fault of the document, -1 for one of the stream
+    int32_t  index;  // of the entry, from 0; -1: the closing message, with all lengths 0
     uint32_t id_len;
     uint32_t ref_len;
     uint32_t dev_len;
