@@ -3,6 +3,7 @@
 #include "velmor_mbn_utils.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -10,7 +11,7 @@
 #include <unistd.h>
 
 #include <libxml/parser.h>
-#include <libxml/xmlreader.h>
+#include <libxml/parserInternals.h>
 
 #include "velmor_extend_nvefs.h"
 #include "velmor_utils_cmn.h"
@@ -560,26 +561,122 @@ static bool report_item(const char *name, xmlDoc *doc, xmlNode *node, int32_t *i
     return found;
 }
 
-/* Whether the document can be read up to its root without a type declaration. With one it is refused unparsed: its entities
- * make gigabytes of a few bytes. The streaming reader knows every encoding and stops before the content. */
-static bool has_plain_prolog(const char *filename)
+// ---- Report: what a document may cost ----
+//
+// The document is foreign. Before it is built in memory, a parser that builds nothing walks it and refuses what costs more
+// than its size: a type declaration, whose entities make gigabytes of a few bytes; elements with attributes by the
+// thousand, each of which the library compares with each; and more nodes than a modem has items.
+
+constexpr uint32_t REPORT_NODES_MAX = 1000000;
+constexpr int      REPORT_ATTRIBUTES_MAX = 64;     // of one element, namespaces too
+constexpr uint32_t REPORT_PIECE_MAX = 128 * 1024;  // bytes of one tag or comment
+
+struct report_check {
+    xmlParserCtxt *parser;
+    int            fd;
+    uint32_t       nodes;
+    uint32_t       piece_len;  // bytes read since the parser came to its last piece
+    bool           refused;
+};
+
+static void check_refuse(report_check *check)
 {
-    xmlTextReader *reader =
-        xmlReaderForFile(filename, nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
-    bool plain = false;
-    while (reader != nullptr && xmlTextReaderRead(reader) == 1) {
-        const int type = xmlTextReaderNodeType(reader);
-        plain = type == XML_READER_TYPE_ELEMENT;
-        if (plain || type == XML_READER_TYPE_DOCUMENT_TYPE) break;
-    }
-    if (reader != nullptr) xmlFreeTextReader(reader);
-    return plain;
+    check->refused = true;
+    xmlStopParser(check->parser);
 }
+
+static void check_declaration(void *context, const xmlChar *, const xmlChar *, const xmlChar *)
+{
+    check_refuse(static_cast<report_check *>(context));
+}
+
+static void check_piece(report_check *check)
+{
+    check->piece_len = 0;
+    if (++check->nodes > REPORT_NODES_MAX) check_refuse(check);
+}
+
+static void check_element(void *context, const xmlChar *, const xmlChar *, const xmlChar *, int namespaces,
+                          const xmlChar **, int attributes, int, const xmlChar **)
+{
+    auto *check = static_cast<report_check *>(context);
+    check->nodes += static_cast<uint32_t>(namespaces + attributes);
+    check_piece(check);
+    if (namespaces + attributes > REPORT_ATTRIBUTES_MAX) check_refuse(check);
+}
+
+static void check_text(void *context, const xmlChar *, int)
+{
+    static_cast<report_check *>(context)->piece_len = 0;
+}
+
+static void check_comment(void *context, const xmlChar *)
+{
+    check_piece(static_cast<report_check *>(context));
+}
+
+static void check_instruction(void *context, const xmlChar *, const xmlChar *)
+{
+    check_piece(static_cast<report_check *>(context));
+}
+
+static void check_cdata(void *context, const xmlChar *, int)
+{
+    check_piece(static_cast<report_check *>(context));
+}
+
+/* The parser goes on behind some errors, and tells each one of millions. */
+static void check_error(void *context, xmlError *error)
+{
+    if (error->level == XML_ERR_FATAL) check_refuse(static_cast<report_check *>(context));
+}
+
+static int check_read(void *context, char *buffer, int len)
+{
+    auto *check = static_cast<report_check *>(context);
+    if (check->piece_len > REPORT_PIECE_MAX) {
+        check->refused = true;
+        return -1;
+    }
+    const ssize_t got = TEMP_FAILURE_RETRY(read(check->fd, buffer, static_cast<size_t>(len)));
+    if (got > 0) check->piece_len += static_cast<uint32_t>(got);
+    return static_cast<int>(got);
+}
+
+/* Whether the document can be built at a cost that its size bounds. */
+static bool report_is_affordable(const char *filename)
+{
+    report_check check = {};
+    check.fd = open(filename, O_RDONLY | O_CLOEXEC);
+    if (check.fd < 0) return false;
+
+    xmlSAXHandler handler = {};
+    handler.initialized = XML_SAX2_MAGIC;
+    handler.internalSubset = check_declaration;
+    handler.startElementNs = check_element;
+    handler.characters = check_text;
+    handler.ignorableWhitespace = check_text;
+    handler.cdataBlock = check_cdata;
+    handler.comment = check_comment;
+    handler.processingInstruction = check_instruction;
+    handler.serror = check_error;
+    bool affordable = false;
+    check.parser = xmlCreateIOParserCtxt(&handler, &check, check_read, nullptr, &check, XML_CHAR_ENCODING_NONE);
+    if (check.parser != nullptr) {
+        xmlParseDocument(check.parser);
+        affordable = check.parser->wellFormed != 0 && !check.refused;
+        xmlFreeParserCtxt(check.parser);
+    }
+    close(check.fd);
+    return affordable;
+}
+
+// ---- Report: the walk ----
 
 /* Walks the document. Result: whether the walk came to its end. Reports under the operation's name. */
 static bool walk_report(const char *name, const char *filename)
 {
-    xmlDoc *doc = has_plain_prolog(filename) ? xmlParseFile(filename) : nullptr;
+    xmlDoc *doc = report_is_affordable(filename) ? xmlParseFile(filename) : nullptr;
     if (doc == nullptr) {
         LOG_FROM(name, __LINE__, 1, "failed to parse XML file %s", filename);
         return false;
