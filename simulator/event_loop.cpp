@@ -70,7 +70,8 @@ void EventLoop::run()
         if (ready < 0 && errno != EINTR) return;
         for (int i = 0; i < ready; ++i) {
             // An earlier handler of this round may have ended the watch.
-            const auto found = watched_.find(events[i].data.u64);
+            const WatchId watch = events[i].data.u64;  // a copy: the kernel packs its events
+            const auto found = watched_.find(watch);
             if (found == watched_.end()) continue;
             found->second.ready(events[i].events);
             run_deferred();

@@ -226,7 +226,8 @@ void Modem::answer(Client& client, Slot& slot, const link::QmiMessage& message, 
     if (fault != nullptr && fault->action == FaultAction::indicate) {
         const auto after = planned.empty() ? std::chrono::milliseconds{0} : planned.front().indication.after;
         if (!fault->also) planned.clear();
-        planned.insert(planned.begin(), {{fault->indication.value_or(call.message), fault->bytes, after}});
+        planned.insert(planned.begin(),
+                       Outgoing{{fault->indication.value_or(call.message), fault->bytes, after}, false});
     }
 
     link::QmiHead said{link::QmiKind::indication, 0, 0, 0};
@@ -270,8 +271,9 @@ void Modem::indicate(Service& service, ClientId id, std::uint16_t message, Bytes
 void Modem::plan(Slot& slot, Indication indication, std::vector<Outgoing>& planned)
 {
     const FaultRule* fault = faults_.for_indication(*slot.service, indication.message, indication.tlvs);
+    if (fault == nullptr) return planned.push_back({std::move(indication)});
     bool early = false;
-    switch (fault == nullptr ? FaultAction::result : fault->action) {
+    switch (fault->action) {
     case FaultAction::silent: return;
     case FaultAction::down: return go_down(slot);
     case FaultAction::delay: indication.after += fault->delay; break;
@@ -279,7 +281,7 @@ void Modem::plan(Slot& slot, Indication indication, std::vector<Outgoing>& plann
     case FaultAction::twice: planned.push_back({indication}); break;
     case FaultAction::early: early = true; break;
     case FaultAction::indicate:
-        planned.push_back({{fault->indication.value_or(indication.message), fault->bytes, indication.after}});
+        planned.push_back({{fault->indication.value_or(indication.message), fault->bytes, indication.after}, false});
         if (!fault->also) return;
         break;
     case FaultAction::error:

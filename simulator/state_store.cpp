@@ -138,6 +138,10 @@ StateStore::StateStore(std::filesystem::path root, Complaints& complaints)
 
 bool StateStore::prepare(const std::function<bool(StateStore& fresh)>& fill)
 {
+    if (root_.empty()) {
+        broken_ = true;  // whoever had no place to name has said so
+        return false;
+    }
     int error = 0;
     const Folder state = look_at(root_, error);
     if (state == Folder::filled) return true;

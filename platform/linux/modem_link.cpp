@@ -59,7 +59,8 @@ bool ModemLink::connect()
     std::string error;
     if (modem == "embedded") {
         std::vector<std::string> complaints;
-        modem_ = sim::start_embedded_modem({rbk_home() / "modem", scenario}, socket, complaints);
+        const std::filesystem::path home = rbk_home();
+        modem_ = sim::start_embedded_modem({home.empty() ? home : home / "modem", scenario}, socket, complaints);
         for (const std::string& line : complaints) complain(line);
         error = "embedded modem: it could not be started";
     } else {

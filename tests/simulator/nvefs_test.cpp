@@ -201,36 +201,67 @@ TEST(Efs, AChunkThatDoesNotFitItsTransferChangesNothing)
     EXPECT_EQ(read_file(modem.state() / "efs/0/file").size(), 500u);
 }
 
-TEST(Efs, OpenTransfersAreLimitedAndEndWithTheirClient)
+TEST(Efs, OpenWritesAreLimitedForEachClient)
 {
     RunningModem modem;
+    WireClient client = modem.connect();
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(result(client, first_chunk("/file", 500, 100)), i);
+    EXPECT_EQ(result(client, first_chunk("/file", 500, 100)), -24);
+    WireClient other = modem.connect();
+    EXPECT_EQ(result(other, first_chunk("/file", 500, 100)), 0) << "one client can keep the others out";
+    EXPECT_EQ(result(other, first_chunk("/file", 500, 400, 100, 1)), -22) << "a transfer can be taken over";
+}
+
+TEST(Efs, TransfersEndWithTheirClient)
+{
+    const auto open_files = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(begin(files), end(files));
+    };
+    RunningModem modem("[efs]\n\"0:/long\" = { fill = 1, size = 1000 }\n");
+    const auto before = open_files();
     {
         WireClient client = modem.connect();
-        for (int i = 0; i < 8; ++i) EXPECT_EQ(result(client, first_chunk("/file", 500, 100)), i);
-        EXPECT_EQ(result(client, first_chunk("/file", 500, 100)), -24);
-        WireClient other = modem.connect();
-        EXPECT_EQ(result(other, first_chunk("/file", 500, 100)), 0) << "one client can keep the others out";
+        EXPECT_EQ(result(client, efs_record(kEfsRead, 0, "/long")), 0);
+        EXPECT_EQ(open_files(), before + 3);  // both ends of the socket, and the file
     }
-    WireClient next = modem.connect();
-    EXPECT_EQ(result(next, first_chunk("/file", 500, 400, 100, 0)), -22) << "a dead client's transfer goes on";
+    for (int i = 0; i < 500 && open_files() != before; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(open_files(), before);
 }
 
 TEST(Efs, AReadSeesOneVersionToItsEnd)
 {
     RunningModem modem;
     WireClient reader = modem.connect();
+    WireClient again = modem.connect();
     WireClient writer = modem.connect();
-    const Bytes before(1000, 0x0B);
-    EXPECT_GE(efs_write(writer, 0, "/file", before), 0);
+    EXPECT_GE(efs_write(writer, 0, "/file", Bytes(1000, 0x0B)), 0);
     Record chunk = efs_record(kEfsRead, 0, "/file");
     EXPECT_EQ(reader.envelope(2, chunk.bytes).at<std::uint32_t>(8), 424u);
+    EXPECT_EQ(again.envelope(2, chunk.bytes).at<std::uint32_t>(8), 424u);
     EXPECT_GE(efs_write(writer, 0, "/file", Bytes(2000, 0xAF)), 0);
+    EXPECT_EQ(again.envelope(2, chunk.bytes).at<std::uint32_t>(4), 2000u) << "a new read sees an old file";
     for (const std::uint32_t offset : {424u, 848u}) {
         const auto answer = reader.envelope(2, chunk.put(116, offset).bytes);
         EXPECT_EQ(answer.at<std::uint32_t>(4), 1000u);
         EXPECT_EQ(answer.at<std::uint8_t>(20), 0x0B);
     }
-    EXPECT_EQ(reader.envelope(2, chunk.put(116, 0).bytes).at<std::uint32_t>(4), 2000u) << "a new read sees an old file";
+}
+
+TEST(Efs, OpenReadsAreLimitedToTheLatest)
+{
+    RunningModem modem;
+    WireClient client = modem.connect();
+    std::vector<Record> reads;
+    for (int i = 0; i < 9; ++i) {
+        const std::string path = "/file" + std::to_string(i);
+        write_file(modem.state() / ("efs/0" + path), std::string(1000, 'x'));
+        reads.push_back(efs_record(kEfsRead, 0, path));
+        EXPECT_EQ(result(client, reads.back()), 0);
+    }
+    for (int i = 0; i < 9; ++i) std::filesystem::remove(modem.state() / ("efs/0/file" + std::to_string(i)));
+    for (int i = 8; i > 0; --i) EXPECT_EQ(result(client, reads[i].put<std::uint32_t>(116, 424)), 0) << i;
+    EXPECT_EQ(result(client, reads[0].put<std::uint32_t>(116, 424)), -2);
 }
 
 // ---- State that can't be made or read ----

@@ -89,6 +89,7 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
         const std::string line = refusal(row.content);
         EXPECT_EQ(line.rfind(row.refusal, 0), 0u) << row.content << line;
     }
+    EXPECT_NE(refusal(std::string_view("[\0s]\n", 5)), "") << "a failed assertion of the parser";
     EXPECT_THROW(read_scenario("/nonexistent/scenario.toml"), ScenarioError);
     EXPECT_THROW(read_scenario("/"), ScenarioError);
 }
