@@ -15,13 +15,21 @@ using namespace rbk;
 struct Bench {
     Bench()
     {
-        std::string folder = (std::filesystem::temp_directory_path() / "modem-fuzz-XXXXXX").string();
+        folder = (std::filesystem::temp_directory_path() / "modem-fuzz-XXXXXX").string();
         if (::mkdtemp(folder.data()) == nullptr) std::abort();
         std::vector<std::string> complaints;
         modem = sim::start_embedded_modem({folder, std::nullopt}, client, complaints);
         if (modem == nullptr || !complaints.empty()) std::abort();
         service = drain();
     }
+
+    ~Bench()
+    {
+        modem.reset();
+        std::filesystem::remove_all(folder);
+    }
+    Bench(const Bench&) = delete;
+    Bench& operator=(const Bench&) = delete;
 
     // Asks for all services and takes what has come, up to the row that ends the answer; the last server's address.
     link::Address drain()
@@ -42,6 +50,7 @@ struct Bench {
         }
     }
 
+    std::string folder;
     const link::Address router{1, QRTR_PORT_CTRL};
     link::LinkSocket client;
     std::unique_ptr<sim::EmbeddedModem> modem;

@@ -26,7 +26,8 @@ struct EfsPlace {
     bool operator==(const EfsPlace&) const = default;
 };
 
-// The largest file that a client may write, in bytes.
+// Bytes of a path, and of the largest file that a client may write.
+inline constexpr std::size_t kLongestEfsPath = 103;
 inline constexpr std::size_t kLongestEfsFile = 102410;
 
 // Transfers of all clients. Errors are negative numbers of <errno.h>.

@@ -22,13 +22,12 @@ std::string error_text(int error)
     return std::generic_category().message(error);
 }
 
-// Whether a server answers at the address; a socket without one refuses.
+// Whether a living server holds the address, be it one of another kind: a socket without one refuses.
 bool is_served(const sockaddr_un& address)
 {
     const Fd probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    // EAGAIN: it has so many callers that it is alive for sure.
     return ::connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ||
-           errno == EAGAIN || errno == EINPROGRESS;
+           (errno != ECONNREFUSED && errno != ENOENT);
 }
 
 // Servers that start at the same moment take their turns: without that, the second could remove the socket that the

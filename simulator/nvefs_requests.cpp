@@ -19,7 +19,6 @@ constexpr std::size_t kDataLenAll = 108;
 constexpr std::size_t kDataLenSend = 112;
 constexpr std::size_t kDataLenCur = 116;
 constexpr std::size_t kData = 120;
-constexpr std::size_t kPathRoom = 103;
 constexpr std::size_t kDataRoom = 424;
 
 constexpr std::size_t kAnswerLenAll = 4;
@@ -59,7 +58,7 @@ Bytes piece(ByteView record, std::size_t at, std::size_t size)
 std::optional<EfsPlace> efs_place(ByteView request)
 {
     const std::size_t size = peek_le<std::uint8_t>(request, kPathLen);
-    if (size > kPathRoom) return std::nullopt;
+    if (size > kLongestEfsPath) return std::nullopt;
     return EfsPlace::parse(peek_le<std::uint8_t>(request, kSub), piece(request, kPath, size));
 }
 

@@ -45,6 +45,16 @@ int serve(const Arguments& arguments)
     namespace sim = rbk::sim;
     std::signal(SIGPIPE, SIG_IGN);  // whoever read the messages may be gone
     const sim::Fd ending = signals_to_end();
+    std::filesystem::path state = arguments.state;
+    if (state.empty()) {
+        std::string problem;
+        state = rbk::platform::rbk_home(problem);
+        if (!problem.empty()) {
+            say(problem);
+            return 1;
+        }
+        state /= "modem";
+    }
     std::optional<std::filesystem::path> file;
     if (!arguments.scenario.empty()) file = arguments.scenario;
     sim::Scenario scenario = sim::read_scenario(file);
@@ -62,8 +72,6 @@ int serve(const Arguments& arguments)
     }
 
     sim::Complaints complaints(say);
-    const std::filesystem::path state =
-        arguments.state.empty() ? rbk::platform::rbk_home() / "modem" : std::filesystem::path(arguments.state);
     sim::Modem modem(std::move(scenario), state, complaints);
     modem.loop().watch(ending.get(), EPOLLIN, [&](std::uint32_t) { modem.stop(); });
     listener->serve(modem);
@@ -87,7 +95,8 @@ int main(int argc, char** argv)
         "A socket that no living server holds is taken over; the server's own is removed at the end.\n"
         "A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.\n"
         "Exit status: 0 after a signal, when fault rules that never matched are named on standard error;\n"
-        "1 for a bad scenario, whose file and line are named, and for a socket or terminal that can't be had.");
+        "1 for a bad scenario, whose file and line are named, and for a socket, a terminal or a home directory that\n"
+        "can't be had.");
     app.add_option("--listen", arguments.listen, "where to listen")
         ->type_name("unix:PATH")
         ->required()

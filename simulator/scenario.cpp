@@ -76,6 +76,13 @@ void read_nv(TableReader& file, Scenario& scenario)
     }
 }
 
+// Whether a file at `inner` makes a folder of what stands at `outer`.
+bool is_below(const EfsPlace& inner, const EfsPlace& outer)
+{
+    return inner.sub == outer.sub && inner.parts.size() > outer.parts.size() &&
+           std::equal(outer.parts.begin(), outer.parts.end(), inner.parts.begin());
+}
+
 void read_efs(TableReader& file, Scenario& scenario)
 {
     const ScenarioNode* node = file.find("efs");
@@ -85,10 +92,18 @@ void read_efs(TableReader& file, Scenario& scenario)
         const auto sub = whole_number(std::string_view(key).substr(0, colon), 1);
         const std::string path = colon < key.size() ? key.substr(colon + 1) : "";
         std::optional<EfsPlace> place;
-        if (sub && path.find('\0') == std::string::npos) {
+        if (sub && path.size() <= kLongestEfsPath && path.find('\0') == std::string::npos) {
             place = EfsPlace::parse(*sub, {reinterpret_cast<const std::uint8_t*>(path.data()), path.size()});
         }
-        if (!place) value.refuse(key, "\"<sub>:<path>\" with sub 0 or 1 and the path of a file, without ..");
+        if (!place) {
+            value.refuse(key, "\"<sub>:<path>\" with sub 0 or 1 and the path of a file, at most " +
+                                  std::to_string(kLongestEfsPath) + " bytes without ..");
+        }
+        for (const auto& [other, bytes] : scenario.efs) {
+            if (is_below(*place, other) || is_below(other, *place)) {
+                value.refuse(key, "the path of a file that neither lies below another one nor holds it");
+            }
+        }
         scenario.efs.emplace_back(*std::move(place), value.bytes(key, kLongestScenarioFile));
     }
 }

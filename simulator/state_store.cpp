@@ -14,6 +14,7 @@ namespace rbk::sim {
 namespace {
 
 constexpr char kTemporaries[] = "tmp";
+constexpr std::uint64_t kLongestValue = 16 * 1024 * 1024;  // far above what a modem keeps in one
 
 std::string error_text(int error)
 {
@@ -48,8 +49,9 @@ std::vector<std::string> split(std::string_view name)
     return parts;
 }
 
-// A name that no other process and no other store of this one uses at the same time.
-std::string unique_name()
+// A name for something new. Whoever makes it goes on to the next one where it is taken: a killed process may have had the
+// same number, and where two containers share the directory a living one may have it.
+std::string next_name()
 {
     static std::atomic<unsigned> last = 0;
     return std::to_string(::getpid()) + "-" + std::to_string(++last);
@@ -99,6 +101,7 @@ StoredFile open_regular(const Fd& folder, const std::string& name)
 StoredValue read_whole(StoredFile file)
 {
     if (file.error != 0) return {file.error, {}};
+    if (file.size > kLongestValue) return {-EFBIG, {}};
     StoredValue value{0, Bytes(file.size)};
     std::size_t filled = 0;
     while (filled < value.bytes.size()) {
@@ -110,6 +113,22 @@ StoredValue read_whole(StoredFile file)
     }
     value.bytes.resize(filled);
     return value;
+}
+
+// Writes the value beside its place and renames it into it.
+int replace(const Fd& temporaries, const Fd& folder, const std::string& name, ByteView bytes)
+{
+    std::string beside;
+    Fd file;
+    do {
+        beside = next_name();
+        file = Fd(::openat(temporaries.get(), beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    } while (!file.is_open() && errno == EEXIST);
+    if (!file.is_open()) return -errno;
+    int error = write_all(file.get(), bytes);
+    if (error == 0 && ::renameat(temporaries.get(), beside.c_str(), folder.get(), name.c_str()) != 0) error = -errno;
+    if (error != 0) ::unlinkat(temporaries.get(), beside.c_str(), 0);
+    return error;
 }
 
 enum class Folder { fresh, filled, unusable };
@@ -155,12 +174,14 @@ bool StateStore::prepare(const std::function<bool(StateStore& fresh)>& fill)
     const std::filesystem::path place = std::filesystem::weakly_canonical(root_, failed);  // a link stays a link
     if (!failed) root_ = place;
     std::filesystem::create_directories(root_.parent_path(), failed);  // when it fails, so does the next step
-    std::string beside_name = ".";
-    beside_name.append(root_.filename().string()).append("-").append(unique_name());
-    const std::filesystem::path beside = root_.parent_path() / beside_name;
-    StateStore fresh(beside, complaints_);
-    bool made = ::mkdir(beside.c_str(), 0777) == 0;
+    std::filesystem::path beside;
+    bool made = false;
+    do {
+        beside = root_.parent_path() / ("." + root_.filename().string() + "-" + next_name());
+        made = ::mkdir(beside.c_str(), 0777) == 0;
+    } while (!made && errno == EEXIST);
     error = made ? 0 : -errno;
+    StateStore fresh(beside, complaints_);
     if (made && !fill(fresh)) {
         broken_ = true;  // and `fresh` has complained
     } else if (made && ::rename(beside.c_str(), root_.c_str()) == 0) {
@@ -216,10 +237,12 @@ StoredFile StateStore::open_in(std::string_view base, const std::vector<std::str
 int StateStore::write_in(std::string_view base, const std::vector<std::string>& parts, ByteView bytes)
 {
     Fd folder;
-    const int error = open_folder(base, true, folder);
+    Fd temporaries;
+    int error = open_folder(base, true, folder);
+    if (error == 0) error = open_folder(kTemporaries, true, temporaries);
     if (error != 0) return error;
-    const int lost = descend(folder, parts, 1, true);
-    return judge(base, parts, lost != 0 ? lost : replace(folder, parts.back(), bytes));
+    error = descend(folder, parts, 1, true);
+    return judge(base, parts, error != 0 ? error : replace(temporaries, folder, parts.back(), bytes));
 }
 
 int StateStore::remove_in(std::string_view base, const std::vector<std::string>& parts)
@@ -240,24 +263,6 @@ int StateStore::open_folder(std::string_view base, bool make, Fd& folder)
     if (!folder.is_open()) return complain("", -errno);
     const int error = descend(folder, split(base), 0, make);
     return error == 0 || error == -ENOENT ? error : complain(base, error);
-}
-
-int StateStore::replace(const Fd& folder, const std::string& name, ByteView bytes)
-{
-    Fd temporaries;
-    int error = open_folder(kTemporaries, true, temporaries);
-    if (error != 0) return error;
-    const std::string beside = unique_name();
-    {
-        // A left-over of a killed process with the same number is nobody's.
-        const Fd file(
-            ::openat(temporaries.get(), beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
-        if (!file.is_open()) return -errno;
-        error = write_all(file.get(), bytes);
-    }
-    if (error == 0 && ::renameat(temporaries.get(), beside.c_str(), folder.get(), name.c_str()) != 0) error = -errno;
-    if (error != 0) ::unlinkat(temporaries.get(), beside.c_str(), 0);
-    return error;
 }
 
 int StateStore::complain(std::string_view name, int error)

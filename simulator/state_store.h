@@ -55,7 +55,6 @@ class StateStore {
 
  private:
     int open_folder(std::string_view base, bool make, Fd& folder);
-    int replace(const Fd& folder, const std::string& name, ByteView bytes);
     int complain(std::string_view name, int error);
     int judge(std::string_view base, const std::vector<std::string>& parts, int error);
 

@@ -9,7 +9,7 @@ namespace qti::ril::logger {
 const char *qcril_get_thread_name();
 
 class Logger {
-public:
+ public:
     /* Writes one line to the platform's log.
      *   priority  as syslog counts them (3 error, 7 debug)
      *   tag       the module that speaks, such as "util"; stands before the text

@@ -12,16 +12,16 @@ namespace qtimutex {
  * busy: lock and unlock stay usable after the destructor, which therefore leaves the lock itself alone.
  * Threads: any; unlock on the thread that locked. */
 class QtiSharedMutex {
-public:
+ public:
     QtiSharedMutex();
     ~QtiSharedMutex();
-    QtiSharedMutex(const QtiSharedMutex &)            = delete;
+    QtiSharedMutex(const QtiSharedMutex &) = delete;
     QtiSharedMutex &operator=(const QtiSharedMutex &) = delete;
 
     void lock();
     void unlock();
 
-private:
+ private:
     pthread_mutex_t mutex_;
 };
 

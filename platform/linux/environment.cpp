@@ -3,10 +3,12 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <mutex>
 #include <set>
+#include <system_error>
 #include <vector>
 
 namespace rbk::platform {
@@ -41,6 +43,16 @@ std::filesystem::path home_directory()
     return found != nullptr ? found->pw_dir : "";
 }
 
+std::filesystem::path state_directory()
+{
+    if (const auto home = variable("RBK_HOME")) return *home;
+    // A relative XDG_STATE_HOME is to be ignored, says the convention that it comes from.
+    if (const auto state = variable("XDG_STATE_HOME"); state && state->front() == '/')
+        return std::filesystem::path(*state) / "rbk";
+    const std::filesystem::path home = home_directory();
+    return home.empty() ? home : home / ".local/state/rbk";
+}
+
 }  // namespace
 
 const Environment& environment()
@@ -50,18 +62,17 @@ const Environment& environment()
     return *values;
 }
 
-std::filesystem::path rbk_home()
+std::filesystem::path rbk_home(std::string& problem)
 {
-    if (const auto home = variable("RBK_HOME")) return *home;
-    // A relative XDG_STATE_HOME is to be ignored, says the convention that it comes from.
-    if (const auto state = variable("XDG_STATE_HOME"); state && state->front() == '/')
-        return std::filesystem::path(*state) / "rbk";
-    const std::filesystem::path home = home_directory();
-    if (home.empty()) {
-        complain("no home directory for the state: set RBK_HOME");
-        return {};
-    }
-    return home / ".local/state/rbk";
+    std::filesystem::path home = state_directory();
+    // The directory as a whole is looked at here, so that its trouble is one line and not one for each thing in it.
+    if (home.empty())
+        problem = "no home directory for properties and the modem's state: set RBK_HOME";
+    else if (access((home / ".").c_str(), F_OK) != 0 && errno != ENOENT)
+        problem = home.string() + ": " + std::generic_category().message(errno);
+    else
+        return home;
+    return {};
 }
 
 void complain(std::string_view line)

@@ -22,8 +22,9 @@ struct Environment {
 const Environment& environment();
 
 // The state directory: RBK_HOME, else $XDG_STATE_HOME/rbk, else .local/state/rbk in the home directory. Not created
-// here. Empty, with a complaint, when there is no home directory to be found.
-std::filesystem::path rbk_home();
+// here. Empty, with a line for a person in `problem`, when there is no home directory to be found or the state directory
+// is none that can be entered.
+std::filesystem::path rbk_home(std::string& problem);
 
 // Says "rbk: <line>" on standard error, each line once per process however often it is asked to. Threads: any.
 void complain(std::string_view line);

@@ -29,7 +29,7 @@ LinkTrace::LinkTrace(const std::optional<std::string>& path)
 {
     if (!path) return;
     fd_ = ::open(path->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    if (fd_ < 0) complain("RBK_TRACE: " + *path + ": " + std::generic_category().message(errno));
+    if (fd_ < 0) complain("RBK_TRACE=" + *path + ": " + std::generic_category().message(errno));
 }
 
 LinkTrace::~LinkTrace()

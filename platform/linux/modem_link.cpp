@@ -59,13 +59,15 @@ bool ModemLink::connect()
     std::string error;
     if (modem == "embedded") {
         std::vector<std::string> complaints;
-        const std::filesystem::path home = rbk_home();
+        std::string problem;
+        const std::filesystem::path home = rbk_home(problem);
+        if (!problem.empty()) complain(problem);
         modem_ = sim::start_embedded_modem({home.empty() ? home : home / "modem", scenario}, socket, complaints);
         for (const std::string& line : complaints) complain(line);
         error = "embedded modem: it could not be started";
     } else {
         if (scenario) complain("RBK_SCENARIO is for the embedded modem; ignored with RBK_MODEM=" + modem);
-        if (modem.starts_with(kUnixPrefix))
+        if (modem.starts_with(kUnixPrefix) && modem.size() > kUnixPrefix.size())
             socket = link::LinkSocket::connect_unix(modem.substr(kUnixPrefix.size()), error);
         else if (modem == "qrtr")
             socket = link::LinkSocket::open_qrtr(error);
@@ -265,15 +267,17 @@ std::int32_t ModemLink::list_servers(std::uint32_t service, std::vector<Server>&
 // The end of an answer doesn't name its service, so lookups go one at a time.
 std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_t service)
 {
-    const Deadline deadline = steady_clock::now() + kLookupBound;
     for (;;) {
         const std::int32_t opened = open();
         if (opened != 0) return opened;
         if (looked_up_.contains(service)) return 0;
         if (!looking_up_) break;
-        if (!wait(lock, deadline, [&] { return !looking_up_; })) return -4;
+        // Once an answer's time has passed, nobody waits for it again: callers ask many times over.
+        if (!wait(lock, lookup_until_, [&] { return !looking_up_; })) return -4;
     }
+    const Deadline deadline = steady_clock::now() + kLookupBound;
     looking_up_ = true;
+    lookup_until_ = deadline;
     const auto socket = socket_;
     const link::Address router{socket->local().node, QRTR_PORT_CTRL};
     const auto packet = link::pack_control({QRTR_TYPE_NEW_LOOKUP, service, 0, {}});
@@ -281,11 +285,12 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
     lock.unlock();
     const std::int32_t sent = send(router, {}, packet, deadline);
     lock.lock();
-    if (sent == 0) wait(lock, deadline, [&] { return !looking_up_; });
-    const bool ended = sent == 0 && !looking_up_ && state_ == State::open;
-    looking_up_ = false;
-    changed_.notify_all();
-    if (!ended) return -4;
+    if (sent != 0) {
+        looking_up_ = false;
+        changed_.notify_all();
+        return -4;
+    }
+    if (!wait(lock, deadline, [&] { return !looking_up_; }) || state_ != State::open) return -4;
     looked_up_.insert(service);
     return 0;
 }

@@ -116,9 +116,10 @@ class ModemLink {
     std::shared_ptr<link::LinkSocket> socket_ GUARDED_BY(mutex_);  // senders hold their own share while they send
     std::unique_ptr<sim::EmbeddedModem> modem_ GUARDED_BY(mutex_);
     std::vector<Server> servers_ GUARDED_BY(mutex_);
-    std::set<std::uint32_t> looked_up_ GUARDED_BY(mutex_);  // services whose whole list is known
+    std::set<std::uint32_t> looked_up_ GUARDED_BY(mutex_);            // services whose whole list is known
     std::map<std::uint32_t, std::uint32_t> news_ GUARDED_BY(mutex_);  // by service: changes of servers_
-    bool looking_up_ GUARDED_BY(mutex_) = false;
+    bool looking_up_ GUARDED_BY(mutex_) = false;                      // a lookup's answer has not ended
+    Deadline lookup_until_ GUARDED_BY(mutex_);                        // and is waited for until then
 
     bool is_read_ GUARDED_BY(mutex_) = false;  // somebody reads; the buffer is theirs
     std::thread::id reader_ GUARDED_BY(mutex_);

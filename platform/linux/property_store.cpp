@@ -17,8 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kNoHome = "no home directory for properties: set RBK_HOME";
-
 std::string error_line(const fs::path& path, int error)
 {
     return path.string() + ": " + std::generic_category().message(error);
@@ -69,8 +67,11 @@ fs::path write_beside(const fs::path& directory, std::string_view value)
 
 PropertyStore PropertyStore::of_home()
 {
-    const fs::path home = rbk_home();
-    return PropertyStore(home.empty() ? home : home / "properties");
+    std::string problem;
+    const fs::path home = rbk_home(problem);
+    PropertyStore store(home.empty() ? home : home / "properties");
+    if (home.empty()) store.no_home_ = problem;
+    return store;
 }
 
 fs::path PropertyStore::this_boot() const
@@ -105,7 +106,7 @@ std::string PropertyStore::make_directories() const
 
 PropertyStore::Reading PropertyStore::get(std::string_view name) const
 {
-    if (root_.empty()) return {std::nullopt, kNoHome};
+    if (root_.empty()) return {std::nullopt, no_home_};
     if (std::string problem = name_problem(name); !problem.empty()) return {std::nullopt, problem};
 
     const fs::path file = file_of(name);
@@ -130,7 +131,7 @@ PropertyStore::Reading PropertyStore::get(std::string_view name) const
 
 std::string PropertyStore::set(std::string_view name, std::string_view value) const
 {
-    if (root_.empty()) return kNoHome;
+    if (root_.empty()) return no_home_;
     if (std::string problem = name_problem(name); !problem.empty()) return problem;
     if (value.size() > kPropertyValueMax)
         return std::string(name) + ": a value has at most " + std::to_string(kPropertyValueMax) + " bytes, not " +
@@ -156,7 +157,7 @@ std::string PropertyStore::set(std::string_view name, std::string_view value) co
 
 std::string PropertyStore::unset(std::string_view name) const
 {
-    if (root_.empty()) return kNoHome;
+    if (root_.empty()) return no_home_;
     if (std::string problem = name_problem(name); !problem.empty()) return problem;
     const fs::path file = file_of(name);
     if (unlink(file.c_str()) == 0 || errno == ENOENT) return {};
@@ -165,7 +166,7 @@ std::string PropertyStore::unset(std::string_view name) const
 
 PropertyStore::Listing PropertyStore::list() const
 {
-    if (root_.empty()) return {{}, kNoHome};
+    if (root_.empty()) return {{}, no_home_};
     Listing listing;
     for (const fs::path& directory : {kept(), this_boot()}) {
         std::error_code error;

@@ -53,7 +53,8 @@ class PropertyStore {
     std::filesystem::path file_of(std::string_view name) const;
     std::string make_directories() const;
 
-    std::filesystem::path root_;  // empty: there is no home, and so nothing is stored
+    std::filesystem::path root_;                           // empty: there is no home, and so nothing is stored
+    std::string no_home_ = "no directory for properties";  // why
     std::filesystem::path boot_id_file_;
 };
 

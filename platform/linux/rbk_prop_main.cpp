@@ -1,8 +1,10 @@
 // rbk-prop: the host's properties from a shell.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "platform/linux/environment.h"
 #include "platform/linux/property_store.h"
@@ -34,6 +36,17 @@ int print_all(const PropertyStore& store)
     return end_with(listing.problem);
 }
 
+// The command line as the parser takes it, last word first. The third word is a value, never an option, though it may
+// begin with a dash: the parser is told by the "--" that people would otherwise have to think of.
+std::vector<std::string> words_of(int argc, char* argv[])
+{
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (words.size() == 3 && (words[0] == "get" || words[0] == "set") && words[1] != "--")
+        words.insert(words.begin() + 2, "--");
+    std::reverse(words.begin(), words.end());
+    return words;
+}
+
 int run(int argc, char* argv[])
 {
     CLI::App app("Reads and writes the properties of this host, which rbk asks for.", "rbk-prop");
@@ -46,7 +59,7 @@ int run(int argc, char* argv[])
     std::string value;
     CLI::App* get = app.add_subcommand("get", "print a value, or the default where there is none");
     get->add_option("NAME", name)->required();
-    get->add_option("DEFAULT", value);
+    get->add_option("DEFAULT", value, "taken for an empty value too");
     CLI::App* set = app.add_subcommand("set", "store a value");
     set->add_option("NAME", name)->required();
     set->add_option("VALUE", value)->required();
@@ -54,7 +67,7 @@ int run(int argc, char* argv[])
     unset->add_option("NAME", name)->required();
     app.add_subcommand("list", "print all, a line each: NAME=VALUE");
     try {
-        app.parse(argc, argv);
+        app.parse(words_of(argc, argv));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 1;
     }

@@ -3,6 +3,7 @@
 
 #include "support/help_text.h"
 #include "support/home.h"
+#include "support/no_threads.h"
 #include "support/program.h"
 #include "velmor_rbk_groups.h"
 
@@ -89,13 +90,31 @@ TEST_F(ShellTest, IdentityIsReadOnlyWhereATraceIsOpen)
     EXPECT_NE(out.find(", p_name: rbk\n"), std::string::npos);
 }
 
-TEST_F(ShellTest, BrokenHomeIsToldOnceAndTheCommandGoesOn)
+TEST_F(ShellTest, BadSurroundingsAreToldOnceAndTheCommandGoesOn)
 {
     write_file(home() / "file", "no directory");
-    const RunResult result = run_rbk({"13"}, {.variables = {{"RBK_HOME", home() / "file"}}});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "rbk: " + (home() / "file/properties").string() + ": Not a directory\n");
-    EXPECT_TRUE(result.out.ends_with(help_of(0)));
+    const std::string file = home() / "file";
+    const struct {
+        const char* catches;
+        Lines arguments;
+        const char* variable;
+        std::string value;
+        std::string told;
+    } rows[] = {
+        {"BrokenHomeStopsTheHelp", {"13"}, "RBK_HOME", file, file + ": Not a directory"},
+        {"BrokenHomeToldByStoreAndModem", {"4", "1", "0", "550"}, "RBK_HOME", file, file + ": Not a directory"},
+        {"ModemWithoutPath",
+         {"4", "1", "0", "550"},
+         "RBK_MODEM",
+         "unix:",
+         "RBK_MODEM: expected embedded, unix:PATH or qrtr, not \"unix:\""},
+    };
+    for (const auto& row : rows) {
+        const RunResult result = run_rbk(row.arguments, {.variables = {{row.variable, row.value}}});
+        EXPECT_EQ(result.status, 0) << row.catches;
+        EXPECT_EQ(result.err, "rbk: " + row.told + "\n") << row.catches;
+        EXPECT_TRUE(result.out.ends_with(help_of(row.arguments[0] == "13" ? 0 : 4))) << row.catches;
+    }
 }
 
 // ---- Group 8 ----
@@ -183,10 +202,24 @@ TEST_P(AtTest, OneCommand)
 
 INSTANTIATE_TEST_SUITE_P(, AtTest, testing::ValuesIn(kAtCases), [](const auto& row) { return row.param.catches; });
 
+// The group's entry in this process, as another caller than main would have it.
+std::string at_entry(const char* group, const char* command)
+{
+    char* arguments[] = {const_cast<char*>("rbk"), const_cast<char*>(group), const_cast<char*>(command), nullptr};
+    return output_of([&] { EXPECT_EQ(velmor_test_at_cmd_do(3, arguments), 0); });
+}
+
+TEST_F(ShellTest, AtEntrySendsNothingWithoutAThreadThatReceives)
+{
+    const NoThreads no_threads;
+    EXPECT_TRUE(without_line_numbers(at_entry("8", "AT"))
+                    .ends_with(std::string(kAt) + "velmor_test_at_cmd_do: Fail to create a thread\n" + help_of(8)));
+    EXPECT_EQ(calls(), Lines{});
+}
+
 TEST_F(ShellTest, AtEntryChecksTheGroupThatItIsCalledWith)
 {
-    char* arguments[] = {const_cast<char*>("rbk"), const_cast<char*>("9"), const_cast<char*>("AT"), nullptr};
-    const std::string out = output_of([&] { EXPECT_EQ(velmor_test_at_cmd_do(3, arguments), 0); });
+    const std::string out = at_entry("9", "AT");
     EXPECT_EQ(without_line_numbers(out),
               std::string(kAt) +
                   "velmor_test_at_cmd_do: note: the first parameters should be 8, Pls refer to the following cmd:\n" +

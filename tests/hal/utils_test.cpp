@@ -1,10 +1,13 @@
 // Identity, properties, workers, waits and conversions.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
+#include <cerrno>
 #include <thread>
 
 #include "support/home.h"
+#include "support/no_threads.h"
 #include "support/program.h"
 #include "velmor_rbk_test_cmn.h"
 #include "velmor_utils_cmn.h"
@@ -56,6 +59,28 @@ TEST_F(UtilsTest, NameAloneIsReportedInTheLogWithoutLOG)
     EXPECT_EQ(log(), Lines{});
 }
 
+TEST_F(UtilsTest, IdentityThatCannotBeReadHasANumberAndNoName)
+{
+    LOG(2, "opens what the log needs");
+    log();
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    const rlimit none{0, files.rlim_max};
+    velmor_pid_info info{-1, "stale"};
+    const std::string out = output_of([&] {
+        setrlimit(RLIMIT_NOFILE, &none);
+        velmor_get_current_pid_info(&info);
+        EXPECT_STREQ(velmor_get_current_pid_name(), "");
+        setrlimit(RLIMIT_NOFILE, &files);
+    });
+    const std::string number = std::to_string(getpid());
+    EXPECT_EQ(bodies_of(out), (Lines{"function entry ------------->", "proc_pid_path: /proc/" + number + "/cmdline",
+                                     "fopen fail", "p_id: " + number + ", p_name: ", "function exit <-------------"}));
+    EXPECT_EQ(log().back(), "3 fopen fail");
+    EXPECT_EQ(info.p_id, getpid());
+    EXPECT_STREQ(velmor_get_current_pid_name(), "") << "a failed attempt isn't repeated";
+}
+
 TEST_F(UtilsTest, CommandLineWithoutASlashIsTheName)
 {
     const RunResult result = run({"/bin/bash", "-c", "exec -a bench_shell " + rbk_path() + " 2"});
@@ -91,6 +116,16 @@ TEST_F(UtilsTest, ValueOfNinetyTwoCharactersIsWrittenOneOfNinetyThreeIsNot)
               Lines{"property_value len(93) is out of range(92)"});
     velmor_get_property_value("persist.x", value, "absent");
     EXPECT_EQ(value, longest);
+}
+
+TEST_F(UtilsTest, NameIsCutAtTwoHundredAndFiftyFiveCharacters)
+{
+    const std::string cut = "persist." + std::string(247, 'n');
+    char value[VELMOR_PROPERTY_SIZE];
+    velmor_set_property_value((cut + "x").c_str(), "5");
+    EXPECT_EQ(read_file(home() / "properties/kept" / cut), "5\n");
+    velmor_get_property_value((cut + "y").c_str(), value, "absent");
+    EXPECT_STREQ(value, "5");
 }
 
 TEST_F(UtilsTest, NumbersInProperties)
@@ -164,6 +199,18 @@ TEST_F(UtilsTest, WorkerWithoutABodyIsNotStarted)
               (Lines{"function entry ------------->", "pthread[VELM DIAG] will be created",
                      "p_thread_proc_cb is NULL, do nothing", "function exit <-------------"}));
     EXPECT_EQ(handle, 0u);
+}
+
+TEST_F(UtilsTest, WorkerThatCannotBeStartedHasNoHandle)
+{
+    pthread_t handle = 1;
+    const NoThreads no_threads;
+    const Lines shown = bodies_of(output_of([&] {
+        handle = velmor_create_pthread(
+            "PDC_TEST", [](void*) -> void* { return nullptr; }, nullptr);
+    }));
+    EXPECT_EQ(handle, 0u);
+    EXPECT_EQ(shown.at(2), "result = " + std::to_string(EAGAIN));
 }
 
 TEST_F(UtilsTest, WaitsSleepAsOftenAsTheySay)

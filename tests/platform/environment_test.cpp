@@ -1,8 +1,10 @@
 // Where the state is, what variables mean, and complaints.
 #include "platform/linux/environment.h"
 
+#include <cutils/properties.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <qmi_client.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -17,23 +19,48 @@ class EnvironmentTest : public HomeTest {};
 TEST_F(EnvironmentTest, StateDirectoryHasItsDefaults)
 {
     const passwd* entry = getpwuid(getuid());
-    const std::string in_database = std::string(entry != nullptr ? entry->pw_dir : "") + "/.local/state/rbk";
+    std::filesystem::path in_database;
+    if (entry != nullptr) in_database = std::string(entry->pw_dir) + "/.local/state/rbk";
     const struct {
         const char* catches;
         const char *rbk_home, *state_home, *home;
-        std::string directory;
+        std::filesystem::path directory;
     } rows[] = {{"RbkHomeIgnored", "/a", "/b", "/c", "/a"},
+                {"FileTakenForAHome", "/dev/null", "/b", "/c", ""},
                 {"StateHomeIgnored", nullptr, "/b", "/c", "/b/rbk"},
                 {"EmptyVariableTaken", "", "/b", "/c", "/b/rbk"},
                 {"RelativeStateHomeTaken", nullptr, "b", "/c", "/c/.local/state/rbk"},
                 {"HomeIgnored", nullptr, nullptr, "/c", "/c/.local/state/rbk"},
-                {"DatabaseIgnored", nullptr, nullptr, nullptr, entry != nullptr ? in_database : ""}};
+                {"DatabaseIgnored", nullptr, nullptr, nullptr, in_database}};
     for (const auto& row : rows) {
         const std::pair<const char*, const char*> variables[] = {
             {"RBK_HOME", row.rbk_home}, {"XDG_STATE_HOME", row.state_home}, {"HOME", row.home}};
         for (const auto& [name, value] : variables) value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-        EXPECT_EQ(platform::rbk_home(), row.directory) << row.catches;
+        std::string problem;
+        EXPECT_EQ(platform::rbk_home(problem), row.directory) << row.catches;
+        EXPECT_EQ(problem.empty(), !row.directory.empty()) << row.catches << problem;
     }
+}
+
+TEST_F(EnvironmentTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
+{
+    const std::filesystem::path empty = home() / "empty";
+    std::filesystem::create_directory(empty);
+    std::filesystem::current_path(empty);
+    for (const char* name : {"RBK_HOME", "XDG_STATE_HOME", "HOME"}) unsetenv(name);
+    setenv("RBK_TEST_NOBODY", "1", 1);
+    std::string problem;
+    EXPECT_EQ(platform::rbk_home(problem), "");
+
+    testing::internal::CaptureStderr();
+    char value[PROPERTY_VALUE_MAX];
+    EXPECT_EQ(property_get("persist.x", value, "otherwise"), 9);
+    EXPECT_LT(property_set("persist.x", "1"), 0);
+    constexpr qmi_idl_service_object extended{0xFFE4, 1, 1, IDL_LIBRARY_VERSION, 0, nullptr, 0};
+    uint32_t services = 0;
+    EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "rbk: " + problem + "\n");
+    EXPECT_TRUE(std::filesystem::is_empty(empty));
 }
 
 TEST_F(EnvironmentTest, UnsetAndEmptyVariablesAreMissing)

@@ -1,6 +1,7 @@
 // NV items and EFS files: limits, error numbers, and transfers in chunks.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <functional>
 #include <numeric>
@@ -287,6 +288,14 @@ TEST(State, TroubleIsOneComplaintAndMinus5)
              write_file(state / "efs/0", "x");
          },
          efs_record(kEfsRead, 0, "/any")},
+        {"FileInPlaceOfTheTemporaries",
+         [](const auto& state) {
+             std::filesystem::remove_all(state / "tmp");
+             write_file(state / "tmp", "x");
+         },
+         nv_record(kNvWrite, 0, 5, counting(3))},
+        {"ItemOfATerabyte", [](const auto& state) { std::filesystem::resize_file(state / "nv/0/550", 1ULL << 40); },
+         nv_record(kNvRead, 0, 550)},
         {"StateGone", [](const auto& state) { std::filesystem::remove_all(state); }, nv_record(kNvRead, 0, 550)},
     };
     for (const auto& row : rows) {
@@ -301,9 +310,22 @@ TEST(State, TroubleIsOneComplaintAndMinus5)
     }
 }
 
+TEST(State, WhatAKilledStartWithThisProcessNumberLeftIsPassedOver)
+{
+    const TempDir folder;
+    for (int i = 1; i < 100; ++i) {
+        std::filesystem::create_directory(folder.path() /
+                                          (".modem-" + std::to_string(::getpid()) + "-" + std::to_string(i)));
+    }
+    RunningModem modem("", folder.path() / "modem");
+    WireClient client = modem.connect();
+    Bytes read;
+    EXPECT_EQ(nv_read(client, 0, 550, read), 0);
+}
+
 TEST(State, ADirectoryThatCantBeMadeLeavesAModemWithoutMemory)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     write_file(folder.path() / "file", "x");
     for (const char* place : {"file", "file/modem"}) {
         RunningModem modem("", folder.path() / place);

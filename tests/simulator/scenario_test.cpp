@@ -12,7 +12,7 @@ namespace {
 // The message of the refusal, without the folder; empty when the scenario is taken.
 std::string refusal(std::string_view content)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     const std::filesystem::path file = folder.path() / "s.toml";
     write_file(file, content);
     try {
@@ -55,6 +55,8 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
         {"[efs]\n\"/file\" = '01'\n", "s.toml:2: /file: expected \"<sub>:<path>\""},
         {"[efs]\n\"2:/file\" = '01'\n", "s.toml:2: 2:/file: expected \"<sub>:<path>\""},
         {"[efs]\n\"0:/a/../../b\" = '01'\n", "s.toml:2: 0:/a/../../b: expected \"<sub>:<path>\""},
+        {"[efs]\n\"0:/a/b/c\" = '01'\n\"0:a//b\" = '02'\n", "s.toml:3: 0:a//b: expected the path of a file that"},
+        {"[efs]\n\"0:/policyman\" = '01'\n", "s.toml:2: 0:/policyman: expected the path of a file that neither"},
         {"[at]\nAT = 1\n", "s.toml:2: AT: expected a text"},
         {"[[indication]]\nservice = 'vs'\nmessage = 1\n", "s.toml:1: [[indication]]: expected the key bytes"},
         {"[[indication]]\nservice = 'vs'\nmessage = 65536\nbytes = ''\n", "s.toml:3: message: expected a whole number"},
@@ -104,7 +106,7 @@ TEST(Scenario, TakesTheTablesOfServicesThatThisModemLacks)
 
 TEST(Scenario, ContentGoesIntoAFreshStateAloneOverTheBuiltInRows)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     const std::string scenario =
         "[nv]\n\"0/550\" = '08 3a\tFF'\n\"1/1\" = ''\n[efs]\n\"1:/deep/er\" = { fill = 0xAB, size = 5000 }\n";
     {

@@ -2,6 +2,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,64 +12,14 @@
 #include <set>
 
 #include "simulator/embedded.h"
+#include "support/modem_process.h"
 #include "support/program.h"
 #include "wire_client.h"
 
 namespace rbk::sim {
 namespace {
 
-// rbk-modem in a process of its own, its output in files.
-class Server {
- public:
-    Server(const std::filesystem::path& folder, std::vector<std::string> arguments)
-    {
-        arguments.insert(arguments.begin(), test::bin_path("rbk-modem"));
-        std::vector<char*> words;
-        for (std::string& argument : arguments) words.push_back(argument.data());
-        words.push_back(nullptr);
-        int ready[2];
-        EXPECT_EQ(::pipe2(ready, O_CLOEXEC), 0);
-        errors_ = folder / "errors";
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::dup2(ready[1], STDOUT_FILENO);
-            ::dup2(::open(errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
-            ::execv(words[0], words.data());
-            ::_exit(127);
-        }
-        ::close(ready[1]);
-        char word[7] = {};
-        for (std::size_t got = 0; got < 6;) {
-            const ssize_t size = ::read(ready[0], word + got, 6 - got);
-            if (size <= 0) break;
-            got += static_cast<std::size_t>(size);
-        }
-        is_ready = word == std::string("ready\n");
-        ::close(ready[0]);
-    }
-    ~Server() { end(SIGKILL); }
-
-    // The exit status, -1 after a kill.
-    int end(int signal)
-    {
-        if (pid_ <= 0) return -1;
-        int status = 0;
-        if (signal != 0) ::kill(pid_, signal);
-        ::waitpid(pid_, &status, 0);
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    std::string errors() const
-    {
-        const Bytes bytes = read_file(errors_);
-        return {bytes.begin(), bytes.end()};
-    }
-    bool is_ready = false;
-
- private:
-    pid_t pid_ = -1;
-    std::filesystem::path errors_;
-};
+using test::ModemProcess;
 
 WireClient connect(const std::string& path)
 {
@@ -79,14 +31,8 @@ WireClient connect(const std::string& path)
 
 class ServerTest : public testing::Test {
  protected:
-    std::vector<std::string> arguments(std::vector<std::string> more = {}) const
-    {
-        more.insert(more.begin(), {"--listen", "unix:" + socket_, "--state", state_});
-        return more;
-    }
-    TemporaryFolder folder_;
-    std::string socket_ = (folder_.path() / "socket").string();
-    std::string state_ = (folder_.path() / "state").string();
+    TempDir folder_;
+    std::string socket_ = (folder_.path() / "modem.sock").string();
 };
 
 TEST_F(ServerTest, EndsOnASignalWithoutItsSocketAndNamesUnmatchedRules)
@@ -94,8 +40,7 @@ TEST_F(ServerTest, EndsOnASignalWithoutItsSocketAndNamesUnmatchedRules)
     const std::string scenario = (folder_.path() / "s.toml").string();
     write_file(scenario, "[[fault]]\nservice = 'extended'\nmessage = 3\naction = 'silent'\n");
     for (const int signal : {SIGTERM, SIGINT}) {
-        Server server(folder_.path(), arguments({"--scenario", scenario}));
-        ASSERT_TRUE(server.is_ready) << server.errors();
+        ModemProcess server(folder_.path(), {"--scenario", scenario});
         EXPECT_EQ(connect(socket_).envelope(0, Bytes{1}).data_len, 1u);
         EXPECT_EQ(server.end(signal), 0);
         EXPECT_EQ(server.errors(), "rbk-modem: " + scenario + ":1: the fault rule for extended never matched\n");
@@ -105,62 +50,70 @@ TEST_F(ServerTest, EndsOnASignalWithoutItsSocketAndNamesUnmatchedRules)
 
 TEST_F(ServerTest, TakesOverADeadSocketAndRefusesALivingOne)
 {
-    Server first(folder_.path(), arguments());
-    ASSERT_TRUE(first.is_ready);
-    Server second(folder_.path(), arguments());
-    EXPECT_FALSE(second.is_ready);
-    EXPECT_EQ(second.end(0), 1);
-    EXPECT_EQ(second.errors(), "rbk-modem: " + socket_ + ": a server listens there already\n");
+    ModemProcess first(folder_.path());
+    const test::RunResult second = test::run({test::bin_path("rbk-modem"), "--listen", first.address()});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.err, "rbk-modem: " + socket_ + ": a server listens there already\n");
     EXPECT_EQ(connect(socket_).envelope(0, Bytes{1}).data_len, 1u) << "the refused one has removed the socket";
     first.end(SIGKILL);
     EXPECT_TRUE(std::filesystem::exists(socket_));
-    Server third(folder_.path(), arguments());
-    EXPECT_TRUE(third.is_ready) << third.errors();
+    ModemProcess third(folder_.path());
 }
 
 TEST_F(ServerTest, StartsOfManyLeaveOneServer)
 {
-    Server(folder_.path(), arguments()).end(SIGKILL);
-    std::vector<std::unique_ptr<Server>> servers(8);
+    ModemProcess(folder_.path()).end(SIGKILL);
+    std::vector<std::unique_ptr<ModemProcess>> servers(8);
     std::vector<std::thread> starts;
-    for (std::size_t i = 0; i < servers.size(); ++i) {
-        std::filesystem::create_directory(folder_.path() / std::to_string(i));
-        starts.emplace_back(
-            [&, i] { servers[i] = std::make_unique<Server>(folder_.path() / std::to_string(i), arguments()); });
+    for (auto& server : servers) {
+        starts.emplace_back([&] {
+            server = std::make_unique<ModemProcess>(folder_.path(), std::vector<std::string>{},
+                                                    ModemProcess::Start::may_fail);
+        });
     }
     for (std::thread& start : starts) start.join();
-    EXPECT_EQ(std::count_if(servers.begin(), servers.end(), [](const auto& server) { return server->is_ready; }), 1);
+    EXPECT_EQ(std::count_if(servers.begin(), servers.end(), [](const auto& server) { return server->is_ready(); }), 1);
     EXPECT_EQ(connect(socket_).envelope(0, Bytes{1}).data_len, 1u);
 }
 
 TEST_F(ServerTest, RefusesWhatItCantServe)
 {
-    write_file(folder_.path() / "bad.toml", "[nv]\n\"0/1\" = 'x'\n");
-    write_file(folder_.path() / "file", "precious");
-    const std::string bad = (folder_.path() / "bad.toml").string();
-    const std::string file = (folder_.path() / "file").string();
+    const auto in_folder = [&](const char* name) { return (folder_.path() / name).string(); };
+    const std::string bad = in_folder("bad.toml");
+    const std::string file = in_folder("file");
+    const std::string stream = in_folder("stream");
+    const std::string state = in_folder("state");
+    write_file(bad, "[nv]\n\"0/1\" = 'x'\n");
+    write_file(file, "precious");
+    sockaddr_un address{AF_UNIX, {}};
+    stream.copy(address.sun_path, sizeof address.sun_path - 1);
+    const Fd other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(other.get(), 1), 0);
     struct {
         const char* catches;
         std::vector<std::string> arguments;
         std::string says;
     } const rows[] = {
-        {"BadScenario", arguments({"--scenario", bad}), bad + ":2: 0/1: expected hex bytes"},
-        {"FileAsSocket", {"--listen", "unix:" + file, "--state", state_}, file + ": something that isn't a socket"},
-        {"FileAsTerminal", arguments({"--at", file}), file + ": "},
+        {"BadScenario", {"--listen", "unix:" + socket_, "--scenario", bad}, bad + ":2: 0/1: expected hex bytes"},
+        {"FileAsSocket", {"--listen", "unix:" + file}, file + ": something that isn't a socket"},
+        {"AnotherKindOfServer", {"--listen", "unix:" + stream}, stream + ": a server listens there already"},
+        {"FileAsTerminal", {"--listen", "unix:" + socket_, "--at", file}, file + ": "},
         {"NoFolder", {"--listen", "unix:/nonexistent/socket"}, "/nonexistent/socket: No such file"},
         {"PathTooLong", {"--listen", "unix:/" + std::string(200, 'x')}, "a socket's path has 1 to 107 bytes"},
         {"NoScheme", {"--listen", socket_}, "expected unix:PATH"},
-        {"NoListen", {"--state", state_}, "--listen is required"},
-        {"UnknownOption", arguments({"--colour"}), "--colour"},
+        {"NoListen", {}, "--listen is required"},
+        {"UnknownOption", {"--listen", "unix:" + socket_, "--colour"}, "--colour"},
     };
     for (const auto& row : rows) {
-        Server server(folder_.path(), row.arguments);
-        EXPECT_FALSE(server.is_ready) << row.catches;
-        EXPECT_EQ(server.end(0), 1) << row.catches;
-        EXPECT_NE(server.errors().find(row.says), std::string::npos) << row.catches << server.errors();
+        std::vector<std::string> command{test::bin_path("rbk-modem"), "--state", state};
+        command.insert(command.end(), row.arguments.begin(), row.arguments.end());
+        const test::RunResult result = test::run(command);
+        EXPECT_EQ(result.status, 1) << row.catches;
+        EXPECT_NE(result.err.find(row.says), std::string::npos) << row.catches << result.err;
     }
     EXPECT_EQ(read_file(file).size(), 8u);
-    EXPECT_FALSE(std::filesystem::exists(state_ + "/nv")) << "a refused start has touched the state";
+    EXPECT_FALSE(std::filesystem::exists(state)) << "a refused start has touched the state";
 }
 
 TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
@@ -169,8 +122,7 @@ TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
     const auto content = [](int round) { return Bytes(400, static_cast<std::uint8_t>(1 + round % 250)); };
     int round = 0;
     for (int life = 0; life < 8; ++life) {
-        Server server(folder_.path(), arguments());
-        ASSERT_TRUE(server.is_ready) << server.errors();
+        ModemProcess server(folder_.path());
         WireClient client = connect(socket_);
         std::atomic<int> acknowledged = round;
         std::thread writer([&] {
@@ -186,7 +138,7 @@ TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
         std::this_thread::sleep_for(std::chrono::milliseconds(7 * life));
         server.end(SIGKILL);
         writer.join();
-        const Bytes stored = read_file(state_ + "/nv/0/77");
+        const Bytes stored = read_file(folder_.path() / "modem/nv/0/77");
         ASSERT_EQ(stored.size(), 400u);
         EXPECT_EQ(std::set<std::uint8_t>(stored.begin(), stored.end()).size(), 1u) << "torn";
         EXPECT_TRUE(stored == content(acknowledged) || stored == content(acknowledged + 1)) << "lost";
@@ -200,8 +152,7 @@ TEST_F(ServerTest, TheTerminalAnswersOpenersThatComeAndGo)
     write_file(scenario, "[at]\n\"AT+CSQ\" = \"+CSQ: 20\\nOK\"\n");
     const std::string path = (folder_.path() / "smd").string();
     std::filesystem::create_symlink("/dev/pts/gone", path);  // what a killed server leaves
-    Server server(folder_.path(), arguments({"--scenario", scenario, "--at", path}));
-    ASSERT_TRUE(server.is_ready) << server.errors();
+    ModemProcess server(folder_.path(), {"--scenario", scenario, "--at", path});
     struct {
         std::string written;
         std::string answer;
@@ -231,7 +182,7 @@ TEST_F(ServerTest, TheTerminalAnswersOpenersThatComeAndGo)
 
 TEST(Embedded, ServesItsOneClientAndLeavesItsState)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     std::vector<std::string> complaints;
     link::LinkSocket socket;
     auto modem = start_embedded_modem({folder.path() / "state", std::nullopt}, socket, complaints);
@@ -247,7 +198,7 @@ TEST(Embedded, ServesItsOneClientAndLeavesItsState)
 
 TEST(Embedded, ABadScenarioIsToldAndLeavesAModemWithoutServices)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     write_file(folder.path() / "s.toml", "[modem]\nx = 1\n");
     std::vector<std::string> complaints;
     link::LinkSocket socket;
@@ -260,7 +211,7 @@ TEST(Embedded, ABadScenarioIsToldAndLeavesAModemWithoutServices)
 
 TEST(Embedded, ManyAtOnceOnAFreshDirectoryFindItWhole)
 {
-    const TemporaryFolder folder;
+    const TempDir folder;
     for (int round = 0; round < 5; ++round) {
         const std::filesystem::path state = folder.path() / std::to_string(round);
         std::vector<pid_t> children;

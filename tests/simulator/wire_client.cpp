@@ -2,38 +2,15 @@
 
 #include <poll.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <algorithm>
 
 namespace rbk::sim {
 
-// ---- Files ----
-
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "rbk-sim-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) ADD_FAILURE() << name << ": no temporary folder";
-    path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
 Bytes read_file(const std::filesystem::path& file)
 {
-    std::ifstream stream(file, std::ios::binary);
-    EXPECT_TRUE(stream.is_open()) << file;
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-void write_file(const std::filesystem::path& file, std::string_view content)
-{
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << content;
+    EXPECT_TRUE(std::filesystem::exists(file)) << file;
+    const std::string content = test::read_file(file);
+    return {content.begin(), content.end()};
 }
 
 // ---- The client's end ----

@@ -13,22 +13,15 @@
 #include "platform/link/link_socket.h"
 #include "simulator/listener.h"
 #include "simulator/modem.h"
+#include "support/home.h"
 
 namespace rbk::sim {
 
-// A directory that goes with the test.
-class TemporaryFolder {
- public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    const std::filesystem::path& path() const { return path_; }
+using test::TempDir;
+using test::write_file;
 
- private:
-    std::filesystem::path path_;
-};
-
+// The bytes of a file; one that isn't there fails the test.
 Bytes read_file(const std::filesystem::path& file);
-void write_file(const std::filesystem::path& file, std::string_view content);
 
 // What came over the link: a message, or the router's words.
 struct Received {
@@ -123,7 +116,7 @@ class RunningModem {
     std::vector<std::string> complaints;  // to be read after stop()
 
  private:
-    TemporaryFolder folder_;
+    TempDir folder_;
     std::filesystem::path state_;
     std::optional<Complaints> sink_;
     std::optional<Modem> modem_;

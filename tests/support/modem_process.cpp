@@ -1,23 +1,26 @@
 #include "support/modem_process.h"
 
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <iostream>
 #include <system_error>
 
+#include "support/home.h"
 #include "support/program.h"
 
 extern char** environ;
 
 namespace rbk::test {
 
-ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<std::string>& more_arguments)
-    : address_("unix:" + (home / "modem.sock").string())
+ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<std::string>& more_arguments,
+                           Start start)
+    : address_("unix:" + (home / "modem.sock").string()), errors_(home / "modem.errors")
 {
     std::vector<std::string> command{bin_path("rbk-modem"), "--listen", address_, "--state", (home / "modem").string()};
     command.insert(command.end(), more_arguments.begin(), more_arguments.end());
@@ -30,18 +33,27 @@ ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND,
+                                     0600);
     const int failed = ::posix_spawn(&pid_, arguments[0], &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     ::close(out[1]);
     char said[64] = {};
     const ssize_t got = failed != 0 ? 0 : ::read(out[0], said, sizeof said - 1);
     ::close(out[0]);
-    if (got <= 0 || std::string(said) != "ready\n") ADD_FAILURE() << "rbk-modem did not come up: " << said;
+    is_ready_ = got > 0 && std::string(said) == "ready\n";
+    if (!is_ready_ && start == Start::succeeds) ADD_FAILURE() << "rbk-modem did not come up: " << said << errors();
 }
 
 ModemProcess::~ModemProcess()
 {
     if (pid_ > 0) end(SIGKILL);
+    if (testing::Test::HasFailure()) std::cerr << errors();  // what a sanitizer has found goes with the folder
+}
+
+std::string ModemProcess::errors() const
+{
+    return read_file(errors_);
 }
 
 int ModemProcess::end(int signal)

@@ -35,8 +35,8 @@ static void *velmor_test_at_cmd_receive(void *argument)
         const ssize_t rsp_len = read(g_at_serial_fd, g_at_rsp_buf, sizeof g_at_rsp_buf - 1);
         if (rsp_len > 0) {
             g_at_rsp_buf[rsp_len] = 0;
-            LOG(2, "Receive the AT reponse: len(%d)", (int)rsp_len);
-            LOG(2, "%s", (const char *)g_at_rsp_buf);
+            LOG(2, "Receive the AT reponse: len(%d)", static_cast<int>(rsp_len));
+            LOG(2, "%s", reinterpret_cast<const char *>(g_at_rsp_buf));
         } else {
             LOG(1, "Failed to receive bytes from server");
         }
@@ -88,7 +88,7 @@ int velmor_test_at_cmd_do(int argc, char *argv[])
         char      command[AT_CMD_SIZE] = {};
         const int scanned = sscanf(argv[2], "%104s\r", command);  // up to the first blank
         command[AT_CMD_LEN_MAX] = 0;
-        LOG(2, "At cmd you input: sscanf(%d), len (%d), %s", scanned, (int)strlen(command), command);
+        LOG(2, "At cmd you input: sscanf(%d), len (%d), %s", scanned, static_cast<int>(strlen(command)), command);
 
         LOG(2, "Will create a thread to receive data from serial");
         pthread_t receiver;

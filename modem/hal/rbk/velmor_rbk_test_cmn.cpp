@@ -39,10 +39,10 @@ int32_t velmor_hex_string_to_int(const char *text)
     // 0x8FFFFFFE. People's scripts count on what came out so far, so both stay.
     uint32_t sum = 0;
     for (size_t i = 0; i < digit_count; i++) {
-        const double product = ldexp(hex_digit(text[i]), 4 * (int)(digit_count - 1 - i));
-        sum += product < INT32_MAX ? (uint32_t)product : (uint32_t)INT32_MAX;
+        const double product = ldexp(hex_digit(text[i]), 4 * static_cast<int>(digit_count - 1 - i));
+        sum += static_cast<uint32_t>(product < INT32_MAX ? product : INT32_MAX);
     }
-    return (int32_t)sum;
+    return static_cast<int32_t>(sum);
 }
 
 int32_t velmor_string_to_int(const char *text)

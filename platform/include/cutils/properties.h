@@ -6,7 +6,7 @@
 extern "C" {
 #endif
 
-#define PROPERTY_VALUE_MAX 256   /* room for any value and its terminator, bytes */
+#define PROPERTY_VALUE_MAX 256 /* room for any value and its terminator, bytes */
 
 /* Reads a property.
  *   key            its name

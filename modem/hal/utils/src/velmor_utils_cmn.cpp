@@ -18,6 +18,13 @@
 #define PROPERTY_LEN_MAX  92       // characters of a value that is written
 #define MASK_DEFAULT      "65535"  // 0xffff: every level
 
+/* The last component of a path; the whole text, and so `path` itself, when it holds no slash. */
+static const char *behind_last_slash(const char *path)
+{
+    const char *slash = strrchr(path, '/');
+    return slash != nullptr ? slash + 1 : path;
+}
+
 // ---- Messages ----
 
 std::atomic<uint32_t> g_velmor_logcat_print_mask{0xffff};
@@ -40,7 +47,7 @@ const char *velmor_log_instance_text()
     if (instance_id == INSTANCE_NAMED) {
         snprintf(text, sizeof text, "[%s]", velmor_get_current_pid_name());
     } else {
-        snprintf(text, sizeof text, "SUB[%d]", (int)instance_id);
+        snprintf(text, sizeof text, "SUB[%d]", static_cast<int>(instance_id));
     }
     return text;
 }
@@ -66,7 +73,7 @@ static uint32_t mask_property(const char *name)
 {
     char value[VELMOR_PROPERTY_SIZE] = {};
     property_get(name, value, MASK_DEFAULT);
-    return (uint32_t)atoi(value);
+    return static_cast<uint32_t>(atoi(value));
 }
 
 // The merged flag goes first, so that what is reported from within doesn't come back here. Another thread may then meet
@@ -167,9 +174,8 @@ void velmor_get_current_pid_info(velmor_pid_info *p_pid_info)
         LOG(1, "fgets fail");
     } else {
         LOG(4, "proc_pid_buf: %s", proc_pid_buf);
-        const char *slash = strrchr(proc_pid_buf, '/');
-        const char *str_pid_name = slash != nullptr ? slash + 1 : proc_pid_buf;
-        if (slash == nullptr) LOG(4, "proc_pid_buf should be name");
+        const char *str_pid_name = behind_last_slash(proc_pid_buf);
+        if (str_pid_name == proc_pid_buf) LOG(4, "proc_pid_buf should be name");
         snprintf(p_pid_info->p_name, sizeof p_pid_info->p_name, "%s", str_pid_name);
         LOG(4, "str_pid_name: %s", str_pid_name);
         LOG(4, "p_pid_info->p_name: %s", p_pid_info->p_name);
@@ -187,7 +193,7 @@ const char *velmor_get_current_pid_name()
 
     char proc_pid_path[64];
     char proc_pid_buf[CMDLINE_SIZE];
-    snprintf(proc_pid_path, sizeof proc_pid_path, "/proc/%d/cmdline", (int)getpid());
+    snprintf(proc_pid_path, sizeof proc_pid_path, "/proc/%d/cmdline", static_cast<int>(getpid()));
     const cmdline_result result = cmdline_read(proc_pid_path, proc_pid_buf);
     if (result == CMDLINE_NOT_OPENED) {
         velmor_utils_syslog_err("fopen fail");
@@ -198,9 +204,9 @@ const char *velmor_get_current_pid_name()
         return g_pid_info.p_name;
     }
     velmor_utils_syslog_dbg("velmor_get_current_pid_name, proc_pid_buf = %s", proc_pid_buf);
-    const char *slash = strrchr(proc_pid_buf, '/');
-    const char *str_pid_name = slash != nullptr ? slash + 1 : proc_pid_buf;
-    if (slash == nullptr) velmor_utils_syslog_err("velmor_get_current_pid_name, proc_pid_buf should be name");
+    const char *str_pid_name = behind_last_slash(proc_pid_buf);
+    if (str_pid_name == proc_pid_buf)
+        velmor_utils_syslog_err("velmor_get_current_pid_name, proc_pid_buf should be name");
     snprintf(g_pid_info.p_name, sizeof g_pid_info.p_name, "%s", str_pid_name);
     velmor_utils_syslog_dbg("velmor_get_current_pid_name, str_pid_name: %s", str_pid_name);
     velmor_utils_syslog_dbg("velmor_get_current_pid_name, g_pid_info.p_name = %s", g_pid_info.p_name);
@@ -301,7 +307,7 @@ void velmor_set_property_value(const char *name, const char *value)
     }
     const size_t value_len = strlen(value);
     if (value_len > PROPERTY_LEN_MAX) {
-        LOG(1, "property_value len(%u) is out of range(%d)", (unsigned)value_len, PROPERTY_LEN_MAX);
+        LOG(1, "property_value len(%u) is out of range(%d)", static_cast<unsigned>(value_len), PROPERTY_LEN_MAX);
         return;
     }
     char cut_name[VELMOR_PROPERTY_SIZE];
@@ -371,7 +377,7 @@ int32_t velmor_modem_wait_s(int32_t wait_s)
         LOG(4, "will not wait");
     } else {
         LOG(4, "wait-start(%ds) ...", wait_s);
-        sleep((unsigned)wait_s);
+        sleep(static_cast<unsigned>(wait_s));
         LOG(4, "wait-end(%ds)", wait_s);
     }
     return wait_s;
@@ -393,7 +399,7 @@ int32_t velmor_get_hex_str(char *hex_str, int32_t len_max, const uint8_t *ptr_da
         LOG(1, "ptr_data is null");
         return 0;
     }
-    memset(hex_str, 0, (size_t)len_max);
+    memset(hex_str, 0, static_cast<size_t>(len_max));
     int32_t text_len = 0;
     for (int32_t i = 0; i < data_len && text_len + 4 < len_max; i++) {
         text_len += snprintf(hex_str + text_len, 4, " %02X", ptr_data[i]);
@@ -445,7 +451,7 @@ const char *velmor_get_device_type_string_ex(uint32_t index)
 {
     static char text[201];
     if (index >= VELMOR_DEVICE_STATE_COUNT) return nullptr;
-    snprintf(text, sizeof text, "[%d]%s", (int)index, g_device_states[index]);
+    snprintf(text, sizeof text, "[%d]%s", static_cast<int>(index), g_device_states[index]);
     return text;
 }
 
@@ -466,10 +472,9 @@ void *qcril_malloc_adv(size_t size, const char *file, int line, const char *func
 {
     void *block = calloc(1, size);
     if (block == nullptr) {
-        const char *slash = strrchr(file, '/');
-        qti::ril::logger::Logger::log(
-            LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: Fail to allocate memory", slash != nullptr ? slash + 1 : file,
-            line, qti::ril::logger::qcril_get_thread_name(), (long)getpid(), (long)syscall(SYS_gettid), function);
+        qti::ril::logger::Logger::log(LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: Fail to allocate memory",
+                                      behind_last_slash(file), line, qti::ril::logger::qcril_get_thread_name(),
+                                      static_cast<long>(getpid()), static_cast<long>(syscall(SYS_gettid)), function);
     }
     return block;
 }

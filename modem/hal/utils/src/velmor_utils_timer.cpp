@@ -26,7 +26,7 @@ static tcbinfo                 *g_timer_list;        // all timers that haven't 
 
 static unsigned timer_handle_number(timer_t sys_timerid)
 {
-    return (unsigned)(uintptr_t)sys_timerid;
+    return static_cast<unsigned>(reinterpret_cast<uintptr_t>(sys_timerid));
 }
 
 /* Creates and arms the system's timer under a new number, and fills the node with them. The number stays used when
@@ -40,7 +40,7 @@ static uint32_t velmor_sys_timer_create(tcbinfo *tcb, velmor_timer_callback call
 
     sigevent event = {};
     event.sigev_notify = SIGEV_THREAD;
-    event.sigev_value.sival_int = (int)timer_id;
+    event.sigev_value.sival_int = static_cast<int>(timer_id);
     event.sigev_notify_function = callback;
     timer_t sys_timerid = {};
     if (timer_create(CLOCK_REALTIME, &event, &sys_timerid) != 0) {
@@ -49,7 +49,7 @@ static uint32_t velmor_sys_timer_create(tcbinfo *tcb, velmor_timer_callback call
     }
 
     itimerspec due = {};
-    due.it_value.tv_sec = (time_t)timeout_s;
+    due.it_value.tv_sec = static_cast<time_t>(timeout_s);
     due.it_value.tv_nsec = timeout_s == 0 ? 1 : 0;  // all zero would disarm it: at once instead
     if (timer_settime(sys_timerid, 0, &due, nullptr) != 0) {
         LOG(1, "fail to timer_settime, sys_timerid = 0x%x", timer_handle_number(sys_timerid));
@@ -64,7 +64,7 @@ static uint32_t velmor_sys_timer_create(tcbinfo *tcb, velmor_timer_callback call
 
 static uint32_t velmor_timer_start_do(velmor_timer_callback callback, unsigned long timeout_s)
 {
-    tcbinfo *tcb = (tcbinfo *)qcril_malloc_adv(sizeof(tcbinfo));
+    tcbinfo *tcb = static_cast<tcbinfo *>(qcril_malloc_adv(sizeof(tcbinfo)));
     if (tcb == nullptr) {
         LOG(1, "Failed to allocate memory for tcbinfo");
         return 0;
@@ -121,7 +121,7 @@ uint32_t velmor_timer_stop(uint32_t timer_id)
     if (timer_settime(tcb->sys_timerid, 0, &never, nullptr) != 0) {
         LOG(1, "fail to timer_settime, sys_timerid = 0x%x", timer_handle_number(tcb->sys_timerid));
     }
-    LOG(4, "Cancel timer with ID %u, timeout_s = %lu", tcb->timer_id, (unsigned long)tcb->timeout_s);
+    LOG(4, "Cancel timer with ID %u, timeout_s = %lu", tcb->timer_id, static_cast<unsigned long>(tcb->timeout_s));
     qcril_free_adv(tcb, __func__, __LINE__);
     return 1;
 }
