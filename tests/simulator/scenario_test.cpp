@@ -99,7 +99,7 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
 TEST(Scenario, TakesTheTablesOfServicesThatThisModemLacks)
 {
     EXPECT_EQ(refusal("[modem]\nservices = ['extended', 'vs', 'nas', 'uim', 'sar', 'pdc', 'diag']\n"
-                      "[stats.sub0]\n82 = 'AA'\n[[card]]\nstate = 'absent'\n[pdc]\nx = 1\n[pdc.sub0]\n[[pdc.config]]\n"
+                      "[stats.sub0]\n82 = 'AA'\n[[card]]\nstate = 'absent'\n"
                       "[sar]\n[nas]\n[diag]\n[[diag.stream]]\n[debug_info]\n"),
               "");
 }
