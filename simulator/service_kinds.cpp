@@ -5,6 +5,7 @@
 #include "simulator/diag_service.h"
 #include "simulator/extended_service.h"
 #include "simulator/nas_service.h"
+#include "simulator/pdc_service.h"
 #include "simulator/sar_service.h"
 #include "simulator/uim_service.h"
 #include "simulator/vs_service.h"
@@ -18,7 +19,7 @@ constexpr ServiceKind kServiceKinds[] = {
     {"nas", {"nas"}, read_nas_settings, make_nas_service},
     {"uim", {"card"}, read_card_settings, make_uim_service},
     {"sar", {"sar"}, read_sar_settings, make_sar_service},
-    {"pdc", {"pdc"}, nullptr, nullptr},
+    {"pdc", {"pdc"}, read_pdc_settings, make_pdc_service},
     {"diag", {"diag"}, read_diag_settings, make_diag_service},
 };
 

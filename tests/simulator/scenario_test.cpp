@@ -113,14 +113,6 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
     EXPECT_THROW(read_scenario("/"), ScenarioError);
 }
 
-TEST(Scenario, TakesTheTablesOfServicesThatThisModemLacks)
-{
-    EXPECT_EQ(refusal("[modem]\nservices = ['extended', 'vs', 'nas', 'uim', 'sar', 'pdc', 'diag']\n"
-                      "[stats.sub0]\n82 = 'AA'\n[[card]]\nstate = 'absent'\n[pdc]\nx = 1\n[pdc.sub0]\n[[pdc.config]]\n"
-                      "[sar]\n[nas]\n[diag]\n[debug_info]\n"),
-              "");
-}
-
 TEST(Scenario, ContentGoesIntoAFreshStateAloneOverTheBuiltInRows)
 {
     const TempDir folder;

@@ -33,6 +33,7 @@ int velmor_test_at_cmd_do(int argc, char *argv[]);
 int velmor_test_qmi_modem_stats_do(int argc, char *argv[]);
 int velmor_smart_test_do(int argc, char *argv[]);
 int velmor_test_qmi_do(int argc, char *argv[]);
+int velmor_test_mbn_do(int argc, char *argv[]);
 
 /* Help of a group: prints when `group` is RBK_GROUP_ALL or its own. The names of the two statistics groups cross over:
  * velmor_test_modem_stats_show_help belongs to RBK_GROUP_STATS_QMI, and velmor_test_modem_stats_do to RBK_GROUP_STATS. */
