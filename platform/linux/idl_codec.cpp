@@ -190,6 +190,7 @@ template <Walk walk>
 bool take_message(const idl_message& message, ByteView tlvs, std::uint8_t* structure)
 {
     std::uint64_t seen = 0;
+    static_assert(IDL_ROWS_MAX <= 64);
     std::uint32_t next_row = 0;  // TLVs mostly come in the order of the rows
     while (!tlvs.empty()) {
         if (tlvs.size() < 3) return false;

@@ -66,6 +66,15 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
         {"[efs]\n\"0:/a/b/c\" = '01'\n\"0:a//b\" = '02'\n", "s.toml:3: 0:a//b: expected the path of a file that"},
         {"[efs]\n\"0:/policyman\" = '01'\n", "s.toml:2: 0:/policyman: expected the path of a file that neither"},
         {"[at]\nAT = 1\n", "s.toml:2: AT: expected a text"},
+        {"[diag]\nmask = 1\n", "s.toml:2: unknown key mask in [diag]: expected remote_mask, mpss_up, response, stream"},
+        {"[[diag.stream]]\nkind = 'logs'\nbytes = ''\nevery_ms = 5\n", "s.toml:2: kind: expected log or event"},
+        {"[[diag.stream]]\nkind = 'log'\nbytes = ''\nevery_ms = 0\n",
+         "s.toml:4: every_ms: expected a whole number from 1"},
+        {"[[diag.response]]\nrequest = '7C'\npackets = [ { size = 1 } ]\n", "s.toml:3: packets: expected the key fill"},
+        {"[sar]\ndsi = 21\n", "s.toml:2: dsi: expected a whole number from 0 to 20"},
+        {"[nas]\nnetworks = [ { mcc = 262 } ]\n", "s.toml:2: networks: expected the key mnc"},
+        {"[[indication]]\nservice = 'diag'\nmessage = 1\nbytes = ''\n",
+         "s.toml:1: [[indication]]: expected a service of QMI"},
         {"[[indication]]\nservice = 'vs'\nmessage = 1\n", "s.toml:1: [[indication]]: expected the key bytes"},
         {"[[indication]]\nservice = 'vs'\nmessage = 65536\nbytes = ''\n", "s.toml:3: message: expected a whole number"},
         {"[[indication]]\nservice = 'vs'\nmessage = 1\nbytes = ''\nevery_ms = 0\n",
@@ -102,14 +111,6 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
     EXPECT_NE(refusal(std::string_view("[\0s]\n", 5)), "") << "a failed assertion of the parser";
     EXPECT_THROW(read_scenario("/nonexistent/scenario.toml"), ScenarioError);
     EXPECT_THROW(read_scenario("/"), ScenarioError);
-}
-
-TEST(Scenario, TakesTheTablesOfServicesThatThisModemLacks)
-{
-    EXPECT_EQ(refusal("[modem]\nservices = ['extended', 'vs', 'nas', 'uim', 'sar', 'pdc', 'diag']\n"
-                      "[stats.sub0]\n82 = 'AA'\n[[card]]\nstate = 'absent'\n[pdc]\nx = 1\n[pdc.sub0]\n[[pdc.config]]\n"
-                      "[sar]\n[nas]\n[diag]\n[[diag.stream]]\n[debug_info]\n"),
-              "");
 }
 
 TEST(Scenario, ContentGoesIntoAFreshStateAloneOverTheBuiltInRows)
