@@ -13,6 +13,7 @@
 #include "bench/home.h"
 #include "bench/ratios.h"
 #include "platform/link/link_socket.h"
+#include "velmor_diag_send.h"
 #include "velmor_extend_api.h"
 #include "velmor_extend_nvefs.h"
 #include "velmor_mbn_utils.h"
@@ -160,6 +161,20 @@ void efs_write_102410(benchmark::State& state)
 }
 BENCHMARK(efs_write_102410)->UseRealTime();
 
+// From the start of the library to its stop; the wait thread that each request leaves behind sleeps 100 ms beside it.
+void diag_by_callback(benchmark::State& state)
+{
+    use_modem();
+    const uint8_t request[] = {0x7C};
+    for (auto _ : state) {
+        uint8_t reply[64];
+        int32_t reply_len = sizeof reply;
+        if (velmor_diag_cmd_send_with_result_by_callback_mode(request, sizeof request, 3000, reply, &reply_len) != 0)
+            state.SkipWithError("the diag request failed");
+    }
+}
+BENCHMARK(diag_by_callback)->UseRealTime();
+
 void reactivation(benchmark::State& state)
 {
     use_modem();
@@ -174,5 +189,7 @@ const AddRatio envelope_row({"an envelope over unix: / a bare round trip of its 
                              "bare_round_trip", 2});
 const AddRatio efs_row({"an EFS write of 102410 bytes over unix: / its 248 bare round trips", "efs_write_102410",
                         "bare_round_trips_248", 2});
+const AddRatio diag_row({"a diag request in callback mode over unix: / a bare round trip", "diag_by_callback",
+                         "bare_round_trip", 10});
 
 }  // namespace

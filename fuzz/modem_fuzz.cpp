@@ -20,7 +20,7 @@ struct Bench {
         std::vector<std::string> complaints;
         modem = sim::start_embedded_modem({folder, std::nullopt}, client, complaints);
         if (modem == nullptr || !complaints.empty()) std::abort();
-        service = drain();
+        services = drain();
     }
 
     ~Bench()
@@ -31,11 +31,11 @@ struct Bench {
     Bench(const Bench&) = delete;
     Bench& operator=(const Bench&) = delete;
 
-    // Asks for all services and takes what has come, up to the row that ends the answer; the last server's address.
-    link::Address drain()
+    // Asks for all services and takes what has come, up to the row that ends the answer; the servers' addresses.
+    std::vector<link::Address> drain()
     {
         client.send(router, link::pack_control({QRTR_TYPE_NEW_LOOKUP, 0, 0, {}}), {}, true);
-        link::Address last;
+        std::vector<link::Address> found;
         while (true) {
             bool closed = false;
             pollfd ready{client.fd(), POLLIN, 0};
@@ -45,8 +45,8 @@ struct Bench {
             if (!datagram || datagram->peer.port != QRTR_PORT_CTRL) continue;
             const auto packet = link::parse_control(datagram->bytes);
             if (!packet || packet->type != QRTR_TYPE_NEW_SERVER) continue;
-            if (packet->service == 0) return last;
-            last = packet->address;
+            if (packet->service == 0) return found;
+            found.push_back(packet->address);
         }
     }
 
@@ -54,7 +54,7 @@ struct Bench {
     const link::Address router{1, QRTR_PORT_CTRL};
     link::LinkSocket client;
     std::unique_ptr<sim::EmbeddedModem> modem;
-    link::Address service;
+    std::vector<link::Address> services;
     Bytes room = Bytes(link::kLongestDatagram);
 };
 
@@ -67,13 +67,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (rest.size() >= 2) {
         const bool to_router = rest[0] == 0xFF;
         const std::size_t length = std::min<std::size_t>(rest[1] * std::size_t{4}, rest.size() - 2);
-        bench.client.send(to_router ? bench.router : bench.service, rest.subspan(2, length), {}, true);
+        const link::Address service = bench.services[rest[0] % bench.services.size()];
+        bench.client.send(to_router ? bench.router : service, rest.subspan(2, length), {}, true);
         rest = rest.subspan(2 + length);
     }
-    // A restart may be under way, or have given the service another address.
-    link::Address found;
-    while ((found = bench.drain()).port == 0) {
-    }
-    bench.service = found;
+    // A restart may be under way, or have given the services other addresses.
+    do {
+        bench.services = bench.drain();
+    } while (bench.services.empty());
     return 0;
 }

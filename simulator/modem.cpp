@@ -87,6 +87,11 @@ void Modem::restart()
     for (Slot& slot : slots_) go_down(slot);
 }
 
+void Modem::restart(Service& service)
+{
+    if (Slot* slot = find_slot(service)) go_down(*slot);
+}
+
 void Modem::bring_up(Slot& slot)
 {
     if (slot.service != nullptr) return;
@@ -180,6 +185,7 @@ void Modem::on_datagram(Client& client, const link::Datagram& datagram)
         // The service went down while the datagram was on its way: whoever waits for an answer learns of it.
         return send_control(client, {QRTR_TYPE_DEL_CLIENT, 0, 0, datagram.peer});
     }
+    if (slot->service->handle_datagram(client.id(), datagram.bytes)) return;
     const std::optional<link::QmiMessage> message = link::parse_qmi(datagram.bytes);
     if (message && message->head.kind == link::QmiKind::request) on_request(client, *slot, *message);
 }
@@ -256,9 +262,8 @@ void Modem::say_unasked(Slot& slot, ClientId id, const UnaskedIndication& said, 
 void Modem::indicate(Service& service, ClientId id, std::uint16_t message, Bytes tlvs)
 {
     Client* client = find_client(id);
-    const auto slot =
-        std::find_if(slots_.begin(), slots_.end(), [&](const Slot& place) { return place.service.get() == &service; });
-    if (client == nullptr || slot == slots_.end()) return;
+    Slot* slot = find_slot(service);
+    if (client == nullptr || slot == nullptr) return;
     std::vector<Outgoing> planned;
     plan(*slot, {message, std::move(tlvs)}, planned);
     for (const Outgoing& outgoing : planned) {
@@ -300,10 +305,24 @@ Modem::Slot* Modem::find_slot(link::Address address)
     return found == slots_.end() ? nullptr : &*found;
 }
 
+Modem::Slot* Modem::find_slot(const Service& service)
+{
+    const auto found =
+        std::find_if(slots_.begin(), slots_.end(), [&](const Slot& slot) { return slot.service.get() == &service; });
+    return found == slots_.end() ? nullptr : &*found;
+}
+
 Client* Modem::find_client(ClientId id)
 {
     const auto found = clients_.find(id);
     return found == clients_.end() || found->second->leaving ? nullptr : found->second.get();
+}
+
+void Modem::send_datagram(Service& service, ClientId id, ByteView head, ByteView body)
+{
+    Client* client = find_client(id);
+    const Slot* slot = find_slot(service);
+    if (client != nullptr && slot != nullptr) send(*client, slot->address, head, body);
 }
 
 void Modem::send_message(Client& client, const Slot& slot, const link::QmiHead& head, ByteView tlvs)

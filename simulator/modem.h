@@ -41,6 +41,10 @@ class Modem {
     // Takes all services away once the handler that runs now has returned and its answer has left, and brings them back,
     // as freshly switched on, after restart_ms.
     void restart();
+    // The same for one service.
+    void restart(Service& service);
+    // Sends a datagram of a service that has frames of its own. Without effect when the client has gone.
+    void send_datagram(Service& service, ClientId client, ByteView head, ByteView body);
 
  private:
     // A service's place on the modem, whether it is up or not.
@@ -71,6 +75,7 @@ class Modem {
     void go_down(Slot& slot);
 
     Slot* find_slot(link::Address address);
+    Slot* find_slot(const Service& service);
     Client* find_client(ClientId id);
     void send_message(Client& client, const Slot& slot, const link::QmiHead& head, ByteView tlvs);
     void send_after(std::chrono::milliseconds delay, Client& client, Slot& slot, const link::QmiHead& head,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/link/diag_frame.h"
 #include "platform/link/qmi_frame.h"
 #include "simulator/built_in_phone.h"
 #include "simulator/nv_limits.h"
@@ -120,6 +121,7 @@ void read_indication(const ScenarioNode& node, Scenario& scenario)
     TableReader table("[[indication]]", node);
     UnaskedIndication indication;
     indication.service = service_name(table.need("service"), "service");
+    if (indication.service == "diag") table.refuse("a service of QMI messages; diag has [[diag.stream]]");
     indication.message = static_cast<std::uint16_t>(table.need("message").number("message", 0, 0xFFFF));
     indication.tlvs = table.need("bytes").bytes("bytes", link::kLongestTlvs);
     indication.after = table.milliseconds("after_ms").value_or(indication.after);
@@ -144,10 +146,6 @@ constexpr ActionName kActions[] = {
     {"twice", FaultAction::twice, false, true},  {"early", FaultAction::early, false, true},
     {"down", FaultAction::down, true, true},
 };
-
-// The calls of the diag library that can fail on a rule.
-constexpr std::string_view kDiagCalls[] = {"lsm_init",    "send",       "dci_register", "dci_signal",
-                                           "dci_support", "dci_stream", "dci_send",     "dci_release"};
 
 FaultAction read_action(const ScenarioNode& node, bool on_indication)
 {
@@ -181,9 +179,10 @@ void read_fault_call(TableReader& table, FaultRule& rule)
     const ScenarioNode* call = table.find("call");
     if (call == nullptr) return;
     rule.call = call->text("call");
-    if (std::find(std::begin(kDiagCalls), std::end(kDiagCalls), rule.call) == std::end(kDiagCalls)) {
+    const auto& calls = link::kDiagCallNames;
+    if (std::find(calls.begin(), calls.end(), rule.call) == calls.end()) {
         std::string names;
-        for (const std::string_view name : kDiagCalls) names.append(names.empty() ? "" : ", ").append(name);
+        for (const std::string_view name : calls) names.append(names.empty() ? "" : ", ").append(name);
         call->refuse("call", "one of " + names);
     }
     if (rule.service != "diag") table.refuse("call with the service diag alone");
@@ -221,8 +220,8 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
         break;
     }
     case FaultAction::error: {
-        // An error number of QMI has 16 bits; the extended service's first word and a call's result are whole words.
-        const bool word = rule.service == "extended" || !rule.call.empty();
+        // An error number of QMI has 16 bits; the extended service's first word and diag's codes are whole words.
+        const bool word = rule.service == "extended" || rule.service == "diag";
         rule.code = static_cast<std::int32_t>(
             table.need("code").number("code", word ? INT32_MIN : 1, word ? INT32_MAX : 0xFFFF));
         break;

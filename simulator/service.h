@@ -127,6 +127,13 @@ class Service {
     const ServiceIdentity& identity() const { return identity_; }
 
     virtual void handle(Call& call) = 0;
+    // Takes a datagram that is no QMI message: for a service with frames of its own. True when it is done with.
+    virtual bool handle_datagram(ClientId client, ByteView bytes)
+    {
+        static_cast<void>(client);
+        static_cast<void>(bytes);
+        return false;
+    }
     // A client has gone; nothing more can be sent to it.
     virtual void client_gone(ClientId client) { static_cast<void>(client); }
 

@@ -1,8 +1,6 @@
 // Groups 4 and 6 as people run them: standard output under a mask without traces, compared whole, and what reached the
 // modem.
-#include "support/embedded_run.h"
-#include "support/help_text.h"
-#include "support/program.h"
+#include "support/group_test.h"
 
 namespace rbk::test {
 namespace {
@@ -10,33 +8,6 @@ namespace {
 const std::string kNvEfs = "RIL[velmor_rbk_test_nvefs.cpp:N] ";
 const std::string kCmn = "RIL[velmor_rbk_test_cmn.cpp:N] ";
 const std::string kApi = "RIL[velmor_extend_api.cpp:N] ";
-
-using Words = std::vector<std::string>;
-
-Words with_data(Words words, std::size_t count, const char* word)
-{
-    words.insert(words.end(), count, word);
-    return words;
-}
-
-class GroupTest : public EmbeddedRun {
- public:
-    GroupTest() { set_property("persist.vendor.radio.adb_log_shell", "11"); }
-
-    // Runs and gives what stands on standard output; the exit status is always 0.
-    static std::string shown(const Words& words)
-    {
-        const RunResult result = run_rbk(words);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.err, "");
-        return without_line_numbers(result.out);
-    }
-    // Bytes of the record in the latest request.
-    std::string sent(std::size_t offset, std::size_t size) const
-    {
-        return requests().empty() ? "" : requests().back().bytes.substr(2 * (17 + offset), 2 * size);
-    }
-};
 
 std::string dump(const std::string& operation, const std::vector<std::uint8_t>& bytes)
 {

@@ -180,7 +180,7 @@ TEST(Indication, ComesAgainUntilItsClientHasGone)
 
 TEST(Restart, TakesTheServicesAwayAndBringsThemBack)
 {
-    RunningModem modem("[modem]\nrestart_ms = 30\nservices = ['extended']\n");
+    RunningModem modem("[modem]\nrestart_ms = 30\n");
     WireClient asker = modem.connect();
     WireClient watcher = modem.connect();
     const link::Address before = watcher.extended();
@@ -199,7 +199,7 @@ TEST(Restart, TakesTheServicesAwayAndBringsThemBack)
 
 TEST(Lookup, RowsMatchServiceAndInstance)
 {
-    RunningModem modem("[modem]\nboot_ms = 60\nservices = ['extended']\n");
+    RunningModem modem("[modem]\nservices = ['extended']\nboot_ms = 60\n");
     WireClient client = modem.connect();
     EXPECT_TRUE(client.lookup(0xFFE4).empty()) << "there before it has booted";
     EXPECT_EQ(traffic(client, "+"), "+");
