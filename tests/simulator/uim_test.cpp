@@ -247,7 +247,7 @@ TEST(UimScenario, BadCardsAreRefused)
         {"CommandEmpty", "[[card]]\n[card.apdu]\n'' = '00'\n", "a command of 1 byte or more"},
         {"KeyUnknown", "[[card]]\npower = 'up'\n", "unknown key power"},
     };
-    TemporaryFolder folder;
+    const TempDir folder;
     for (const auto& row : rows) {
         write_file(folder.path() / "scenario.toml", row.text);
         try {

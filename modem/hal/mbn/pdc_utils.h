@@ -188,7 +188,7 @@ struct pdc_info_s_type {
     struct {  // nobody sleeps here: frames go to a file
         std::atomic<int32_t>  is_pdc_validate_waiting;
         std::atomic<uint32_t> timer_id;
-        std::atomic<int32_t>  dump_fd;                      // -1 when closed
+        std::atomic<int32_t>  dump_fd{-1};                  // -1 when closed
         char                  pdc_validate_dump_path[256];  // untouched until the report has been parsed
     } pdc_validate_config_req;
 
