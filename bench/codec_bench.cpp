@@ -6,6 +6,7 @@
 #include "bench/ratios.h"
 #include "platform/linux/idl_codec.h"
 #include "velmor_extend_v01.h"
+#include "vs_v01.h"
 
 namespace {
 
@@ -43,5 +44,36 @@ BENCHMARK(memcpy_envelope);
 
 const AddRatio codec_row({"encode and decode of an envelope / memcpy of its structure and bytes", "codec_envelope",
                           "memcpy_envelope", 6});
+
+// The longest answer of the statistics: ten parameters of 700 bytes.
+void decode_stats(benchmark::State& state)
+{
+    const auto& service = *vs_get_service_object_internal_v01(1, 2, 6);
+    const idl_message& message = *rbk::platform::find_message(service, RESPONSE, VS_MSG_GET_STATS_PARAMETER);
+    static vs_get_stats_parameter_rsp answer{{}, 1, VS_PARAMETERS_MAX, {}};
+    for (vs_stats_parameter& parameter : answer.parameters) parameter.value_len = VS_VALUE_MAX;
+    std::uint8_t wire[7115];
+    if (rbk::platform::encode(message, &answer, wire) != sizeof wire)
+        return state.SkipWithError("not the longest form");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(rbk::platform::decode(message, wire, &answer));
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(decode_stats);
+
+void memcpy_stats(benchmark::State& state)
+{
+    static vs_get_stats_parameter_rsp answer{};
+    static vs_get_stats_parameter_rsp room;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(std::memcpy(&room, &answer, sizeof answer));
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(memcpy_stats);
+
+const AddRatio stats_row({"decode of ten parameters of 700 bytes / memcpy of the structure", "decode_stats",
+                          "memcpy_stats", 3});
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "velmor_diag_send.h"
 #include "velmor_extend_api.h"
 #include "velmor_extend_nvefs.h"
+#include "velmor_mbn_utils.h"
 #include "velmor_utils_cmn.h"
 
 extern char** environ;
@@ -39,7 +40,10 @@ class Echo {
             char bytes[kEnvelopeDatagram];
             for (;;) {
                 const ssize_t got = ::recv(ends_[1], bytes, sizeof bytes, 0);
-                if (got <= 0 || ::send(ends_[1], bytes, static_cast<std::size_t>(got), 0) != got) ::_exit(0);
+                if (got <= 0) ::_exit(0);
+                // As often as the first byte says, and once more: an answer and what is said unasked behind it.
+                for (int i = 0; i <= bytes[0]; ++i)
+                    if (::send(ends_[1], bytes, static_cast<std::size_t>(got), 0) != got) ::_exit(0);
             }
         }
         ::close(ends_[1]);
@@ -49,10 +53,12 @@ class Echo {
         ::close(ends_[0]);
         ::waitpid(child_, nullptr, 0);
     }
-    void round_trip()
+    void round_trip(char unasked = 0)
     {
-        char bytes[kEnvelopeDatagram] = {};
-        if (::send(ends_[0], bytes, sizeof bytes, 0) < 0 || ::recv(ends_[0], bytes, sizeof bytes, 0) < 0) std::abort();
+        char bytes[kEnvelopeDatagram] = {unasked};
+        if (::send(ends_[0], bytes, sizeof bytes, 0) < 0) std::abort();
+        for (int i = 0; i <= unasked; ++i)
+            if (::recv(ends_[0], bytes, sizeof bytes, 0) < 0) std::abort();
     }
 
  private:
@@ -75,6 +81,15 @@ void bare_round_trips_248(benchmark::State& state)
 }
 BENCHMARK(bare_round_trips_248)->UseRealTime();
 
+// The messages of a reactivation: three requests with an indication each, and two without.
+void bare_reactivation(benchmark::State& state)
+{
+    Echo echo;
+    for (auto _ : state)
+        for (const char unasked : {1, 1, 0, 1, 0}) echo.round_trip(unasked);
+}
+BENCHMARK(bare_reactivation)->UseRealTime();
+
 // ---- A modem in another process, for as long as the benchmarks run ----
 
 class ModemProcess {
@@ -84,7 +99,10 @@ class ModemProcess {
         const std::string address = rbk::bench::modem_address();
         const std::string state = rbk::bench::home() + "/modem";
         const std::string program = RBK_BIN_DIR "/rbk-modem";
-        const char* arguments[] = {program.c_str(), "--listen", address.c_str(), "--state", state.c_str(), nullptr};
+        const std::string scenario = home_ + "/scenario.toml";
+        std::ofstream(scenario) << "[pdc]\nindication_ms = 0\n";
+        const char* arguments[] = {program.c_str(), "--listen",   address.c_str(),  "--state",
+                                   state.c_str(),   "--scenario", scenario.c_str(), nullptr};
         int out[2];
         if (::pipe2(out, O_CLOEXEC) != 0) std::abort();
         posix_spawn_file_actions_t actions;
@@ -157,6 +175,16 @@ void diag_by_callback(benchmark::State& state)
 }
 BENCHMARK(diag_by_callback)->UseRealTime();
 
+void reactivation(benchmark::State& state)
+{
+    use_modem();
+    for (auto _ : state)
+        if (velmor_reactivate_sw_mbn(1) != 0) state.SkipWithError("the reactivation failed");
+}
+BENCHMARK(reactivation)->UseRealTime();
+
+const AddRatio reactivation_row({"a reactivation of one subscription over unix: / its bare messages", "reactivation",
+                                 "bare_reactivation", 3});
 const AddRatio envelope_row({"an envelope over unix: / a bare round trip of its bytes", "envelope_over_unix",
                              "bare_round_trip", 2});
 const AddRatio efs_row({"an EFS write of 102410 bytes over unix: / its 248 bare round trips", "efs_write_102410",

@@ -57,6 +57,13 @@ void process_nv_read(benchmark::State& state)
 }
 BENCHMARK(process_nv_read)->UseRealTime()->Unit(benchmark::kMillisecond);
 
+void process_stats(benchmark::State& state)
+{
+    process(state, RBK_BIN_DIR "/rbk", {"9", "0", "0"});
+}
+BENCHMARK(process_stats)->UseRealTime()->Unit(benchmark::kMillisecond);
+
 const AddRatio nv_row({"the process rbk 4 1 0 550 / an empty process", "process_nv_read", "process_empty", 2.5});
+const AddRatio stats_row({"the process rbk 9 0 0 / an empty process", "process_stats", "process_empty", 3});
 
 }  // namespace

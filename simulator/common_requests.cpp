@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "simulator/cards.h"
+#include "simulator/debug_info.h"
 #include "simulator/efs.h"
 #include "simulator/modem.h"
 
@@ -33,6 +34,7 @@ constexpr std::string_view kFullDump = "dump/full_dump.txt";
 // `answer_len`, which only the typed form sends.
 struct CommandCall {
     Modem& modem;
+    const DebugInfo& debug_info;
     ByteView request;
     std::span<std::uint8_t> answer;
     std::uint32_t answer_len = 0;
@@ -83,6 +85,22 @@ std::int32_t dump_and_restart(CommandCall& call)
 {
     const std::int32_t error = store_text(call.modem, kFullDump, "full dump\n" + restart_line(call));
     return error != 0 ? error : restart_subsystem(call);
+}
+
+// The statistics engine's record as it is.
+std::int32_t tell_debug_record(CommandCall& call)
+{
+    std::ranges::copy(call.debug_info.record, call.answer.begin());
+    return 0;
+}
+
+// A count and the numbers, 2 bytes each.
+std::int32_t list_logs_to_upgrade(CommandCall& call)
+{
+    const std::vector<std::uint16_t>& logs = call.debug_info.logs;
+    store_le(&call.answer[0], static_cast<std::uint16_t>(logs.size()));
+    for (std::size_t i = 0; i < logs.size(); ++i) store_le(&call.answer[2 + 2 * i], logs[i]);
+    return 0;
 }
 
 // Stores a test's values in its file on subscription 0. The file's layout is the modem's own: the words as they came.
@@ -180,10 +198,9 @@ std::int32_t test_hotswap(CommandCall& call)
 }
 
 constexpr Command kCommands[] = {
-    {0, 0, set_gpio_test},          {1, 0, set_tx_test},       {kTyped, 31, restart_subsystem},
-    {kTyped, 35, sync_nv},          {kTyped, 39, query_cards}, {kTyped, 55, get_card},
-    {kTyped, 56, query_card_type},  {kTyped, 57, set_card},    {kTyped, 80, test_hotswap},
-    {kTyped, 99, dump_and_restart},
+    {0, 0, set_gpio_test},           {1, 0, set_tx_test},    {20, 0, tell_debug_record}, {27, 0, list_logs_to_upgrade},
+    {kTyped, 31, restart_subsystem}, {kTyped, 35, sync_nv},  {kTyped, 39, query_cards},  {kTyped, 55, get_card},
+    {kTyped, 56, query_card_type},   {kTyped, 57, set_card}, {kTyped, 80, test_hotswap}, {kTyped, 99, dump_and_restart},
 };
 
 std::int32_t run_command(std::uint32_t cmd, std::uint32_t type, CommandCall& call)
@@ -196,7 +213,7 @@ std::int32_t run_command(std::uint32_t cmd, std::uint32_t type, CommandCall& cal
 
 }  // namespace
 
-void run_common_request(Modem& modem, ByteView request, std::span<std::uint8_t> answer)
+void run_common_request(Modem& modem, const DebugInfo& debug_info, ByteView request, std::span<std::uint8_t> answer)
 {
     const auto cmd = peek_le<std::uint32_t>(request, 0);
     const bool typed = cmd == kTyped;
@@ -209,7 +226,7 @@ void run_common_request(Modem& modem, ByteView request, std::span<std::uint8_t> 
     }
     const std::size_t from = std::min(typed ? kValue : kPayload, request.size());
     const std::size_t left = request.size() - from;
-    CommandCall call{modem, request.subspan(from, typed ? std::min<std::size_t>(length, left) : left),
+    CommandCall call{modem, debug_info, request.subspan(from, typed ? std::min<std::size_t>(length, left) : left),
                      answer.subspan(typed ? kValue : kPayload)};
     store_le(&answer[kCommonResultAt], run_command(cmd, type, call));
     if (!typed) return;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "simulator/common_requests.h"
+#include "simulator/debug_info.h"
 #include "simulator/modem.h"
 #include "simulator/nvefs_requests.h"
 
@@ -46,8 +47,8 @@ std::size_t result_offset(std::uint32_t request_id)
 
 class ExtendedService final : public Service {
  public:
-    explicit ExtendedService(Modem& modem)
-        : Service({"extended", 0xFFE4, 1, ResultForm::own}, modem), nvefs_(modem.store())
+    ExtendedService(Modem& modem, const DebugInfo& debug_info)
+        : Service({"extended", 0xFFE4, 1, ResultForm::own}, modem), nvefs_(modem.store()), debug_info_(debug_info)
     {
     }
 
@@ -67,6 +68,7 @@ class ExtendedService final : public Service {
 
     static const Message<ExtendedService> kMessages[5];
     NvEfsRequests nvefs_;
+    const DebugInfo& debug_info_;
 };
 
 constexpr Message<ExtendedService> ExtendedService::kMessages[5] = {
@@ -122,7 +124,7 @@ void ExtendedService::envelope(Call& call)
     case kLegacyNv: nvefs_.run_legacy_read(request, write_envelope(call.answer, 0, kLegacyNvAnswerSize)); break;
     case kNvEfs: nvefs_.run(call.client, request, write_envelope(call.answer, 0, kNvEfsAnswerSize)); break;
     case kCommon:
-        run_common_request(modem(), request,
+        run_common_request(modem(), debug_info_, request,
                            write_envelope(call.answer, 0, kCommonAnswerSize).first(kCommonAnswerSize));
         break;
     default:
@@ -147,9 +149,9 @@ void ExtendedService::acknowledge(Call& call)
 
 }  // namespace
 
-std::unique_ptr<Service> make_extended_service(Modem& modem, const ServiceSettings*)
+std::unique_ptr<Service> make_extended_service(Modem& modem, const ServiceSettings* settings)
 {
-    return std::make_unique<ExtendedService>(modem);
+    return std::make_unique<ExtendedService>(modem, *static_cast<const DebugInfo*>(settings));
 }
 
 }  // namespace rbk::sim

@@ -136,6 +136,11 @@ Bytes ScenarioNode::bytes(const std::string& key, std::size_t longest) const
     return Bytes(static_cast<std::size_t>(size), fill);
 }
 
+std::filesystem::path ScenarioNode::beside(const std::string& file) const
+{
+    return std::filesystem::path(where.substr(0, where.rfind(':'))).parent_path() / file;
+}
+
 ScenarioNode load_scenario_file(const std::filesystem::path& file)
 {
     const std::string name = file.string();

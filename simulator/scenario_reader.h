@@ -43,6 +43,9 @@ struct ScenarioNode {
     const Table& table(const std::string& key) const;
     // Hex text with optional blanks, or { fill = byte, size = bytes }.
     Bytes bytes(const std::string& key, std::size_t longest) const;
+
+    // A file that the scenario names, where its own folder is meant.
+    std::filesystem::path beside(const std::string& file) const;
 };
 
 // Reads the file. An empty tree for one without content.

@@ -1,22 +1,25 @@
 #include "simulator/service_kinds.h"
 
 #include "simulator/cards.h"
+#include "simulator/debug_info.h"
 #include "simulator/diag_service.h"
 #include "simulator/extended_service.h"
 #include "simulator/nas_service.h"
+#include "simulator/pdc_service.h"
 #include "simulator/sar_service.h"
 #include "simulator/uim_service.h"
+#include "simulator/vs_service.h"
 
 namespace rbk::sim {
 namespace {
 
 constexpr ServiceKind kServiceKinds[] = {
-    {"extended", {"debug_info"}, nullptr, make_extended_service},
-    {"vs", {"stats"}, nullptr, nullptr},
+    {"extended", {"debug_info"}, read_debug_info, make_extended_service},
+    {"vs", {"stats"}, read_vs_settings, make_vs_service},
     {"nas", {"nas"}, read_nas_settings, make_nas_service},
     {"uim", {"card"}, read_card_settings, make_uim_service},
     {"sar", {"sar"}, read_sar_settings, make_sar_service},
-    {"pdc", {"pdc"}, nullptr, nullptr},
+    {"pdc", {"pdc"}, read_pdc_settings, make_pdc_service},
     {"diag", {"diag"}, read_diag_settings, make_diag_service},
 };
 

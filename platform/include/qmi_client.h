@@ -42,11 +42,12 @@ typedef void (*qmi_client_error_cb)(qmi_client_handle client, int32_t error, voi
 /* Any instance of a service. */
 #define QMI_CLIENT_INSTANCE_ANY 0xFFFF
 
-/* Starts watching for servers of a service, so that qmi_cci_os_signal_wait has something to wait for.
+/* Sets up a place to wait for servers of a service. The modem tells of them from the first service list on that is asked
+ * for; until then nothing ends a wait.
  *   service    service object
  *   os_params  where the caller will wait
  *   notifier   receives the notifier's handle
- * Result: 0, -1 for a null argument, -4 or -5 when there is no way to the modem. Threads: any. */
+ * Result: 0, or -1 for a null argument. Threads: any. */
 int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_params *os_params,
                                  qmi_client_handle *notifier);
 
@@ -80,7 +81,7 @@ int32_t qmi_client_init(const qmi_service_info *entry, qmi_idl_service_object_ty
  *   instance    instance number, or QMI_CLIENT_INSTANCE_ANY
  *   timeout_ms  longest wait for a server, milliseconds; 0 for no wait. The first look at the list isn't bounded by it
  *   others      as above
- * Result: 0, -1 for a null argument, -3 when no server came up in time, -4 or -5. Threads: any but a callback's. */
+ * Result: 0, -1 for a null argument, -3 when no server came up in time or stayed, -4 or -5. Threads: any. */
 int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t instance, qmi_client_ind_cb ind_cb,
                                  void *cb_data, qmi_client_os_params *os_params, uint32_t timeout_ms,
                                  qmi_client_handle *client);

@@ -39,8 +39,10 @@ struct idl_field;
 struct idl_record {
     const idl_field *fields;
     uint32_t         field_count;
-    uint32_t         size;       // bytes of the structure in memory
-    uint32_t         alignment;  // of the structure in memory, bytes
+    uint32_t         size;        // bytes of the structure in memory
+    uint32_t         alignment;   // of the structure in memory, bytes
+    uint32_t         head_count;  // first fields that lie in memory as they do on the wire: one copy takes them all
+    uint32_t         head_size;   // bytes of those
 };
 
 struct idl_field {
@@ -84,6 +86,9 @@ typedef const qmi_idl_service_object *qmi_idl_service_object_type;
 
 /* The only library version of tables that this header writes. */
 constexpr uint32_t IDL_LIBRARY_VERSION = 6;
+
+/* Rows of one message at most: the decoder keeps a bit for each. */
+constexpr uint32_t IDL_ROWS_MAX = 64;
 
 /* TLV type of rows inside a record, which have none of their own. */
 constexpr uint8_t IN_RECORD = 0;
@@ -162,7 +167,14 @@ constexpr uint8_t IN_RECORD = 0;
 template <typename T, std::size_t N>
 constexpr idl_record idl_record_of(const idl_field (&fields)[N])
 {
-    return {fields, N, sizeof(T), alignof(T)};
+    idl_record record = {fields, N, sizeof(T), alignof(T), 0, 0};
+    for (const idl_field &field : fields) {
+        const bool as_on_the_wire = field.form == IDL_SINGLE && field.wire_width == field.memory_width;
+        if (!as_on_the_wire || field.offset != record.head_size) break;
+        record.head_size += field.wire_width;
+        ++record.head_count;
+    }
+    return record;
 }
 
 template <typename T, std::size_t N>
@@ -196,6 +208,7 @@ enum idl_fault {
     RECORD_SIZE_DIFFERS,  // a nested structure is described by the rows of another one
     COUNT_TOO_NARROW,     // the count's width can't tell the array's limit
     TLV_MISSING,          // a row of a message without a TLV type, or one of a record with it
+    ROWS_TOO_MANY,        // more rows than the codec can tick off
     TLV_TWICE,            // two rows of a message with one TLV type
     MESSAGE_TWICE,        // two messages of one kind and id
     SERVICE_LONGEST_DIFFERS
@@ -285,6 +298,7 @@ constexpr idl_fault idl_check_fields(const idl_field *fields, uint32_t field_cou
 
 constexpr idl_fault idl_check_message(const idl_message &message)
 {
+    if (message.field_count > IDL_ROWS_MAX) return ROWS_TOO_MANY;
     for (uint32_t i = 0; i < message.field_count; ++i)
         for (uint32_t j = 0; j < i; ++j)
             if (message.fields[i].tlv != IN_RECORD && message.fields[i].tlv == message.fields[j].tlv) return TLV_TWICE;

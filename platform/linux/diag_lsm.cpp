@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "platform/link/diag_frame.h"
+#include "platform/linux/callback_thread.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/modem_link.h"
 
@@ -34,9 +35,6 @@ using std::chrono::steady_clock;
 
 // The modem answers calls at once; one that doesn't within this time counts as gone.
 constexpr milliseconds kAnswerBound{5000};
-
-// At the end of the process a callback that is under way has this long to return; then the process goes without it.
-constexpr milliseconds kCallbackGrace{1000};
 
 struct PacketCallback {
     diag_packet_cb callback = nullptr;
@@ -163,15 +161,7 @@ void DiagLibrary::stop()
     stopped_ = true;
     packets_.clear();
     call_callbacks();
-    if (!callbacks_.joinable()) return;
-    const bool idle =
-        !on_callback_thread && callback_ended_.wait_for(lock, kCallbackGrace, [&] { return !in_callback_; });
-    std::thread callbacks = std::move(callbacks_);
-    lock.unlock();
-    if (idle)
-        callbacks.join();
-    else
-        callbacks.detach();  // it may be the one that ends the process
+    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return !in_callback_; });
 }
 
 // ---- Calls ----

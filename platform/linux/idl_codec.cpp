@@ -8,11 +8,23 @@ namespace {
 
 // ---- Numbers: as many low bytes as the wire has, zeros above them in memory ----
 
+// For the few bytes of a number or two, without a call.
+inline void copy_short(std::uint8_t* to, const std::uint8_t* from, std::size_t count)
+{
+    switch (count) {
+    case 1: *to = *from; break;
+    case 2: std::memcpy(to, from, 2); break;
+    case 4: std::memcpy(to, from, 4); break;
+    case 8: std::memcpy(to, from, 8); break;
+    default: std::memcpy(to, from, count); break;
+    }
+}
+
 void copy_numbers(std::uint8_t* to, std::size_t to_width, const std::uint8_t* from, std::size_t from_width,
                   std::size_t count)
 {
     if (to_width == from_width) {
-        std::memcpy(to, from, count * to_width);
+        copy_short(to, from, count * to_width);
         return;
     }
     for (std::size_t i = 0; i < count; ++i)
@@ -111,6 +123,18 @@ template <Walk walk>
 bool take_value(const idl_field& field, Rest& rest, std::uint8_t* structure);
 
 template <Walk walk>
+bool take_record(const idl_record& record, Rest& rest, std::uint8_t* structure)
+{
+    const std::uint8_t* head = rest.take(record.head_size);
+    if (head == nullptr) return false;
+    if constexpr (walk == kStore) copy_short(structure, head, record.head_size);
+    for (std::uint32_t f = record.head_count; f < record.field_count; ++f) {
+        if (!take_value<walk>(record.fields[f], rest, structure)) return false;
+    }
+    return true;
+}
+
+template <Walk walk>
 bool take_elements(const idl_field& field, std::size_t count, Rest& rest, std::uint8_t* structure)
 {
     std::uint8_t* value = structure + field.offset;
@@ -118,18 +142,15 @@ bool take_elements(const idl_field& field, std::size_t count, Rest& rest, std::u
         const std::uint8_t* from = rest.take(count * field.wire_width);
         if (from == nullptr) return false;
         if constexpr (walk == kStore)
-            copy_numbers(value, field.memory_width, from, field.wire_width,
-                         std::min<std::size_t>(count, field.limit));
+            copy_numbers(value, field.memory_width, from, field.wire_width, std::min<std::size_t>(count, field.limit));
         return true;
     }
     const std::size_t stored = walk == kStore ? std::min<std::size_t>(count, field.limit) : 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        for (std::uint32_t f = 0; f < field.record->field_count; ++f) {
-            const idl_field& part = field.record->fields[f];
-            const bool taken = i < stored ? take_value<kStore>(part, rest, value + i * field.memory_width)
-                                          : take_value<kCheck>(part, rest, value);
-            if (!taken) return false;
-        }
+    for (std::size_t i = 0; i < stored; ++i) {
+        if (!take_record<kStore>(*field.record, rest, value + i * field.memory_width)) return false;
+    }
+    for (std::size_t i = stored; i < count; ++i) {
+        if (!take_record<kCheck>(*field.record, rest, value)) return false;
     }
     return true;
 }
@@ -138,8 +159,7 @@ bool take_count(const idl_field& field, Rest& rest, std::uint32_t& count)
 {
     const std::uint8_t* from = rest.take(field.count_width);
     if (from == nullptr) return false;
-    count = 0;
-    std::memcpy(&count, from, field.count_width);
+    count = field.count_width == 1 ? *from : load_le<std::uint16_t>(from);
     return true;
 }
 
@@ -170,6 +190,7 @@ template <Walk walk>
 bool take_message(const idl_message& message, ByteView tlvs, std::uint8_t* structure)
 {
     std::uint64_t seen = 0;
+    static_assert(IDL_ROWS_MAX <= 64);
     std::uint32_t next_row = 0;  // TLVs mostly come in the order of the rows
     while (!tlvs.empty()) {
         if (tlvs.size() < 3) return false;
@@ -236,7 +257,7 @@ bool decode(const idl_message& message, ByteView tlvs, void* structure)
 }  // namespace rbk::platform
 
 int32_t qmi_idl_get_message_c_struct_len(qmi_idl_service_object_type service, qmi_idl_type_of_message kind,
-                                         uint16_t msg_id, uint32_t *length)
+                                         uint16_t msg_id, uint32_t* length)
 {
     if (service == nullptr || length == nullptr) return -1;
     const idl_message* message = rbk::platform::find_message(*service, kind, msg_id);

@@ -124,7 +124,7 @@ template <typename Done>
 bool ModemLink::wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done done)
 {
     ++waiting_;
-    while (!done() && steady_clock::now() < deadline) {
+    while (!done() && state_ != State::stopped && steady_clock::now() < deadline) {
         if (state_ == State::open && !is_read_)
             read(lock, deadline);
         else if (deadline == Deadline::max())
@@ -210,7 +210,7 @@ void ModemLink::on_control(const link::ControlPacket& packet)
     case QRTR_TYPE_NEW_SERVER: {
         const std::lock_guard lock(mutex_);
         if (server == Server{}) {
-            looking_up_ = false;
+            lookup_ = 0;
         } else if (std::find(servers_.begin(), servers_.end(), server) == servers_.end()) {
             servers_.push_back(server);
             ++news_[server.service];
@@ -246,7 +246,7 @@ void ModemLink::on_closed()
     for (const Server& server : lost) on_server_lost(server);
     const std::lock_guard lock(mutex_);
     looked_up_.clear();
-    looking_up_ = false;
+    lookup_ = 0;
     if (state_ == State::open) state_ = State::closed;
     changed_.notify_all();
 }
@@ -271,12 +271,12 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
         const std::int32_t opened = open();
         if (opened != 0) return opened;
         if (looked_up_.contains(service)) return 0;
-        if (!looking_up_) break;
+        if (lookup_ == 0) break;
         // Once an answer's time has passed, nobody waits for it again: callers ask many times over.
-        if (!wait(lock, lookup_until_, [&] { return !looking_up_; })) return -4;
+        if (!wait(lock, lookup_until_, [&] { return lookup_ == 0; })) return -4;
     }
     const Deadline deadline = steady_clock::now() + kLookupBound;
-    looking_up_ = true;
+    const std::uint32_t own = lookup_ = ++last_lookup_;
     lookup_until_ = deadline;
     const auto socket = socket_;
     const link::Address router{socket->local().node, QRTR_PORT_CTRL};
@@ -285,12 +285,13 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
     lock.unlock();
     const std::int32_t sent = send(router, {}, packet, deadline);
     lock.lock();
-    if (sent != 0) {
-        looking_up_ = false;
+    if (sent != 0 && lookup_ == own) {
+        lookup_ = 0;
         changed_.notify_all();
-        return -4;
     }
-    if (!wait(lock, deadline, [&] { return !looking_up_; }) || state_ != State::open) return -4;
+    // The end of the connection ends a lookup too, and by now somebody may have opened the next one.
+    const bool ended = sent == 0 && wait(lock, deadline, [&] { return lookup_ != own; });
+    if (!ended || state_ != State::open || socket_ != socket) return -4;
     looked_up_.insert(service);
     return 0;
 }
@@ -318,9 +319,11 @@ bool ModemLink::knows(const Server& server)
 // ---- Sending ----
 
 // A sender meets the end of the connection before a reader does: what was known of its servers goes before it returns.
+// QRTR has no connection: there the router tells of a server that can't be reached.
 void ModemLink::await_end()
 {
     std::unique_lock lock(mutex_);
+    if (socket_ == nullptr || socket_->carrier() == link::LinkSocket::Carrier::qrtr) return;
     wait(lock, steady_clock::now() + kLookupBound, [&] { return state_ != State::open; });
 }
 

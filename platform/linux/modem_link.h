@@ -68,7 +68,7 @@ class ModemLink {
 
     bool knows(const Server& server);
 
-    // Waits until `done` is set, and reads the link meanwhile. False when the time has run out.
+    // Waits until `done` is set, and reads the link meanwhile. False when the time has run out or the process ends.
     bool wait(const std::atomic<bool>& done, Deadline deadline);
     // After setting what somebody waits for.
     void wake();
@@ -118,8 +118,9 @@ class ModemLink {
     std::vector<Server> servers_ GUARDED_BY(mutex_);
     std::set<std::uint32_t> looked_up_ GUARDED_BY(mutex_);            // services whose whole list is known
     std::map<std::uint32_t, std::uint32_t> news_ GUARDED_BY(mutex_);  // by service: changes of servers_
-    bool looking_up_ GUARDED_BY(mutex_) = false;                      // a lookup's answer has not ended
-    Deadline lookup_until_ GUARDED_BY(mutex_);                        // and is waited for until then
+    std::uint32_t lookup_ GUARDED_BY(mutex_) = 0;  // number of the lookup whose answer has not ended; 0: none
+    std::uint32_t last_lookup_ GUARDED_BY(mutex_) = 0;
+    Deadline lookup_until_ GUARDED_BY(mutex_);  // that answer is waited for until then
 
     bool is_read_ GUARDED_BY(mutex_) = false;  // somebody reads; the buffer is theirs
     std::thread::id reader_ GUARDED_BY(mutex_);

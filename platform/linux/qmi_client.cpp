@@ -12,9 +12,10 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
-#include <variant>
 
+#include "platform/linux/callback_thread.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/idl_codec.h"
 #include "platform/linux/modem_link.h"
@@ -28,9 +29,6 @@ using std::chrono::steady_clock;
 constexpr std::int32_t kInternal = -1;
 constexpr std::int32_t kServiceGone = -2;
 constexpr std::int32_t kTimeout = -3;
-
-// At the end of the process a callback that is under way has this long to return; then the process goes without it.
-constexpr milliseconds kCallbackGrace{1000};
 
 struct Client {
     qmi_idl_service_object_type service = nullptr;
@@ -56,14 +54,15 @@ struct Transaction {
 };
 
 struct Indication {
-    link::Address server;
     std::uint32_t message = 0;
     Bytes tlvs;
 };
-struct ServiceGone {
+
+// What a client's callback is to be told; each client has an event of its own, which its callback may spoil.
+struct Event {
     qmi_client_handle client = nullptr;
+    std::optional<Indication> indication;  // none: the service has gone
 };
-using Event = std::variant<Indication, ServiceGone>;
 
 thread_local bool on_callback_thread = false;
 
@@ -92,8 +91,6 @@ class ClientLibrary final : public LinkListener {
     void start_transaction(Transaction& transaction) REQUIRES(mutex_);
     void end_transaction(Transaction& transaction) REQUIRES(mutex_);
     void run_callbacks();
-    void deliver(std::unique_lock<std::mutex>& lock, Indication& indication) REQUIRES(mutex_);
-    void deliver(std::unique_lock<std::mutex>& lock, ServiceGone& gone) REQUIRES(mutex_);
     void stop();
 
     ModemLink& link_;
@@ -136,15 +133,7 @@ void ClientLibrary::stop()
     stopped_ = true;
     events_.clear();
     event_came_.notify_all();
-    if (!callbacks_.joinable()) return;
-    const bool idle = !on_callback_thread &&
-                      callback_ended_.wait_for(lock, kCallbackGrace, [&] { return in_callback_ == nullptr; });
-    std::thread callbacks = std::move(callbacks_);
-    lock.unlock();
-    if (idle)
-        callbacks.join();
-    else
-        callbacks.detach();  // it may be the one that ends the process
+    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return in_callback_ == nullptr; });
 }
 
 Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
@@ -180,7 +169,7 @@ std::int32_t ClientLibrary::set_error_callback(qmi_client_handle handle, qmi_cli
     if (found == clients_.end() || callback == nullptr) return kInternal;
     found->second.error_cb = callback;
     found->second.error_data = data;
-    if (found->second.gone) enqueue(ServiceGone{handle});
+    if (found->second.gone) enqueue({handle, std::nullopt});
     return 0;
 }
 
@@ -247,7 +236,7 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     });
     const bool answered = sent == 0 && link_.wait(transaction.done, end);
     lock.lock();
-    if (!answered) finish(transaction, sent != 0 ? sent : kTimeout);
+    if (!answered) finish(transaction, sent != 0 ? sent : stopped_ ? kServiceGone : kTimeout);
     end_transaction(transaction);
     return transaction.result;
 }
@@ -264,11 +253,15 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
     }
     const std::lock_guard lock(mutex_);
     if (message->head.kind == link::QmiKind::indication) {
-        enqueue(Indication{from.address, message->head.message, Bytes(message->tlvs.begin(), message->tlvs.end())});
+        // Told to whom it came: a service that goes away before a callback's turn takes nothing back.
+        for (const auto& [handle, client] : clients_)
+            if (client.server.address == from.address && client.ind_cb != nullptr && !client.gone)
+                enqueue({handle, Indication{message->head.message, Bytes(message->tlvs.begin(), message->tlvs.end())}});
         return;
     }
     for (Transaction* each = waiting_; each != nullptr; each = each->next) {
         if (each->id != message->head.transaction || each->server != from.address) continue;
+        if (each->done.load(std::memory_order_relaxed)) return;  // failed already: its structure stays as it is
         const bool answers = each->response->id == message->head.message;
         finish(*each, answers && decode(*each->response, message->tlvs, each->structure) ? 0 : kInternal);
         return;
@@ -283,7 +276,7 @@ void ClientLibrary::on_server_gone(const Server& server)
     for (auto& [handle, client] : clients_) {
         if (client.server != server || client.is_notifier || client.gone) continue;
         client.gone = true;
-        if (client.error_cb != nullptr) enqueue(ServiceGone{handle});
+        if (client.error_cb != nullptr) enqueue({handle, std::nullopt});
     }
 }
 
@@ -305,6 +298,17 @@ void ClientLibrary::enqueue(Event event)
     event_came_.notify_one();
 }
 
+void tell(const Client& client, Event& event)
+{
+    if (!event.indication) {
+        client.error_cb(event.client, kServiceGone, client.error_data);
+        return;
+    }
+    Bytes& tlvs = event.indication->tlvs;
+    client.ind_cb(event.client, event.indication->message, tlvs.data(), static_cast<std::uint32_t>(tlvs.size()),
+                  client.ind_data);
+}
+
 void ClientLibrary::run_callbacks()
 {
     on_callback_thread = true;
@@ -314,41 +318,16 @@ void ClientLibrary::run_callbacks()
         if (stopped_) return;
         Event event = std::move(events_.front());
         events_.pop_front();
-        std::visit([&](auto& each) { deliver(lock, each); }, event);
+        const auto found = clients_.find(event.client);
+        if (found == clients_.end()) continue;  // released meanwhile
+        const Client client = found->second;
+        in_callback_ = event.client;
+        lock.unlock();
+        tell(client, event);
+        lock.lock();
+        in_callback_ = nullptr;
+        callback_ended_.notify_all();
     }
-}
-
-// To each client of that server, in the order of their handles. A callback may release any of them.
-void ClientLibrary::deliver(std::unique_lock<std::mutex>& lock, Indication& indication)
-{
-    auto next = clients_.begin();
-    while (next != clients_.end() && !stopped_) {
-        const auto [handle, client] = *next;
-        if (client.server.address == indication.server && client.ind_cb != nullptr && !client.gone) {
-            in_callback_ = handle;
-            lock.unlock();
-            Bytes bytes = indication.tlvs;  // each callback may do with its buffer what it likes
-            client.ind_cb(handle, indication.message, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                          client.ind_data);
-            lock.lock();
-            in_callback_ = nullptr;
-            callback_ended_.notify_all();
-        }
-        next = clients_.upper_bound(handle);
-    }
-}
-
-void ClientLibrary::deliver(std::unique_lock<std::mutex>& lock, ServiceGone& gone)
-{
-    const auto found = clients_.find(gone.client);
-    if (found == clients_.end()) return;
-    const Client client = found->second;
-    in_callback_ = gone.client;
-    lock.unlock();
-    client.error_cb(gone.client, kServiceGone, client.error_data);
-    lock.lock();
-    in_callback_ = nullptr;
-    callback_ended_.notify_all();
 }
 
 // ---- Opening ----
@@ -367,11 +346,13 @@ std::int32_t open_client(const Server& server, qmi_idl_service_object_type servi
     client.server = server;
     client.ind_cb = ind_cb;
     client.ind_data = cb_data;
-    *handle = library.add(client);
-    if (library.link().knows(server)) return 0;
-    library.release(*handle);  // it went while the client was opened, and nobody would tell
-    *handle = nullptr;
-    return kServiceGone;
+    const qmi_client_handle opened = library.add(client);
+    if (!library.link().knows(server)) {
+        library.release(opened);  // it went while the client was opened, and nobody would tell
+        return kServiceGone;
+    }
+    *handle = opened;
+    return 0;
 }
 
 }  // namespace
@@ -438,9 +419,10 @@ int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t i
         std::vector<Server> servers;
         const std::int32_t result = library.link().list_servers(service->service_id, servers);
         if (result != 0) return result;
-        for (const Server& server : servers)
-            if (instance == QMI_CLIENT_INSTANCE_ANY || server.instance >> 8 == instance)
-                return open_client(server, service, ind_cb, cb_data, client);
+        for (const Server& server : servers) {
+            if (instance != QMI_CLIENT_INSTANCE_ANY && server.instance >> 8 != instance) continue;
+            if (open_client(server, service, ind_cb, cb_data, client) == 0) return 0;
+        }
         if (!library.link().wait_for_news(service->service_id, seen, deadline)) return kTimeout;
     }
 }

@@ -248,14 +248,6 @@ void hear(std::uint32_t id, const void* payload, std::uint32_t payload_len)
     ++told;
 }
 
-template <typename Condition>
-bool wait_until(Condition met)
-{
-    for (const auto end = steady_clock::now() + std::chrono::seconds(5); !met() && steady_clock::now() < end;)
-        std::this_thread::sleep_for(milliseconds(2));
-    return met();
-}
-
 std::string indication(std::uint32_t message, const std::string& tlvs)
 {
     return "[[indication]]\nservice = 'extended'\nmessage = " + std::to_string(message) + "\nafter_ms = 1\nbytes = '" +

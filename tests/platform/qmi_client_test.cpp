@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -32,8 +33,8 @@ struct envelope {
     uint8_t data_valid;
     uint8_t data[550];
 };
-constexpr idl_field envelope_fields[] = {
-    IDL_WORD(0x01, envelope, qmi_id), IDL_WORD(0x02, envelope, data_len), IDL_OPT_BYTES(0x10, envelope, data)};
+constexpr idl_field envelope_fields[] = {IDL_WORD(0x01, envelope, qmi_id), IDL_WORD(0x02, envelope, data_len),
+                                         IDL_OPT_BYTES(0x10, envelope, data)};
 constexpr idl_message messages[] = {idl_make<envelope>(2, REQUEST, envelope_fields, 567, 560),
                                     idl_make<envelope>(2, RESPONSE, envelope_fields, 567, 560),
                                     idl_make<envelope>(3, INDICATION, envelope_fields, 567, 560)};
@@ -114,8 +115,20 @@ class QmiClient : public HomeTest, public testing::WithParamInterface<const char
         return qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, timeout_ms);
     }
 
+    // From here on `wait_for_request` tells when a request has gone out.
+    void trace_to_file() { ::setenv("RBK_TRACE", trace_file().c_str(), 1); }
+    void wait_for_request() const
+    {
+        const auto end = steady_clock::now() + std::chrono::seconds(10);
+        while (lines_of(read_file(trace_file())).empty() && steady_clock::now() < end)
+            std::this_thread::sleep_for(milliseconds(1));
+    }
+    std::string trace_file() const { return (home() / "trace").string(); }
+
     std::optional<ModemProcess> process_;
 };
+
+constexpr char kSilence[] = "[[fault]]\nservice = \"extended\"\naction = \"silent\"\n";
 
 INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix", "qrtr"),
                          [](const auto& carrier) { return std::string(carrier.param); });
@@ -206,15 +219,40 @@ TEST_P(QmiClient, RefusesWhatCannotBeSent)
 
 TEST_P(QmiClient, ReleaseEndsARequestInFlight)
 {
-    use_modem("[[fault]]\nservice = \"extended\"\naction = \"silent\"\n");
+    trace_to_file();
+    use_modem(kSilence);
     qmi_client_handle client = open();
     auto result = std::async(std::launch::async, [&] {
         envelope response{};
         return send(client, echo_request(1), response, 60000);
     });
-    std::this_thread::sleep_for(milliseconds(50));
+    wait_for_request();
     EXPECT_EQ(qmi_client_release(client), 0);
-    EXPECT_NE(result.get(), 0);
+    EXPECT_EQ(result.get(), -2);
+}
+
+// The worker is joined by an exit handler that is older than the library, so after the library's own.
+TEST_P(QmiClient, TheEndOfTheProcessEndsARequestInFlight)
+{
+    trace_to_file();
+    use_modem(kSilence);
+    EXPECT_EXIT(
+        {
+            static std::thread worker;
+            static std::int32_t result = 0;
+            std::atexit([] {
+                worker.join();
+                if (result != -2) ::_exit(1);
+            });
+            qmi_client_handle client = open();
+            worker = std::thread([client] {
+                envelope response{};
+                result = send(client, echo_request(1), response, 60000);
+            });
+            wait_for_request();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 // ---- Services that come and go ----
@@ -288,7 +326,8 @@ TEST(QmiClientOverUnix, FindsAModemThatIsStartedAgain)
     envelope response{};
     EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 10000), -2);
     modem.emplace(dir.path());
-    ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 1000, &client), 0);
+    ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 1000, &client),
+              0);
     EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 10000), 0);
 }
 
@@ -331,6 +370,33 @@ TEST_P(QmiClient, HandsAnIndicationToEachClientOnAThreadOfItsOwn)
     EXPECT_NE(first.thread, std::this_thread::get_id());
 }
 
+TEST_P(QmiClient, ALostServiceTakesNoIndicationBack)
+{
+    std::string scenario;
+    for (const char* rule :
+         {"nth = 1\naction = \"indicate\"\nindication = 3\nbytes = \"01 00 00\"",
+          "nth = 2\naction = \"indicate\"\nindication = 3\nbytes = \"02 01 00 00\"", "nth = 3\naction = \"down\""})
+        scenario += std::string("[[fault]]\nservice = \"extended\"\nmessage = 2\n") + rule + "\n";
+    use_modem(scenario);
+    std::promise<void> lost;
+    Listener listener;
+    listener.act = [has_lost = lost.get_future().share()](qmi_client_handle, const void*, uint32_t length) {
+        has_lost.wait();
+        return std::to_string(length);
+    };
+    qmi_client_handle client = open(on_indication, &listener);
+    const auto on_error = [](qmi_client_handle, int32_t error, void* data) {
+        static_cast<Told*>(data)->add("error " + std::to_string(error));
+    };
+    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &listener.told), 0);
+    envelope response{};
+    EXPECT_EQ(send(client, echo_request(1), response), 0);
+    EXPECT_EQ(send(client, echo_request(1), response), 0);
+    EXPECT_EQ(send(client, echo_request(1), response), -2);
+    lost.set_value();
+    EXPECT_EQ(listener.told.wait(3), (std::vector<std::string>{"3: 3", "3: 4", "error -2"}));
+}
+
 TEST_P(QmiClient, ACallbackMayReleaseButNotSend)
 {
     use_modem(kIndication);
@@ -338,8 +404,8 @@ TEST_P(QmiClient, ACallbackMayReleaseButNotSend)
     listener.act = [](qmi_client_handle client, const void*, uint32_t) {
         const envelope request = echo_request(1);
         envelope response{};
-        const int32_t sent = qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response,
-                                                      sizeof response, 1000);
+        const int32_t sent =
+            qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 1000);
         return std::to_string(sent) + " " + std::to_string(qmi_client_release(client));
     };
     qmi_client_handle client = open(on_indication, &listener);
@@ -393,8 +459,7 @@ TEST_P(QmiClient, TheProcessMayEndInTheMiddleOfACallback)
 
 TEST_P(QmiClient, TracesWhatWentOverItsLinkInOrder)
 {
-    const std::string trace = (home() / "trace").string();
-    ::setenv("RBK_TRACE", trace.c_str(), 1);
+    trace_to_file();
     use_modem(kIndication);
     Listener listener;
     listener.act = [](qmi_client_handle, const void*, uint32_t) { return std::string(); };
@@ -403,12 +468,16 @@ TEST_P(QmiClient, TracesWhatWentOverItsLinkInOrder)
     ASSERT_EQ(send(client, echo_request(0xA1), response), 0);
     listener.told.wait(1);
 
-    const std::vector<std::string> lines = lines_of(read_file(trace));
+    const std::vector<std::string> lines = lines_of(read_file(trace_file()));
     ASSERT_EQ(lines.size(), 3u);
     const std::string zeros(2 * 546, '0');
     const std::string heads[] = {
-        " > svc=0xFFE4 req txn=1 msg=0x0002 len=567 010400030000000204000400000010" "2602A1020304" + zeros,
-        " < svc=0xFFE4 rsp txn=1 msg=0x0002 len=567 010400000000000204000400000010" "2602A1020304" + zeros,
+        " > svc=0xFFE4 req txn=1 msg=0x0002 len=567 010400030000000204000400000010"
+        "2602A1020304" +
+            zeros,
+        " < svc=0xFFE4 rsp txn=1 msg=0x0002 len=567 010400000000000204000400000010"
+        "2602A1020304" +
+            zeros,
         " < svc=0xFFE4 ind txn=0 msg=0x0003 len=14 0104000600000002040002000000",
     };
     for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(lines[i].substr(lines[i].find(' ')), heads[i]);

@@ -1,5 +1,6 @@
 #include "support/embedded_run.h"
 
+#include <bit>
 #include <cstdlib>
 #include <sstream>
 
@@ -76,6 +77,23 @@ std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::st
 {
     return "010400" + le(qmi_id, 4) + "020400" + le(data_len, 4) + "102602" + data +
            std::string(2 * 550 - data.size(), '0');
+}
+
+std::string tlv(std::uint8_t type, const std::string& value)
+{
+    return le(type, 1) + le(value.size() / 2, 2) + value;
+}
+
+std::string stats_parameter(std::uint16_t sub, std::uint16_t second_word, std::uint32_t id, const std::string& value,
+                            int value_len)
+{
+    const std::size_t told = value_len >= 0 ? static_cast<std::size_t>(value_len) : value.size() / 2;
+    return le(sub, 2) + le(second_word, 2) + le(id, 4) + le(told, 2) + value;
+}
+
+std::string f32(float value)
+{
+    return le(std::bit_cast<std::uint32_t>(value), 4);
 }
 
 std::string raw_answer(const std::string& tlvs, int nth)

@@ -2,8 +2,10 @@
 // the link and the copy of the log.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/home.h"
@@ -32,6 +34,15 @@ class EmbeddedRun : public HomeTest {
     std::vector<Traced> requests() const;
 };
 
+// Waits for what comes on another thread, at most some seconds. Whether it came.
+template <typename Condition>
+bool wait_until(Condition met)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (!met() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    return met();
+}
+
 // Different bytes, also from one chunk of a file to the next.
 std::vector<std::uint8_t> pattern(std::size_t size);
 
@@ -40,10 +51,20 @@ std::string hex(const std::vector<std::uint8_t>& bytes);
 // A number of `width` bytes as it stands on the wire, in hex.
 std::string le(std::uint64_t number, int width);
 
+// One TLV, in hex.
+std::string tlv(std::uint8_t type, const std::string& value);
+
 // The TLVs of an envelope, in hex; `data` is hex too, filled up with zeros.
 std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::string& data);
 
 // A rule of a scenario: the extended service answers its nth request, or each, with these TLVs.
 std::string raw_answer(const std::string& tlvs, int nth = 0);
+
+// One value of the statistics as it stands on the wire, in hex; `value_len` is what its count says, -1 for the truth.
+std::string stats_parameter(std::uint16_t sub, std::uint16_t second_word, std::uint32_t id, const std::string& value,
+                            int value_len = -1);
+
+// A float's four bytes, in hex.
+std::string f32(float value);
 
 }  // namespace rbk::test

@@ -28,12 +28,15 @@ int velmor_test_rf_do(int argc, char *argv[]);
 int velmor_test_nvefs_do(int argc, char *argv[]);
 int velmor_test_cmn_do(int argc, char *argv[]);
 int velmor_test_qmi_send_data_do(int argc, char *argv[]);
+int velmor_test_modem_stats_do(int argc, char *argv[]);
 int velmor_test_at_cmd_do(int argc, char *argv[]);
+int velmor_test_qmi_modem_stats_do(int argc, char *argv[]);
 int velmor_smart_test_do(int argc, char *argv[]);
 int velmor_test_qmi_do(int argc, char *argv[]);
+int velmor_test_mbn_do(int argc, char *argv[]);
 
 /* Help of a group: prints when `group` is RBK_GROUP_ALL or its own. The names of the two statistics groups cross over:
- * velmor_test_modem_stats_show_help belongs to RBK_GROUP_STATS_QMI, and the other one to RBK_GROUP_STATS. */
+ * velmor_test_modem_stats_show_help belongs to RBK_GROUP_STATS_QMI, and velmor_test_modem_stats_do to RBK_GROUP_STATS. */
 void velmor_test_rf_show_help(int group);
 void velmor_test_nvefs_show_help(int group);
 void velmor_test_cmn_show_help(int group);

@@ -58,10 +58,10 @@ int main(int argc, char *argv[])
     case RBK_GROUP_NVEFS: velmor_test_nvefs_do(argc, argv); break;
     case RBK_GROUP_CMN: velmor_test_cmn_do(argc, argv); break;
     case RBK_GROUP_SEND_DATA: velmor_test_qmi_send_data_do(argc, argv); break;
-    case RBK_GROUP_STATS: show_help(group); break;
+    case RBK_GROUP_STATS: velmor_test_modem_stats_do(argc, argv); break;
     case RBK_GROUP_AT: velmor_test_at_cmd_do(argc, argv); break;
-    case RBK_GROUP_STATS_QMI: show_help(group); break;
-    case RBK_GROUP_MBN: show_help(group); break;
+    case RBK_GROUP_STATS_QMI: velmor_test_qmi_modem_stats_do(argc, argv); break;
+    case RBK_GROUP_MBN: velmor_test_mbn_do(argc, argv); break;
     case RBK_GROUP_SMART: velmor_smart_test_do(argc, argv); break;
     case RBK_GROUP_QMI: velmor_test_qmi_do(argc, argv); break;
     default: show_help(RBK_GROUP_ALL); break;

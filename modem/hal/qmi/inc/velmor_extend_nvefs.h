@@ -8,7 +8,7 @@
  * Common to all:
  *   sub_id              subscription, 0 or 1
  *   nv_id               item, 0 to NV_ID_MAX
- *   efs_path, path_len  path, bytes; needs no terminator when it has none within path_len
+ *   efs_path, path_len  path, bytes without a terminator: all of them are read
  * Results: 0; the negative numbers below; a service's own error as in <errno.h>, negative too (-2: no such item).
  * Threads: any. */
 #ifndef VELMOR_EXTEND_NVEFS_H
