@@ -1,11 +1,13 @@
 // Group 10 as people run it: standard output under a mask without traces, compared whole, the order on the wire, and what
 // the modem has stored afterwards.
 #include <algorithm>
+#include <thread>
 
 #include "support/embedded_run.h"
 #include "support/program.h"
 #include "velmor_mbn_utils.h"
 #include "velmor_rbk_groups.h"
+#include "velmor_utils_cmn.h"
 
 namespace rbk::test {
 namespace {
@@ -219,18 +221,32 @@ TEST_F(MbnGroup, AbsentServiceIsToldByBothOperations)
 
 TEST_F(MbnGroup, NotifyWithoutAWaiterIsLostAndTheNextOneFreesIt)
 {
+    void* params = qcril_malloc_adv(8);
+    *static_cast<std::int32_t*>(params) = 1;
+    std::thread waiter([params] { velmor_qcril_pdc_test_thread_proc(params); });
+    EXPECT_TRUE(wait_until([&] { return log_count("velmor_pdc_test_req: pdc_test, wait ...") == 1; }));
+    g_pdc_info_ex.mutex.lock();  // has been given up by the sleeper
+    g_pdc_info_ex.mutex.unlock();
+    EXPECT_EQ(log_count("velmor_pdc_test_rsp: pdc_test, notify_one"), 1u);
+    EXPECT_EQ(log_count("velmor_pdc_test_req: pdc_test, wait end"), 0u);
+    velmor_pdc_test_rsp(1);
+    waiter.join();
+    EXPECT_EQ(log_count("velmor_pdc_test_req: pdc_test, wait end"), 1u);
+    EXPECT_EQ(calls(), std::vector<std::string>{"sleep 3"});
+}
+
+TEST_F(MbnGroup, MainSideNotifiesAfterTenSecondsAndStaysForAThousand)
+{
     show_levels("15");
-    setenv("RBK_TEST_DIVISOR", "100", 1);  // the thread has 100 ms to come to its wait
+    setenv("RBK_TEST_DIVISOR", "1000", 1);
     const std::string out = shown({"10", "31", "1"});
     std::size_t at = 0;
-    for (const char* words :
-         {"velmor_pdc_test_rsp: pdc_test, notify_one", "velmor_pdc_test_req: pdc_test, is_pdc_test_handling = 0",
-          "velmor_pdc_test_req: pdc_test, wait ...", "velmor_modem_wait_s: wait-end(10s)",
-          "velmor_pdc_test_rsp: pdc_test, notify_one", "velmor_pdc_test_req: pdc_test, wait end",
-          "velmor_modem_wait_s: wait-end(3s)", "velmor_modem_wait_s: wait-end(1000s)"}) {
+    for (const char* words : {"velmor_qcril_start_pdc_test_thread: flag = 1", "velmor_modem_wait_s: wait-end(10s)",
+                              "velmor_pdc_test_rsp: pdc_test, notify_one", "velmor_modem_wait_s: wait-end(1000s)"}) {
         at = out.find(words, at + 1);
-        EXPECT_NE(at, std::string::npos) << words;
+        EXPECT_NE(at, std::string::npos) << words << "\n" << out;
     }
+    EXPECT_EQ(log_count("velmor_pdc_test_rsp: pdc_test, notify_one"), 2u);  // the thread's own came before
     EXPECT_EQ(trace().size(), 0u);
 }
 
