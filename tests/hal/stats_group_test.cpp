@@ -5,10 +5,8 @@
 #include <limits>
 #include <thread>
 
-#include "support/embedded_run.h"
-#include "support/help_text.h"
+#include "support/group_test.h"
 #include "support/modem_process.h"
-#include "support/program.h"
 
 namespace rbk::test {
 namespace {
@@ -17,20 +15,7 @@ const std::string kData = "RIL[velmor_rbk_hydra_data.cpp:N] ";
 const std::string kTest = "RIL[velmor_rbk_hydra_test.cpp:N] ";
 const std::string kManager = "RIL[modem_hydra_mgr.cpp:N] ";
 
-using Words = std::vector<std::string>;
-
-std::string shown_by(const RunResult& result)
-{
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
-    return without_line_numbers(result.out);
-}
-
-class StatsGroup : public EmbeddedRun {
- public:
-    StatsGroup() { set_property("persist.vendor.radio.adb_log_shell", "11"); }
-    static std::string shown(const Words& words) { return shown_by(run_rbk(words)); }
-};
+class StatsGroup : public GroupTest {};
 
 // The line that group 9 begins with.
 std::string head(const std::string& opt, const std::string& sub)
@@ -300,7 +285,7 @@ TEST_F(StatsGroup, ShellUnderAnotherNameHasNoRight)
         "RIL[modem_hydra_api.cpp:N] modem_api_init_client: check fail, do nothing\n" +
         kManager + "modem_hydra_api_init_ex: modem_api_init_client failed\n";
     EXPECT_EQ(
-        shown_by(run({other.string(), "9", "20", "0"})),
+        without_line_numbers(run({other.string(), "9", "20", "0"}).out),
         head("20", "0") + refused + kManager + "modem_hydra_stats_start: The hydra is not inited, do nothing\n" +
             kManager + "modem_hydra_data_get: The hydra is not inited, will init it\n" + refused + kManager +
             "modem_hydra_data_get: The hydra init failed, will do nothing\n" + kManager +

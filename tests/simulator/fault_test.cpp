@@ -185,7 +185,7 @@ TEST(Restart, TakesTheServicesAwayAndBringsThemBack)
     WireClient watcher = modem.connect();
     const link::Address before = watcher.extended();
     ASSERT_EQ(watcher.lookup(0xFFE4).size(), 1u);
-    watcher.lookup(17);  // hears of its service alone, and of each server once
+    watcher.lookup(0xFFF0);  // of no service: what it watches is told of once
     asker.send(asker.extended(), 2, envelope_tlvs(4, 512, common_record(2, 31, Bytes{0, 0x10, 0, 0}).bytes));
     EXPECT_EQ(traffic(asker, "r2 - +"), "r2 - +");
     EXPECT_EQ(traffic(watcher, "- +"), "- +");
