@@ -140,7 +140,7 @@ TEST_F(Pdc, SelectionsAreStoredForEachSubscription)
 
 TEST_F(Pdc, SelectionsLastAndTheScenarioFillsOnlyAFreshState)
 {
-    const test::TempDir folder;
+    const TempDir folder;
     start(kTwo, folder.path() / "modem");
     EXPECT_EQ(ask(kSetSelected, named({0xA1}) + word(0x11, 1)), error(0));
     start("[pdc.sub0]\nactive = 'EE'\n", folder.path() / "modem");
@@ -207,7 +207,7 @@ TEST_F(Pdc, ConfigurationComesInFrames)
 
 TEST_F(Pdc, ReportIsStreamedInFrames)
 {
-    const test::TempDir folder;
+    const TempDir folder;
     write_file(folder.path() / "diff.xml", std::string(32768, 'a') + std::string(32768, 'b') + "c");
     start("report = '" + (folder.path() / "diff.xml").string() + "'\n" + kTwo);
     const auto frame = [](std::uint32_t index, std::size_t size, std::uint8_t fill) {
@@ -247,7 +247,7 @@ TEST_F(Pdc, BrokenRequestsAreAnsweredWithWhatIsWrong)
 
 TEST(PdcScenario, RefusesWhatItDoesNotKnow)
 {
-    const test::TempDir folder;
+    const TempDir folder;
     const auto refused = [&](const std::string& text) -> std::string {
         write_file(folder.path() / "scenario.toml", text);
         try {
