@@ -1,9 +1,9 @@
 // The UIM client over the link: the bytes of its messages, what it makes of answers, and when it connects anew.
 #include "velmor_extend_uim.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <regex>
 #include <thread>
 
 #include "support/embedded_run.h"
@@ -84,12 +84,14 @@ class UimClient : public EmbeddedRun {
     // What the client's file has logged since the last look, as "function: words", handles as H.
     std::vector<std::string> said()
     {
-        static const std::regex head(R"(^7 \[velmor_extend_cmn\.cpp:\d+\] )");
-        static const std::regex handle(R"(0x[0-9a-f]+)");
+        const std::string head = "7 [velmor_extend_cmn.cpp:";
         std::vector<std::string> lines;
-        for (const std::string& line : log()) {
-            if (!std::regex_search(line, head)) continue;
-            lines.push_back(std::regex_replace(std::regex_replace(line, head, ""), handle, "H"));
+        for (std::string line : log()) {
+            if (line.find(head) != 0) continue;
+            line.erase(0, line.find("] ") + 2);
+            const std::size_t handle = line.find("0x");
+            if (handle != std::string::npos) line.replace(handle, line.find(' ', handle) - handle, "H");
+            lines.push_back(line);
         }
         return lines;
     }
