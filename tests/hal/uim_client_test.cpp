@@ -366,6 +366,23 @@ TEST_F(UimClient, ThirdFailedSendDropsTheConnectionAndTheNextOneCountsAnew)
     EXPECT_EQ(said().back(), "velmor_esim_request_uicc_power_ex: uicc_power_ex res = -3, failed_cnt = 2");
 }
 
+// The mark and the count of the lost connection stay until there is a new one, and so does the end that they bring.
+TEST_F(UimClient, FailedConnectionAfterThreeFailuresEndsInRecovery)
+{
+    scenario("[modem]\nrestart_ms = 60000\n" + rule("", "nth = 1", "'silent'") + rule("", "nth = 2", "'silent'") +
+             rule("", "nth = 3", "'down'"));
+    scale_timeouts("0.1");
+    EXPECT_EQ(request_eid(), -3);
+    EXPECT_EQ(request_eid(), -3);
+    EXPECT_EQ(request_eid(), -2);
+    said();
+    EXPECT_EQ(get_card_status(), -1);
+    EXPECT_EQ(said(), (Calls{"init_uim_qmi_client: qmi_client_init UIM instance failed, qmi_client_error = -3",
+                             "velmor_uim_get_card_status: init_uim_qmi_client failed",
+                             "velmor_uim_get_card_status: QMI error, try recovery",
+                             "uim_qmi_client_recovery: uim_qmi_client_recovery qmi_client_release (nil)"}));
+}
+
 TEST_F(UimClient, FailedSimTypesDontCount)
 {
     scenario(rule("message = 0x007A", "", "'silent'"));
