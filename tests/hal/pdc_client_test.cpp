@@ -317,7 +317,8 @@ TEST_F(PdcClient, LateResultIsTheNextRequests)
 
 TEST_F(PdcClient, SecondIndicationFindsNoHolderAndIsTheNextRequests)
 {
-    open(ind_rule(34, "nth = 1\naction = 'twice'"));
+    // The second one half a second later, when the requester has left.
+    open("[[indication]]\nservice = 'pdc'\nmessage = 34\nafter_ms = 500\nbytes = '0102000000 11020001A1'\n");
     EXPECT_EQ(get_selected(), 0);
     EXPECT_EQ(hex({info.config_id, info.config_id + info.config_id_len}), kId);
     EXPECT_TRUE(wait_until([&] { return log_count("NULL pointer for get_sel_holder") == 1; }));
