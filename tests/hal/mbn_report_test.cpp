@@ -354,6 +354,7 @@ TEST_F(MbnFrames, ReportOfTenMegabytesIsStreamedJudgedAndSent)
         content += item("/nv/" + std::to_string(i), "1 2 3 ", std::string(2000, '4')) + same;
         expected += std::to_string(i) + " /nv/" + std::to_string(i) + " 1 2 3 |" + std::string(2000, '4') + "\n";
     }
+    setenv("RBK_TEST_DIVISOR", "1", 1);  // the whole stream has its 5 seconds
     setenv("RBK_TRACE", "/dev/null", 1);
     set_property("persist.vendor.radio.adb_log_shell", "1");  // the values are traced
     set_property("persist.vendor.radio.adb_log_velmor", "1");
