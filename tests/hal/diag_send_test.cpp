@@ -6,6 +6,8 @@
 #include <chrono>
 #include <thread>
 
+#include <sys/resource.h>
+
 #include "support/embedded_run.h"
 #include "support/program.h"
 
@@ -251,6 +253,30 @@ TEST_F(DiagSend, StreamsAreDumpedAndReachNobody)
     EXPECT_EQ(hex(send(Mode::dci, {0x7C}).bytes), "7C7C7C");
     EXPECT_GE(log_count("data hex show, len(2), data: 10 AA"), 2U);
     EXPECT_GE(log_count("data hex show, len(2), data: 60 BB"), 2U);
+}
+
+TEST_F(DiagSend, EmptyPacketIsJudgedByItsLength)
+{
+    scenario(response("7C", packet_of(0, 0) + packet_of(7, 7)));
+    EXPECT_EQ(send(Mode::callback, {0x7C}).len, 7);
+    EXPECT_EQ(log_count("Invalid parameter, len = 0"), 1U);
+    EXPECT_EQ(log_count("ptr is null"), 0U);
+}
+
+TEST_F(DiagSend, AnswerOfManyPacketsNeedsNoMoreRoomThanItsOwn)
+{
+    constexpr int kPackets = 500;
+    std::string packets;
+    for (int i = 0; i < kPackets; ++i) packets += packet_of(i % 251, 4096);
+    scenario(response("7C", packets + packet_of(1, 1)));
+    setenv("RBK_LOGCAT", "/dev/null", 1);
+    rusage before{};
+    rusage after{};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_EQ(send(Mode::dci, {0x7C}, 60000).len, 20000);
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 600 * 1024)
+        << "kB, of which a sanitizer takes most; all blocks: 1 GB";
 }
 
 TEST_F(DiagSend, ModemThatIsDownIsToldAndSentToAllTheSame)
