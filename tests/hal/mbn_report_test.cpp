@@ -406,8 +406,7 @@ TEST_F(MbnFrames, MissingFrameEndsWithTheTimerAndWithoutAMessage)
     validate(document(std::string(100'000, ' ')),
              "[[fault]]\nservice = 'pdc'\nmessage = 44\non = 'indication'\nnth = 4\naction = 'silent'\n");
     const int fd = g_pdc_info_ex.pdc_validate_config_req.dump_fd;
-    for (int i = 0; i < 10000 && g_pdc_info_ex.pdc_validate_config_req.is_pdc_validate_waiting != 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(wait_until([] { return g_pdc_info_ex.pdc_validate_config_req.is_pdc_validate_waiting == 0; }));
     g_pdc_info_ex.mutex.lock();                                    // the time-out has done its work
     EXPECT_EQ(g_pdc_info_ex.pdc_validate_config_req.dump_fd, fd);  // closed, and told still
     EXPECT_EQ(fcntl(fd, F_GETFD), -1);
@@ -453,9 +452,8 @@ TEST_F(MbnFrames, FinishedFileThatNobodyWantsIsNotParsed)
 {
     g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb = nullptr;
     validate(document(""));
-    for (int i = 0; i < 5000 && log_count("validate_dumped_cb is NULL, send_broadcast failed") == 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_EQ(log_count("g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb is NULL, send_broadcast failed"), 1u);
+    const std::string words = "g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb is NULL, send_broadcast failed";
+    EXPECT_TRUE(wait_until([&] { return log_count(words) == 1; }));
     EXPECT_EQ(log_count("validation abort"), 0u);  // not waiting any more
     EXPECT_EQ(take_messages().size(), 0u);
 }
