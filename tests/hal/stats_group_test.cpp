@@ -66,30 +66,32 @@ std::string nr_sample(float first)
 const std::string kNrFigures = "rsrp_rx1: -2.25, rsrp_rx2: -3.12, rsrp_rx3: -4.01, rsrq: -5.50\n";
 
 const Figure kFigures[] = {
-    {"LtePcc", "0", "0", 0, 82, lte_sample("3A070000", 1), "ASDIV DATA: earfcn: 1850, " + kLteFigures},
-    {"LteOnSub1", "0", "1", 1, 82, lte_sample("FFFFFF7F", 1), "ASDIV DATA: earfcn: 2147483647, " + kLteFigures},
-    {"LteScc1", "1", "0", 0, 103, lte_sample("01000000", 1), "ASDIV DATA: earfcn: 1, " + kLteFigures},
-    {"LteScc2", "2", "0", 0, 104, lte_sample("02000000", 1), "ASDIV DATA: earfcn: 2, " + kLteFigures},
-    {"LteScc3", "3", "0", 0, 105, lte_sample("03000000", 1), "ASDIV DATA: earfcn: 3, " + kLteFigures},
-    {"LteScc4", "4", "0", 0, 106, lte_sample("04000000", 1), "ASDIV DATA: earfcn: 4, " + kLteFigures},
-    {"LteScc5", "5", "0", 0, 107, lte_sample("05000000", 1), "ASDIV DATA: earfcn: 5, " + kLteFigures},
-    {"LteScc6", "6", "0", 0, 108, lte_sample("06000000", 1), "ASDIV DATA: earfcn: 6, " + kLteFigures},
-    {"NrRssi", "7", "1", 1, 94, "F1F2F3F4" + f32(-1) + f32(-2) + f32(-3) + f32(-4),
+    {"LteFiguresMixedUp", "0", "0", 0, 82, lte_sample("3A070000", 1), "ASDIV DATA: earfcn: 1850, " + kLteFigures},
+    {"SubNotPassedOn", "0", "1", 1, 82, lte_sample("FFFFFF7F", 1), "ASDIV DATA: earfcn: 2147483647, " + kLteFigures},
+    {"LteScc1TakenFromElsewhere", "1", "0", 0, 103, lte_sample("01000000", 1), "ASDIV DATA: earfcn: 1, " + kLteFigures},
+    {"LteScc2TakenFromElsewhere", "2", "0", 0, 104, lte_sample("02000000", 1), "ASDIV DATA: earfcn: 2, " + kLteFigures},
+    {"LteScc3TakenFromElsewhere", "3", "0", 0, 105, lte_sample("03000000", 1), "ASDIV DATA: earfcn: 3, " + kLteFigures},
+    {"LteScc4TakenFromElsewhere", "4", "0", 0, 106, lte_sample("04000000", 1), "ASDIV DATA: earfcn: 4, " + kLteFigures},
+    {"LteScc5TakenFromElsewhere", "5", "0", 0, 107, lte_sample("05000000", 1), "ASDIV DATA: earfcn: 5, " + kLteFigures},
+    {"LteScc6TakenFromElsewhere", "6", "0", 0, 108, lte_sample("06000000", 1), "ASDIV DATA: earfcn: 6, " + kLteFigures},
+    {"NrRssiMixedUp", "7", "1", 1, 94, "F1F2F3F4" + f32(-1) + f32(-2) + f32(-3) + f32(-4),
      "ASDIV DATA: rssi_rx0: -1.00, rssi_rx1: -2.00, rssi_rx2: -3.00, rssi_rx3: -4.00\n"},
-    {"NrSnr", "8", "1", 1, 112, "F1F2F3F4" + f32(1) + f32(2) + f32(3) + f32(4),
+    {"NrSnrMixedUp", "8", "1", 1, 112, "F1F2F3F4" + f32(1) + f32(2) + f32(3) + f32(4),
      "ASDIV DATA: snr_rx0: 1.00, snr_rx1: 2.00, snr_rx2: 3.00, snr_rx3: 4.00\n"},
-    {"NrAntennas", "9", "1", 1, 113,
+    {"NrAntennasMixedUp", "9", "1", 1, 113,
      "F1F2F3F4"
      "0102030405060708090A0BFF",
      "ASDIV DATA: ant_rx_0_old = 1, ant_rx_0_new = 2, ant_rx_1_old = 3, ant_rx_1_new = 4, ant_rx_2_old = 5, "
      "ant_rx_2_new = 6, ant_rx_3_old = 7, ant_rx_3_new = 8, ant_tx_0_old = 9, ant_tx_0_new = 10, ant_tx_1_old = 11, "
      "ant_tx_1_new = 255\n"},
-    {"NrPcc", "10", "1", 1, 135, nr_sample(-1), "ASDIV DATA: rsrp_rx0: -1.00, " + kNrFigures},
-    {"NrScc1", "11", "1", 1, 6, nr_sample(-7), "ASDIV DATA: rsrp_rx0: -7.00, " + kNrFigures},
-    {"NrScc2", "12", "1", 1, 7, nr_sample(-8), "ASDIV DATA: rsrp_rx0: -8.00, " + kNrFigures},
-    {"Wcdma", "20", "0", 0, 110, "F1" + f32(-71.5F) + f32(-73.25F), "ASDIV DATA: rx_agc_0: -71.50, rx_agc_1: -73.25\n"},
-    {"Gsm", "21", "0", 0, 111, "F1" + f32(-74.5F) + f32(-76.25F), "ASDIV DATA: rx_prx: -74.50, rx_drx: -76.25\n"},
-    {"AntennaInfoOfSub1", "30", "1", 0, 100,
+    {"NrFiguresMixedUp", "10", "1", 1, 135, nr_sample(-1), "ASDIV DATA: rsrp_rx0: -1.00, " + kNrFigures},
+    {"NrScc1TakenFromElsewhere", "11", "1", 1, 6, nr_sample(-7), "ASDIV DATA: rsrp_rx0: -7.00, " + kNrFigures},
+    {"NrScc2TakenFromElsewhere", "12", "1", 1, 7, nr_sample(-8), "ASDIV DATA: rsrp_rx0: -8.00, " + kNrFigures},
+    {"WcdmaFiguresMixedUp", "20", "0", 0, 110, "F1" + f32(-71.5F) + f32(-73.25F),
+     "ASDIV DATA: rx_agc_0: -71.50, rx_agc_1: -73.25\n"},
+    {"GsmFiguresMixedUp", "21", "0", 0, 111, "F1" + f32(-74.5F) + f32(-76.25F),
+     "ASDIV DATA: rx_prx: -74.50, rx_drx: -76.25\n"},
+    {"AntennaInfoOfSub1Asked", "30", "1", 0, 100,
      "F1"
      "04"
      "0201"
@@ -97,28 +99,28 @@ const Figure kFigures[] = {
      "05"
      "06",
      "ANT INFO: ant_num: 4, ant_path: 258, sig_path: 772, old_config: 5, new_config: 6\n"},
-    {"FiguresThatAreNoNumbers", "8", "0", 0, 112,
+    {"NoNumberMadeOne", "8", "0", 0, 112,
      "F1F2F3F4" + f32(std::nanf("")) + f32(-HUGE_VALF) + f32(std::numeric_limits<float>::denorm_min()) + f32(3e26F),
      "ASDIV DATA: snr_rx0: nan, snr_rx1: -inf, snr_rx2: 0.00, snr_rx3: 300000007613292870346211328.00\n"},
-    {"ShortSample", "21", "0", 0, 111, "F1" + f32(1) + "010203",
+    {"ShortSampleShown", "21", "0", 0, 111, "F1" + f32(1) + "010203",
      kManager +
          "modem_hydra_gsm_l1_rx_diversity_metrics_get: g_hydra_data_left(3) is not enough for rx_drx, id(0x6f)\n" +
          kData + "velmor_test_qmi_modem_stats_gsm_rssi: modem_hydra_gsm_l1_rx_diversity_metrics_get failed\n"},
-    {"PowerOfSub0", "31", "0", 0, 98,
+    {"PowerOfSub0TakenFromElsewhere", "31", "0", 0, 98,
      "F1"
      "FBFF"
      "F2"
      "F3F4"
      "F5F6",
      "TX INFO: tx_power = -5\n"},
-    {"PowerOfTheDataSubscription", "31", "2", 0, 98,
+    {"DataSubscriptionIgnored", "31", "2", 0, 98,
      "F1"
      "F9FF"
      "F2"
      "F3F4"
      "F5F6",
      "TX INFO: tx_power = -7\n"},
-    {"PowerOfTheStronger", "31", "7", 0, 98,
+    {"WeakerPowerShown", "31", "7", 0, 98,
      "F1"
      "6300"
      "F2"
