@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include "bench/home.h"
@@ -99,7 +100,7 @@ class ModemProcess {
         const std::string address = rbk::bench::modem_address();
         const std::string state = rbk::bench::home() + "/modem";
         const std::string program = RBK_BIN_DIR "/rbk-modem";
-        const std::string scenario = home_ + "/scenario.toml";
+        const std::string scenario = rbk::bench::home() + "/scenario.toml";
         std::ofstream(scenario) << "[pdc]\nindication_ms = 0\n";
         const char* arguments[] = {program.c_str(), "--listen",   address.c_str(),  "--state",
                                    state.c_str(),   "--scenario", scenario.c_str(), nullptr};

@@ -35,7 +35,7 @@ class Cards {
     // How many slots there are, at most kMostSlots. No other number than 1 to this one may be asked for below.
     std::uint8_t slot_count() const;
 
-    // What lies in the slot, with power or without.
+    // Of the card in the tray, with power or without; an eUICC beside it is there anyway.
     CardState state(std::uint8_t slot) const;
     int set_state(std::uint8_t slot, CardState state);
 

@@ -99,7 +99,8 @@ class UimService final : public Service {
 
     std::uint8_t slot_of(Call& call) const;
     std::uint8_t euicc_slot_of(Call& call) const;
-    bool has_euicc_at_work(std::uint8_t slot) const;
+    bool stands_on_euicc(std::uint8_t slot) const;
+    CardState state_of(std::uint8_t slot) const;
     void append_card(std::uint8_t slot, Bytes& status) const;
     void close_channels(std::uint8_t slot);
     void select(Call& call, std::uint8_t slot, ByteView aid_value);
@@ -132,17 +133,16 @@ std::uint8_t UimService::slot_of(Call& call) const
     return 0;
 }
 
-bool UimService::has_euicc_at_work(std::uint8_t slot) const
+bool UimService::stands_on_euicc(std::uint8_t slot) const
 {
-    return cards_.has_power(slot) && cards_.state(slot) == CardState::present && cards_.on_esim(slot) &&
-           cards_.has_euicc(slot);
+    return cards_.on_esim(slot) && cards_.has_euicc(slot);
 }
 
-// The same for a slot whose eUICC isn't there, has no power, or stands aside for the physical card.
+// 0 and a failed call also for a slot whose eUICC isn't there, has no power, or stands aside for the physical card.
 std::uint8_t UimService::euicc_slot_of(Call& call) const
 {
     const std::uint8_t slot = slot_of(call);
-    if (slot == 0 || has_euicc_at_work(slot)) return slot;
+    if (slot == 0 || (stands_on_euicc(slot) && cards_.has_power(slot))) return slot;
     call.fail(QmiError::not_in_this_state);
     return 0;
 }
@@ -191,15 +191,21 @@ void UimService::set_sim_types(Call& call)
 
 // ---- Card states ----
 
+// Of the side that the slot stands on. The eUICC is part of the phone, whatever lies in the tray.
+CardState UimService::state_of(std::uint8_t slot) const
+{
+    return stands_on_euicc(slot) ? CardState::present : cards_.state(slot);
+}
+
 void UimService::append_card(std::uint8_t slot, Bytes& status) const
 {
-    CardState state = cards_.state(slot);
+    CardState state = state_of(slot);
     CardError error = kNoError;
     if (state == CardState::present && !cards_.has_power(slot)) {
         state = CardState::error;
         error = kPoweredDown;
     }
-    const bool subscribed = state == CardState::present && (!cards_.on_esim(slot) || !cards_.profiles(slot).empty());
+    const bool subscribed = state == CardState::present && (!stands_on_euicc(slot) || !cards_.profiles(slot).empty());
     const std::uint8_t head[] = {
         static_cast<std::uint8_t>(state), 0, 0, 0, error, static_cast<std::uint8_t>(subscribed ? 1 : 0)};
     status.insert(status.end(), std::begin(head), std::end(head));

@@ -8,7 +8,7 @@
  * processor gets.
  *
  * Callbacks run on the library's own thread, one at a time and under no lock of the library. They may call nothing of
- * the library. `ptr` lives for the call only.
+ * the library. `ptr` lives for the call only, and isn't null, also for a packet without bytes.
  *
  * Codes: diag_callback_send_data answers 0 for success; the DCI operations DIAG_DCI_NO_ERROR. Any other number is a
  * failure: DIAG_REFUSED with `errno` set when the library itself refuses (ENOTCONN not started or modem gone, EBADF

@@ -463,20 +463,22 @@ void DiagLibrary::deliver(std::unique_lock<std::mutex>& lock, Packet& packet)
         in_callback_ = false;
         callback_ended_.notify_all();
     };
+    static std::uint8_t no_bytes[1];
+    std::uint8_t* const bytes = packet.bytes.empty() ? no_bytes : packet.bytes.data();
     const auto size = static_cast<std::int32_t>(packet.bytes.size());
     const auto what = static_cast<DiagPacket>(packet.head.what);
     if (what == DiagPacket::response) {
         const auto processor = static_cast<std::uint32_t>(packet.head.value);
         if (session_->logging_mode != CALLBACK_MODE || processor >= session_->callbacks.size()) return;
         const PacketCallback& target = session_->callbacks[processor];
-        if (target.callback != nullptr) call_back(target.callback, packet.bytes.data(), size, target.context);
+        if (target.callback != nullptr) call_back(target.callback, bytes, size, target.context);
         return;
     }
     const DciClient* client = find_client(packet.head.client);
     if (client == nullptr) return;
     if (what == DiagPacket::dci_log || what == DiagPacket::dci_event) {
         const diag_dci_stream_cb stream = what == DiagPacket::dci_log ? client->log : client->event;
-        if (stream != nullptr) call_back(stream, packet.bytes.data(), size);
+        if (stream != nullptr) call_back(stream, bytes, size);
         return;
     }
     const std::span<std::uint8_t> room = client->packet_room;

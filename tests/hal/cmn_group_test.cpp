@@ -44,6 +44,7 @@ TEST_F(CmnGroup, DiagAnswerIsShownInBothModes)
 
 TEST_F(CmnGroup, LongDciAnswersAreShownWhole)
 {
+    setenv("RBK_TEST_DIVISOR", "20", 1);  // 2 s for all packets
     scenario(
         "[[diag.response]]\nrequest = '01'\npackets = [ { fill = 0x4B, size = 4096 }, { fill = 0x4C, size = 904 } ]\n"
         "[[diag.response]]\nrequest = '02'\npackets = [ { fill = 0x4B, size = 4096 }, { fill = 0x4C, size = 4096 } ]\n"

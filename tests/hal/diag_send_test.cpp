@@ -6,6 +6,8 @@
 #include <chrono>
 #include <thread>
 
+#include <sys/resource.h>
+
 #include "support/embedded_run.h"
 #include "support/program.h"
 
@@ -48,7 +50,7 @@ class DiagSend : public EmbeddedRun {
  public:
     // Waits are as long as they say: an answer must not lose against a shortened time-out on a busy machine.
     DiagSend() { setenv("RBK_TEST_DIVISOR", "1", 1); }
-    static void shorten_waits() { setenv("RBK_TEST_DIVISOR", "100", 1); }
+    static void shorten_waits(const char* divisor = "100") { setenv("RBK_TEST_DIVISOR", divisor, 1); }
 
     static Reply send(Mode mode, const std::vector<std::uint8_t>& request, std::uint32_t wait_ms = 3000,
                       std::int32_t capacity = 20000)
@@ -253,6 +255,30 @@ TEST_F(DiagSend, StreamsAreDumpedAndReachNobody)
     EXPECT_GE(log_count("data hex show, len(2), data: 60 BB"), 2U);
 }
 
+TEST_F(DiagSend, EmptyPacketIsJudgedByItsLength)
+{
+    scenario(response("7C", packet_of(0, 0) + packet_of(7, 7)));
+    EXPECT_EQ(send(Mode::callback, {0x7C}).len, 7);
+    EXPECT_EQ(log_count("Invalid parameter, len = 0"), 1U);
+    EXPECT_EQ(log_count("ptr is null"), 0U);
+}
+
+TEST_F(DiagSend, AnswerOfManyPacketsNeedsNoMoreRoomThanItsOwn)
+{
+    constexpr int kPackets = 500;
+    std::string packets;
+    for (int i = 0; i < kPackets; ++i) packets += packet_of(i % 251, 4096);
+    scenario(response("7C", packets + packet_of(1, 1)));
+    setenv("RBK_LOGCAT", "/dev/null", 1);
+    rusage before{};
+    rusage after{};
+    getrusage(RUSAGE_SELF, &before);
+    EXPECT_EQ(send(Mode::dci, {0x7C}, 60000).len, 20000);
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 600 * 1024)
+        << "kB, of which a sanitizer takes most; all blocks: 1 GB";
+}
+
 TEST_F(DiagSend, ModemThatIsDownIsToldAndSentToAllTheSame)
 {
     scenario("[diag]\nmpss_up = false\n");
@@ -303,7 +329,7 @@ TEST_F(DiagSend, LongestTimeOutIsKept)
 
 TEST_F(DiagSend, AnswerOfWholeFragmentsCostsTheWholeTimeOut)
 {
-    shorten_waits();
+    shorten_waits("20");  // 2 s for both packets
     scenario(response("4B", packet_of(1, 4096) + packet_of(2, 4096)));
     const Reply reply = send(Mode::dci, {0x4B}, 40000);
     EXPECT_EQ(reply.result, 0);
@@ -315,9 +341,10 @@ TEST_F(DiagSend, AnswerOfWholeFragmentsCostsTheWholeTimeOut)
 
 TEST_F(DiagSend, TimeOutOfALaterSendFindsTheEarlierLength)
 {
-    shorten_waits();
+    shorten_waits("10");
     scenario(fault("from = 2\naction = 'silent'"));
     ASSERT_EQ(send(Mode::dci, {0x7C}, 60000).len, 11);
+    shorten_waits();
     const Reply reply = send_into_silence(Mode::dci, 100);
     EXPECT_EQ(reply.result, 1);
     EXPECT_EQ(reply.len, 11);
@@ -326,7 +353,7 @@ TEST_F(DiagSend, TimeOutOfALaterSendFindsTheEarlierLength)
 
 TEST_F(DiagSend, TimeOutInCallbackModeHandsTheEarlierAnswerOut)
 {
-    shorten_waits();
+    shorten_waits("10");
     scenario(response("7C", packet_of(0x7C, 9)) + response("4B", packet_of(0x4B, 4096)));
     ASSERT_EQ(send(Mode::callback, {0x7C}, 60000).result, 0);
     Reply reply = send_into_silence(Mode::callback, 100);
@@ -443,7 +470,6 @@ TEST_F(DiagSend, SendsWaitForEachOther)
 
 TEST_F(DiagSend, CallbackWorkerSendsAndSleeps)
 {
-    setenv("RBK_TEST_DIVISOR", "2", 1);  // packets pass while it sleeps
     const std::uint8_t request[] = {0x7C};
     EXPECT_EQ(velmor_diag_cmd_send_without_result_by_callback_mode(request, 1), 0);
     ASSERT_TRUE(said("will sleep 3s before quit"));
@@ -457,7 +483,7 @@ TEST_F(DiagSend, CallbackWorkerSendsAndSleeps)
 
 TEST_F(DiagSend, DciWorkerReleasesBeforeTheStop)
 {
-    setenv("RBK_TEST_DIVISOR", "10", 1);
+    shorten_waits("2");  // half a second for packets to pass
     scenario("[[diag.stream]]\nkind = 'log'\nbytes = '10 AA'\nevery_ms = 5\n" + failing("dci_release", 7));
     const std::uint8_t request[] = {0x7C};
     EXPECT_EQ(velmor_diag_cmd_send_without_result_by_dci_mode(request, 1), 0);

@@ -354,6 +354,7 @@ TEST_F(MbnFrames, ReportOfTenMegabytesIsStreamedJudgedAndSent)
         content += item("/nv/" + std::to_string(i), "1 2 3 ", std::string(2000, '4')) + same;
         expected += std::to_string(i) + " /nv/" + std::to_string(i) + " 1 2 3 |" + std::string(2000, '4') + "\n";
     }
+    setenv("RBK_TEST_DIVISOR", "1", 1);  // the whole stream has its 5 seconds
     setenv("RBK_TRACE", "/dev/null", 1);
     set_property("persist.vendor.radio.adb_log_shell", "1");  // the values are traced
     set_property("persist.vendor.radio.adb_log_velmor", "1");
@@ -406,8 +407,7 @@ TEST_F(MbnFrames, MissingFrameEndsWithTheTimerAndWithoutAMessage)
     validate(document(std::string(100'000, ' ')),
              "[[fault]]\nservice = 'pdc'\nmessage = 44\non = 'indication'\nnth = 4\naction = 'silent'\n");
     const int fd = g_pdc_info_ex.pdc_validate_config_req.dump_fd;
-    for (int i = 0; i < 10000 && g_pdc_info_ex.pdc_validate_config_req.is_pdc_validate_waiting != 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(wait_until([] { return g_pdc_info_ex.pdc_validate_config_req.is_pdc_validate_waiting == 0; }));
     g_pdc_info_ex.mutex.lock();                                    // the time-out has done its work
     EXPECT_EQ(g_pdc_info_ex.pdc_validate_config_req.dump_fd, fd);  // closed, and told still
     EXPECT_EQ(fcntl(fd, F_GETFD), -1);
@@ -453,9 +453,8 @@ TEST_F(MbnFrames, FinishedFileThatNobodyWantsIsNotParsed)
 {
     g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb = nullptr;
     validate(document(""));
-    for (int i = 0; i < 5000 && log_count("validate_dumped_cb is NULL, send_broadcast failed") == 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_EQ(log_count("g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb is NULL, send_broadcast failed"), 1u);
+    const std::string words = "g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb is NULL, send_broadcast failed";
+    EXPECT_TRUE(wait_until([&] { return log_count(words) == 1; }));
     EXPECT_EQ(log_count("validation abort"), 0u);  // not waiting any more
     EXPECT_EQ(take_messages().size(), 0u);
 }

@@ -1,7 +1,4 @@
 // Listing in chunks and what the modem tells of one configuration, through requesters as the radio daemon has them.
-#include <functional>
-#include <thread>
-
 #include "pdc_utils.h"
 #include "support/embedded_run.h"
 #include "velmor_utils_cmn.h"
@@ -200,9 +197,7 @@ TEST_F(PdcList, ChunksThatNobodyAskedForChangeNothing)
     open("[[indication]]\nservice = 'pdc'\nmessage = 36\nafter_ms = 20\nbytes = '0102000000'\n");
     static pdc_config_pdc_info info;
     EXPECT_EQ(pdc_get_current_config_ex(&info, PDC_CONFIG_TYPE_MODEM_SW_V01, 0), 0);
-    for (int i = 0; i < 2000 && log_count("is_pdc_list_handling is not running, do nothing") == 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_EQ(log_count("is_pdc_list_handling is not running, do nothing"), 1u);
+    EXPECT_TRUE(wait_until([&] { return log_count("is_pdc_list_handling is not running, do nothing") == 1; }));
     EXPECT_EQ(g_pdc_info_ex.pdc_list.is_pdc_list_done, 0);
     EXPECT_EQ(list_configs().result, 0);
 }

@@ -1,9 +1,9 @@
 // The UIM client over the link: the bytes of its messages, what it makes of answers, and when it connects anew.
 #include "velmor_extend_uim.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <regex>
 #include <thread>
 
 #include "support/embedded_run.h"
@@ -84,12 +84,14 @@ class UimClient : public EmbeddedRun {
     // What the client's file has logged since the last look, as "function: words", handles as H.
     std::vector<std::string> said()
     {
-        static const std::regex head(R"(^7 \[velmor_extend_cmn\.cpp:\d+\] )");
-        static const std::regex handle(R"(0x[0-9a-f]+)");
+        const std::string head = "7 [velmor_extend_cmn.cpp:";
         std::vector<std::string> lines;
-        for (const std::string& line : log()) {
-            if (!std::regex_search(line, head)) continue;
-            lines.push_back(std::regex_replace(std::regex_replace(line, head, ""), handle, "H"));
+        for (std::string line : log()) {
+            if (line.find(head) != 0) continue;
+            line.erase(0, line.find("] ") + 2);
+            const std::size_t handle = line.find("0x");
+            if (handle != std::string::npos) line.replace(handle, line.find(' ', handle) - handle, "H");
+            lines.push_back(line);
         }
         return lines;
     }
@@ -362,6 +364,23 @@ TEST_F(UimClient, ThirdFailedSendDropsTheConnectionAndTheNextOneCountsAnew)
     EXPECT_EQ(send_apdu(), -3);
     EXPECT_EQ(power_down(), -3);
     EXPECT_EQ(said().back(), "velmor_esim_request_uicc_power_ex: uicc_power_ex res = -3, failed_cnt = 2");
+}
+
+// The mark and the count of the lost connection stay until there is a new one, and so does the end that they bring.
+TEST_F(UimClient, FailedConnectionAfterThreeFailuresEndsInRecovery)
+{
+    scenario("[modem]\nrestart_ms = 60000\n" + rule("", "nth = 1", "'silent'") + rule("", "nth = 2", "'silent'") +
+             rule("", "nth = 3", "'down'"));
+    scale_timeouts("0.1");
+    EXPECT_EQ(request_eid(), -3);
+    EXPECT_EQ(request_eid(), -3);
+    EXPECT_EQ(request_eid(), -2);
+    said();
+    EXPECT_EQ(get_card_status(), -1);
+    EXPECT_EQ(said(), (Calls{"init_uim_qmi_client: qmi_client_init UIM instance failed, qmi_client_error = -3",
+                             "velmor_uim_get_card_status: init_uim_qmi_client failed",
+                             "velmor_uim_get_card_status: QMI error, try recovery",
+                             "uim_qmi_client_recovery: uim_qmi_client_recovery qmi_client_release (nil)"}));
 }
 
 TEST_F(UimClient, FailedSimTypesDontCount)

@@ -180,7 +180,7 @@ TEST(Indication, ComesAgainUntilItsClientHasGone)
 
 TEST(Restart, TakesTheServicesAwayAndBringsThemBack)
 {
-    RunningModem modem("[modem]\nrestart_ms = 30\n");
+    RunningModem modem("[modem]\nservices = ['extended']\nrestart_ms = 30\n");
     WireClient asker = modem.connect();
     WireClient watcher = modem.connect();
     const link::Address before = watcher.extended();

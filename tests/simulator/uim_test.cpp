@@ -116,6 +116,18 @@ TEST_F(UimPhone, EidIsThereAsLongAsTheSlotStandsOnThePoweredEsim)
     EXPECT_EQ(error(client, kEid, slot(2)), 0);
 }
 
+TEST_F(UimPhone, EuiccIsThereWithoutACardInTheTray)
+{
+    start("[[card]]\n[[card]]\nstate = 'absent'\neid = '89049032123451234512345678901235'\neid_after = 0\n");
+    WireClient client = connect();
+    EXPECT_EQ(states(client), (Bytes{1, 0, 0, 0}));
+    EXPECT_EQ(error(client, kSimTypes, kToEsim), 0);
+    EXPECT_EQ(states(client), (Bytes{1, 0, 1, 0}));
+    EXPECT_EQ(value(ask(client, kEid, slot(2)), 0x10).size(), 17u);
+    EXPECT_EQ(error(client, kSimTypes, kToPhysical), 0);
+    EXPECT_EQ(states(client), (Bytes{1, 0, 0, 0}));
+}
+
 TEST_F(UimPhone, FourthChannelIsRefusedUntilOneIsClosed)
 {
     start();

@@ -1,10 +1,11 @@
-/* Blocks of an answer. Those that were replaced wait in one list for the library's stop. */
+/* Blocks of an answer. One that can't be freed on the spot waits in a list for the library's stop. */
 #include "velmor_diag_rsp.h"
 
 #include <stdlib.h>
 #include <string.h>
 
 static std::atomic<diag_rsp_block *> g_diag_rsp_retired;
+static std::atomic<diag_rsp_block *> g_diag_rsp_copied;  // what the sender copies from at this moment; null: nothing
 
 uint8_t *diag_rsp_bytes(diag_rsp_block *block)
 {
@@ -24,15 +25,40 @@ void diag_rsp_copy(diag_rsp_block *block, uint8_t *to, int32_t len)
     memcpy(to, diag_rsp_bytes(block), static_cast<size_t>(len < block->size ? len : block->size));
 }
 
-void diag_rsp_replace(std::atomic<diag_rsp_block *> &place, diag_rsp_block *block)
+void diag_rsp_hand_out(const std::atomic<diag_rsp_block *> &place, uint8_t *to, int32_t len)
 {
-    diag_rsp_block *earlier = place.exchange(block, std::memory_order_acq_rel);
-    if (earlier == nullptr) return;
+    /* Named first and looked at again: a block that still has its place then isn't freed before it is unnamed. */
+    diag_rsp_block *block = nullptr;
+    do {
+        block = place.load();
+        g_diag_rsp_copied.store(block);
+    } while (block != place.load());
+    diag_rsp_copy(block, to, len);
+    g_diag_rsp_copied.store(nullptr);
+}
+
+static void retire(diag_rsp_block *block)
+{
     diag_rsp_block *next = g_diag_rsp_retired.load(std::memory_order_relaxed);
     do {
-        earlier->retired_next = next;
+        block->retired_next = next;
     } while (
-        !g_diag_rsp_retired.compare_exchange_weak(next, earlier, std::memory_order_release, std::memory_order_relaxed));
+        !g_diag_rsp_retired.compare_exchange_weak(next, block, std::memory_order_release, std::memory_order_relaxed));
+}
+
+void diag_rsp_replace(std::atomic<diag_rsp_block *> &place, diag_rsp_block *block)
+{
+    diag_rsp_block *earlier = place.exchange(block);
+    if (earlier != nullptr && earlier == g_diag_rsp_copied.load())
+        retire(earlier);
+    else
+        free(earlier);
+}
+
+void diag_rsp_retire(std::atomic<diag_rsp_block *> &place)
+{
+    diag_rsp_block *earlier = place.exchange(nullptr);
+    if (earlier != nullptr) retire(earlier);
 }
 
 void diag_rsp_free_retired()

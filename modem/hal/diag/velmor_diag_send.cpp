@@ -282,7 +282,7 @@ static void hand_back(const char *name, int line, uint8_t *reply_buf, int32_t *p
     LOG_FROM(name, line, 4, "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", data_size,
              length, reply_len);
     *p_reply_len = data_size;
-    if (data_size >= 1) diag_rsp_copy(g_qcril_diag_rsp_buf.data.load(std::memory_order_acquire), reply_buf, data_size);
+    if (data_size >= 1) diag_rsp_hand_out(g_qcril_diag_rsp_buf.data, reply_buf, data_size);
 }
 
 /* Result of the send: 1 when the wait thread gave up. */
@@ -523,8 +523,8 @@ static int32_t await_dci_response(const char *name, uint32_t wait_time_ms, uint8
     LOG_FROM(name, __LINE__, 4, "Dci Command time = %d", wait_cnt);
     await_response();
     hand_back(name, __LINE__, reply_buf, p_reply_len);
-    diag_rsp_replace(g_diag_rsp_prev, nullptr);
-    diag_rsp_replace(g_qcril_diag_rsp_buf.data, nullptr);  // its length stays
+    diag_rsp_retire(g_diag_rsp_prev);
+    diag_rsp_retire(g_qcril_diag_rsp_buf.data);  // its length stays
     return take_time_out();
 }
 

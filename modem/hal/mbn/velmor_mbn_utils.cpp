@@ -338,7 +338,7 @@ int32_t velmor_convert_nv_string_to_bytes(const char *string_val, char **bytes)
         return -1;
     }
     const size_t string_len = strlen(string_val);
-    char        *converted = static_cast<char *>(qcril_malloc_adv(string_len));
+    char        *converted = static_cast<char *>(calloc(1, string_len));
     if (converted == nullptr) {
         LOG(1, "Failed to allocate the memory: %s", strerror(errno));
         return -1;
@@ -400,19 +400,20 @@ void velmor_get_profile_apn_name(const char *ref_val, char *apn_name)
     free(bytes);
 }
 
-/* Reports under its caller's name and line. */
-static bool convert_profile(const char *name, int line, const char *value, char **bytes, int32_t *len)
+/* Whether two converted profiles are the same. What their headers hold doesn't count. Reports under its caller's name. */
+static bool profiles_match(const char *name, const char *ref, int32_t ref_len, const char *dev, int32_t dev_len)
 {
-    *len = velmor_convert_nv_string_to_bytes(value, bytes);
-    if (*len < 0) {
-        LOG_FROM(name, line, 1, "velmor_convert_nv_string_to_bytes return -1");
+    constexpr int32_t head_size = PROFILE_HEAD_SIZE;
+    if (ref_len < 0 || dev_len < 0) {
+        LOG_FROM(name, __LINE__, 1, "velmor_convert_nv_string_to_bytes return -1");
         return false;
     }
-    if (*len <= static_cast<int32_t>(PROFILE_HEAD_SIZE)) {
-        LOG_FROM(name, line, 1, "Invalid data len");
+    if (ref_len <= head_size || dev_len <= head_size) {
+        LOG_FROM(name, __LINE__, 1, "Invalid data len");
         return false;
     }
-    return true;
+    return ref_len == dev_len &&
+           memcmp(ref + head_size, dev + head_size, static_cast<size_t>(ref_len - head_size)) == 0;
 }
 
 int32_t velmor_compare_profile_content(const char *ref_val, const char *dev_val)
@@ -421,17 +422,12 @@ int32_t velmor_compare_profile_content(const char *ref_val, const char *dev_val)
         LOG(1, "ref_val null or dev_val null");
         return 0;
     }
-    char   *ref = nullptr;
-    char   *dev = nullptr;
-    int32_t ref_len = 0;
-    int32_t dev_len = 0;
-    int32_t same = 0;
-    if (convert_profile(__func__, __LINE__, ref_val, &ref, &ref_len) &&
-        convert_profile(__func__, __LINE__, dev_val, &dev, &dev_len)) {
-        const size_t rest = static_cast<size_t>(ref_len) - PROFILE_HEAD_SIZE;
-        same = ref_len == dev_len && memcmp(ref + PROFILE_HEAD_SIZE, dev + PROFILE_HEAD_SIZE, rest) == 0;
-    }
-    if (same != 0) LOG(4, "velmor_compare_profile_content same");
+    char         *ref = nullptr;
+    char         *dev = nullptr;
+    const int32_t ref_len = velmor_convert_nv_string_to_bytes(ref_val, &ref);
+    const int32_t dev_len = velmor_convert_nv_string_to_bytes(dev_val, &dev);
+    const bool    same = profiles_match(__func__, ref, ref_len, dev, dev_len);
+    if (same) LOG(4, "velmor_compare_profile_content same");
     free(ref);
     free(dev);
     return same;
