@@ -14,7 +14,8 @@
 namespace rbk::sim {
 namespace {
 
-constexpr std::size_t kLongestSample = 3000;  // more than the 700 bytes that clients take, for their tests; ten fit into an answer
+// More than the 700 bytes that clients take, for their tests; ten fit into an answer.
+constexpr std::size_t kLongestSample = 3000;
 
 // ---- What stands in a sample ----
 

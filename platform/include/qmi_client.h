@@ -105,7 +105,7 @@ int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, cons
                                  void *response, uint32_t response_size, uint32_t timeout_ms);
 
 /* Turns the TLVs of a message into its structure.
- *   client           open: its service object tells the tables
+ *   client           open: its service object tells the tables; a callback's own client may be released beside it
  *   kind, msg_id     which message
  *   raw, raw_len     the TLVs, bytes
  *   structure, size  receives the structure, bytes; untouched unless the result is 0

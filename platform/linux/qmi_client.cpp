@@ -76,6 +76,7 @@ class ClientLibrary final : public LinkListener {
 
     qmi_client_handle add(const Client& client);
     bool find(qmi_client_handle handle, Client& client);
+    bool find_told(qmi_client_handle handle, Client& client);
     std::int32_t set_error_callback(qmi_client_handle handle, qmi_client_error_cb callback, void* data);
     std::int32_t release(qmi_client_handle handle);
     std::int32_t exchange(const Client& client, Transaction& transaction, const link::QmiHead& head, ByteView tlvs,
@@ -107,6 +108,7 @@ class ClientLibrary final : public LinkListener {
     std::condition_variable event_came_;
     std::condition_variable callback_ended_;
     qmi_client_handle in_callback_ GUARDED_BY(mutex_) = nullptr;  // whose callback is running
+    const Client* told_ GUARDED_BY(mutex_) = nullptr;             // the same client, as it was when the callback began
     bool stopped_ GUARDED_BY(mutex_) = false;
 };
 
@@ -159,6 +161,15 @@ bool ClientLibrary::find(qmi_client_handle handle, Client& client)
     const auto found = clients_.find(handle);
     if (found == clients_.end()) return false;
     client = found->second;
+    return true;
+}
+
+// For a callback of the client: it is still there for it when another thread has begun to release it.
+bool ClientLibrary::find_told(qmi_client_handle handle, Client& client)
+{
+    const std::lock_guard lock(mutex_);
+    if (!on_callback_thread || in_callback_ != handle) return false;
+    client = *told_;
     return true;
 }
 
@@ -322,10 +333,12 @@ void ClientLibrary::run_callbacks()
         if (found == clients_.end()) continue;  // released meanwhile
         const Client client = found->second;
         in_callback_ = event.client;
+        told_ = &client;
         lock.unlock();
         tell(client, event);
         lock.lock();
         in_callback_ = nullptr;
+        told_ = nullptr;
         callback_ended_.notify_all();
     }
 }
@@ -462,8 +475,9 @@ int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, cons
 int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_message kind, uint32_t msg_id,
                                   const void* raw, uint32_t raw_len, void* structure, uint32_t size)
 {
+    ClientLibrary& library = ClientLibrary::get();
     Client found;
-    if (!ClientLibrary::get().find(client, found)) return kInternal;
+    if (!library.find(client, found) && !library.find_told(client, found)) return kInternal;
     const idl_message* message = find_message(*found.service, kind, msg_id);
     if (message == nullptr || size != message->size || (raw == nullptr && raw_len != 0) ||
         (structure == nullptr && size != 0))

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <thread>
 
 #include "support/embedded_run.h"
 
@@ -106,6 +107,24 @@ TEST_F(Hydra, ValueOf701BytesComesCutTo700)
     EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 1);
     EXPECT_EQ(log_count("id = 100, data_len = 700"), 1U);
     EXPECT_EQ(record.sig_path, 0x0303);
+}
+
+TEST_F(Hydra, ViewsOfTwoThreadsRunOneAfterTheOther)
+{
+    scenario("[[fault]]\nservice = 'vs'\nmessage = 0x0207\nnth = 1\naction = 'delay'\nms = 100\n");
+    ASSERT_EQ(modem_hydra_api_init(), 1);
+    modem_hydra_wcdma_pn_search_edition2 wcdma{};
+    std::thread first([&] { modem_hydra_wcdma_pn_search_edition2_get(1, &wcdma); });
+    EXPECT_TRUE(wait_until([&] { return requests().size() == 1; }));
+    modem_hydra_gsm_l1_rx_diversity_metrics gsm{};
+    EXPECT_EQ(modem_hydra_gsm_l1_rx_diversity_metrics_get(0, &gsm), 1);
+    first.join();
+
+    std::string order;
+    for (const Traced& message : trace()) order += message.to_modem ? '>' : '<';
+    EXPECT_EQ(order, "><><");
+    EXPECT_EQ(wcdma.rx_agc_1, -77.25F);
+    EXPECT_EQ(gsm.rx_drx, -76.25F);
 }
 
 // ---- Unpacking ----

@@ -188,7 +188,7 @@ class ModemApiAnswer : public ModemApi, public testing::WithParamInterface<Answe
 TEST_P(ModemApiAnswer, IsCutToTheRoomOrBecomesACode)
 {
     scenario("[[fault]]\nservice = 'vs'\nmessage = 0x0207\n" + GetParam().rule);
-    scale_timeouts("0.002");
+    if (GetParam().result == 11) scale_timeouts("0.01");
     open();
     data.para_num = 1;
     for (stats_para_entry& entry : data.ids) entry.value_len = 0;

@@ -9,20 +9,25 @@
 
 #include "velmor_utils_cmn.h"
 
-/* QMI errors that have a result of their own. */
-enum : uint32_t {
-    QMI_ERR_NONE = 0,
-    QMI_ERR_ABORTED = 4,
-    QMI_ERR_INVALID_ARGUMENT_FIELD = 17,
-    QMI_ERR_MISSING_ARGUMENT = 19,
-    QMI_ERR_24 = 24,
-    QMI_ERR_NO_EFFECT = 26,
-    QMI_ERR_42 = 42,
-    QMI_ERR_INVALID_ARGUMENT = 48,
-    QMI_ERR_49 = 49,
-    QMI_ERR_DEVICE_NOT_READY = 52,
-    QMI_ERR_77 = 77,
-    QMI_ERR_NOT_SUPPORTED = 94,
+/* What the modem's own errors become; any other is a general failure. */
+static const struct {
+    uint32_t qmi_error;
+    int32_t  result;
+} error_results[] = {
+    // clang-format off
+    { 0, MODEM_API_SUCCESS},        // none
+    { 4, MODEM_API_ABORTED},        // aborted
+    {17, MODEM_API_BAD_ARGUMENT},   // invalid argument field
+    {19, MODEM_API_BAD_ARGUMENT},   // missing argument
+    {24, MODEM_API_NOT_SUPPORTED},
+    {26, MODEM_API_SUCCESS},        // no effect: nothing to do isn't a failure
+    {42, MODEM_API_NOT_SUPPORTED},
+    {48, MODEM_API_BAD_ARGUMENT},   // invalid argument
+    {49, MODEM_API_BAD_ARGUMENT},
+    {52, MODEM_API_NOT_READY},      // device not ready
+    {77, MODEM_API_NOT_SUPPORTED},
+    {94, MODEM_API_NOT_SUPPORTED},  // not supported
+    // clang-format on
 };
 
 modem_api_client *g_modem_api_clients[MODEM_API_CLIENTS_MAX];
@@ -80,21 +85,9 @@ int32_t modem_api_map_qmi_error_to_modem_api(int32_t transport_code, const qmi_r
      * needs the answer misses it by itself. */
     if (response->result == 0) return MODEM_API_SUCCESS;
     if (response->result != 1) return MODEM_API_FAILURE;
-    switch (response->error) {
-    case QMI_ERR_NONE:
-    case QMI_ERR_NO_EFFECT: return MODEM_API_SUCCESS;  // nothing to do isn't a failure
-    case QMI_ERR_ABORTED: return MODEM_API_ABORTED;
-    case QMI_ERR_INVALID_ARGUMENT_FIELD:
-    case QMI_ERR_MISSING_ARGUMENT:
-    case QMI_ERR_INVALID_ARGUMENT:
-    case QMI_ERR_49: return MODEM_API_BAD_ARGUMENT;
-    case QMI_ERR_24:
-    case QMI_ERR_42:
-    case QMI_ERR_77:
-    case QMI_ERR_NOT_SUPPORTED: return MODEM_API_NOT_SUPPORTED;
-    case QMI_ERR_DEVICE_NOT_READY: return MODEM_API_NOT_READY;
-    default: return MODEM_API_FAILURE;
-    }
+    for (const auto &row : error_results)
+        if (row.qmi_error == response->error) return row.result;
+    return MODEM_API_FAILURE;
 }
 
 // ---- Set-up ----

@@ -192,11 +192,9 @@ struct hydra_field {
     uint32_t    offset;
     uint32_t    size;  // 1, 2 or 4
 };
-#define HYDRA_DATA_UNPK(record, field)                         \
-    hydra_field                                                \
-    {                                                          \
-#field, offsetof(record, field), sizeof(record::field) \
-    }
+// clang-format off
+#define HYDRA_DATA_UNPK(record, field) hydra_field{#field, offsetof(record, field), sizeof(record::field)}
+// clang-format on
 
 /* Takes the next field off the sample, whatever its alignment. Reports under the view's name. */
 static bool unpack_field(const char *name, int line, const hydra_field *field, void *record)
