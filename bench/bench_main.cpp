@@ -27,8 +27,8 @@ class Medians : public benchmark::ConsoleReporter {
         for (const Run& run : runs) {
             if (run.error_occurred) failed = true;
             if (run.aggregate_name == "median")
-                times[run.run_name.function_name] = run.real_accumulated_time * 1e9 /
-                                                    static_cast<double>(run.iterations == 0 ? 1 : run.iterations);
+                times[run.run_name.function_name] =
+                    run.real_accumulated_time * 1e9 / static_cast<double>(run.iterations == 0 ? 1 : run.iterations);
         }
         ConsoleReporter::ReportRuns(runs);
     }
@@ -56,9 +56,9 @@ void print(const Ratio& row, const std::map<std::string, double>& times)
     if (time == times.end() || floor == times.end()) return;  // filtered out
     const bool is_ratio = row.bound == Bound::ratio;
     const double figure = is_ratio ? time->second / floor->second : time->second - floor->second;
-    std::printf("%-64s %6.2f %-3s (at most %5.1f) %s   %s against %s\n", row.what.c_str(), figure, is_ratio ? "x" : "ns",
-                row.limit, figure <= row.limit ? "met   " : "MISSED", time_text(time->second).c_str(),
-                time_text(floor->second).c_str());
+    std::printf("%-64s %6.2f %-3s (at most %5.1f) %s   %s against %s\n", row.what.c_str(), figure,
+                is_ratio ? "x" : "ns", row.limit, figure <= row.limit ? "met   " : "MISSED",
+                time_text(time->second).c_str(), time_text(floor->second).c_str());
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 namespace rbk::bench {
 
 enum class Bound {
-    ratio,          // time at most `limit` times the floor's
-    nanoseconds,    // time at most the floor's and `limit` ns
+    ratio,        // time at most `limit` times the floor's
+    nanoseconds,  // time at most the floor's and `limit` ns
 };
 
 struct Ratio {

@@ -11,7 +11,8 @@
 namespace rbk::sim {
 
 struct ModemOptions {
-    std::filesystem::path state;  // state directory, filled from the scenario when fresh; empty: nothing is kept or found
+    std::filesystem::path
+        state;  // state directory, filled from the scenario when fresh; empty: nothing is kept or found
     std::optional<std::filesystem::path> scenario;  // none: the built-in phone
 };
 

@@ -20,15 +20,15 @@ typedef struct qmi_client_handle_tag *qmi_client_handle;
 
 /* Where a caller waits for news of a service. Zeroed by its owner before the first use; filled by the library. */
 typedef struct {
-    uint32_t service_id;   // watched for, 0 before the notifier is set up
-    uint32_t news_seen;    // count of changes of the service list that the owner has been woken for
+    uint32_t service_id;  // watched for, 0 before the notifier is set up
+    uint32_t news_seen;   // count of changes of the service list that the owner has been woken for
 } qmi_client_os_params;
 
 /* One server of a service, as the service list tells it. All zero: none. */
 typedef struct {
     uint32_t service_id;
-    uint32_t instance;   // version in the low byte, instance number above it
-    uint32_t node;       // address on the link
+    uint32_t instance;  // version in the low byte, instance number above it
+    uint32_t node;      // address on the link
     uint32_t port;
 } qmi_service_info;
 
@@ -58,8 +58,8 @@ int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client
  *   num_entries   in: rows in `table`; out: rows filled. May be null when `table` is
  *   num_services  receives the count of servers there are, also when that is more than the table holds
  * Result: 0 when at least one server is known, -2 when none is, -1 for a null argument, -4 or -5. Threads: any. */
-int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service_info *table,
-                                    uint32_t *num_entries, uint32_t *num_services);
+int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service_info *table, uint32_t *num_entries,
+                                    uint32_t *num_services);
 
 /* Waits until the service list that `os_params` watches has changed, at most `timeout_ms` milliseconds. A change that
  * came since the last wait ends it at once.

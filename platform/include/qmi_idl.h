@@ -26,11 +26,11 @@ struct qmi_response_type {
 /* ---- Rows ---- */
 
 enum idl_form : uint8_t {
-    IDL_SINGLE,        // one element
-    IDL_FIXED,         // `limit` elements, always all of them, no count on the wire
-    IDL_COUNTED,       // a count of count_width bytes, then that many elements
-    IDL_CHARACTERS,    // text: alone in its TLV the TLV's length counts it, inside a record a byte does
-    IDL_RESERVED_BYTES // room in memory that nothing on the wire fills
+    IDL_SINGLE,         // one element
+    IDL_FIXED,          // `limit` elements, always all of them, no count on the wire
+    IDL_COUNTED,        // a count of count_width bytes, then that many elements
+    IDL_CHARACTERS,     // text: alone in its TLV the TLV's length counts it, inside a record a byte does
+    IDL_RESERVED_BYTES  // room in memory that nothing on the wire fills
 };
 
 struct idl_field;
@@ -93,8 +93,10 @@ constexpr uint32_t IDL_ROWS_MAX = 64;
 /* TLV type of rows inside a record, which have none of their own. */
 constexpr uint8_t IN_RECORD = 0;
 
-#define IDL_ROW_(tlv, T, m, form, optional, flag, count, count_width, limit, record, memory, wire, asked)             \
+// clang-format off
+#define IDL_ROW_(tlv, T, m, form, optional, flag, count, count_width, limit, record, memory, wire, asked) \
     idl_field { #m, record, offsetof(T, m), flag, count, limit, memory, wire, asked, count_width, tlv, form, optional }
+// clang-format on
 
 #define IDL_ONE_(tlv, T, m, wire, asked) \
     IDL_ROW_(tlv, T, m, IDL_SINGLE, false, 0, 0, 0, 1, nullptr, sizeof(T::m), wire, asked)
@@ -116,17 +118,17 @@ constexpr uint8_t IN_RECORD = 0;
 #define IDL_OPT_ENUM8(tlv, T, m) IDL_OPT_ONE_(tlv, T, m, 1, 4)
 
 /* A fixed array of numbers: all of it on the wire, without a count. */
-#define IDL_ARRAY(tlv, T, m)                                                                                     \
-    IDL_ROW_(tlv, T, m, IDL_FIXED, false, 0, 0, 0, std::extent_v<decltype(T::m)>, nullptr, sizeof(T::m[0]),      \
+#define IDL_ARRAY(tlv, T, m)                                                                                \
+    IDL_ROW_(tlv, T, m, IDL_FIXED, false, 0, 0, 0, std::extent_v<decltype(T::m)>, nullptr, sizeof(T::m[0]), \
              sizeof(T::m[0]), 0)
-#define IDL_OPT_BYTES(tlv, T, m)                                                                                 \
-    IDL_ROW_(tlv, T, m, IDL_FIXED, true, offsetof(T, m##_valid), 0, 0, std::extent_v<decltype(T::m)>, nullptr,   \
+#define IDL_OPT_BYTES(tlv, T, m)                                                                               \
+    IDL_ROW_(tlv, T, m, IDL_FIXED, true, offsetof(T, m##_valid), 0, 0, std::extent_v<decltype(T::m)>, nullptr, \
              sizeof(T::m[0]), 1, 1)
 
 /* A counted array of numbers. Its count takes one byte where the room is below 256 elements, else two. */
 #define IDL_COUNT_WIDTH_(T, m) (std::extent_v<decltype(T::m)> < 256 ? 1 : 2)
-#define IDL_COUNTED_ARRAY(tlv, T, m)                                                                             \
-    IDL_ROW_(tlv, T, m, IDL_COUNTED, false, 0, offsetof(T, m##_len), IDL_COUNT_WIDTH_(T, m),                     \
+#define IDL_COUNTED_ARRAY(tlv, T, m)                                                         \
+    IDL_ROW_(tlv, T, m, IDL_COUNTED, false, 0, offsetof(T, m##_len), IDL_COUNT_WIDTH_(T, m), \
              std::extent_v<decltype(T::m)>, nullptr, sizeof(T::m[0]), sizeof(T::m[0]), 0)
 #define IDL_OPT_COUNTED_ARRAY(tlv, T, m)                                                                         \
     IDL_ROW_(tlv, T, m, IDL_COUNTED, true, offsetof(T, m##_valid), offsetof(T, m##_len), IDL_COUNT_WIDTH_(T, m), \
@@ -135,31 +137,29 @@ constexpr uint8_t IN_RECORD = 0;
 /* A text: `char m[limit + 1]`. */
 #define IDL_TEXT(tlv, T, m) \
     IDL_ROW_(tlv, T, m, IDL_CHARACTERS, false, 0, 0, 1, sizeof(T::m) - 1, nullptr, sizeof(T::m[0]), 1, 1)
-#define IDL_OPT_TEXT(tlv, T, m)                                                                                  \
-    IDL_ROW_(tlv, T, m, IDL_CHARACTERS, true, offsetof(T, m##_valid), 0, 1, sizeof(T::m) - 1, nullptr,           \
+#define IDL_OPT_TEXT(tlv, T, m)                                                                        \
+    IDL_ROW_(tlv, T, m, IDL_CHARACTERS, true, offsetof(T, m##_valid), 0, 1, sizeof(T::m) - 1, nullptr, \
              sizeof(T::m[0]), 1, 1)
 
 /* A nested structure, a fixed table of them, and counted tables. IDL_WIDE_ tables have a two-byte count whatever their
  * room. `record` is an idl_record made with idl_record_of. */
-#define IDL_RECORD(tlv, T, m, record) \
-    IDL_ROW_(tlv, T, m, IDL_SINGLE, false, 0, 0, 0, 1, &(record), sizeof(T::m), 0, 0)
+#define IDL_RECORD(tlv, T, m, record) IDL_ROW_(tlv, T, m, IDL_SINGLE, false, 0, 0, 0, 1, &(record), sizeof(T::m), 0, 0)
 #define IDL_OPT_RECORD(tlv, T, m, record) \
     IDL_ROW_(tlv, T, m, IDL_SINGLE, true, offsetof(T, m##_valid), 0, 0, 1, &(record), sizeof(T::m), 0, 0)
-#define IDL_TABLE(tlv, T, m, record)                                                                             \
+#define IDL_TABLE(tlv, T, m, record) \
     IDL_ROW_(tlv, T, m, IDL_FIXED, false, 0, 0, 0, std::extent_v<decltype(T::m)>, &(record), sizeof(T::m[0]), 0, 0)
-#define IDL_COUNTED_TABLE(tlv, T, m, record)                                                                     \
-    IDL_ROW_(tlv, T, m, IDL_COUNTED, false, 0, offsetof(T, m##_len), IDL_COUNT_WIDTH_(T, m),                     \
+#define IDL_COUNTED_TABLE(tlv, T, m, record)                                                 \
+    IDL_ROW_(tlv, T, m, IDL_COUNTED, false, 0, offsetof(T, m##_len), IDL_COUNT_WIDTH_(T, m), \
              std::extent_v<decltype(T::m)>, &(record), sizeof(T::m[0]), 0, 0)
 #define IDL_OPT_COUNTED_TABLE(tlv, T, m, record)                                                                 \
     IDL_ROW_(tlv, T, m, IDL_COUNTED, true, offsetof(T, m##_valid), offsetof(T, m##_len), IDL_COUNT_WIDTH_(T, m), \
              std::extent_v<decltype(T::m)>, &(record), sizeof(T::m[0]), 0, 0)
-#define IDL_OPT_WIDE_COUNTED_TABLE(tlv, T, m, record)                                                            \
-    IDL_ROW_(tlv, T, m, IDL_COUNTED, true, offsetof(T, m##_valid), offsetof(T, m##_len), 2,                      \
+#define IDL_OPT_WIDE_COUNTED_TABLE(tlv, T, m, record)                                       \
+    IDL_ROW_(tlv, T, m, IDL_COUNTED, true, offsetof(T, m##_valid), offsetof(T, m##_len), 2, \
              std::extent_v<decltype(T::m)>, &(record), sizeof(T::m[0]), 0, 0)
 
 /* Bytes of the structure that no TLV fills; they read as zero after a decode. */
-#define IDL_RESERVED(T, m) \
-    IDL_ROW_(IN_RECORD, T, m, IDL_RESERVED_BYTES, false, 0, 0, 0, sizeof(T::m), nullptr, 1, 1, 0)
+#define IDL_RESERVED(T, m) IDL_ROW_(IN_RECORD, T, m, IDL_RESERVED_BYTES, false, 0, 0, 0, sizeof(T::m), nullptr, 1, 1, 0)
 
 /* The result TLV of a published service's response: two bytes each on the wire, words in memory. */
 #define IDL_RESULT(T, m) IDL_RECORD(0x02, T, m, idl_result_record)
@@ -200,17 +200,17 @@ inline constexpr idl_record idl_result_record = idl_record_of<qmi_response_type>
 
 enum idl_fault {
     IDL_SOUND,
-    LONGEST_DIFFERS,      // the rows make a longest form of another length than the service states
-    SIZE_DIFFERS,         // the structure has another size than the service states
-    MEMBER_WIDTH_DIFFERS, // a member is wider or narrower than its row's macro says
-    BYTES_UNCLAIMED,      // bytes of a structure that no row and no reserved block claims
-    BYTES_OUT_OF_ORDER,   // a row claims bytes that an earlier row has, or rows don't follow the structure
-    RECORD_SIZE_DIFFERS,  // a nested structure is described by the rows of another one
-    COUNT_TOO_NARROW,     // the count's width can't tell the array's limit
-    TLV_MISSING,          // a row of a message without a TLV type, or one of a record with it
-    ROWS_TOO_MANY,        // more rows than the codec can tick off
-    TLV_TWICE,            // two rows of a message with one TLV type
-    MESSAGE_TWICE,        // two messages of one kind and id
+    LONGEST_DIFFERS,       // the rows make a longest form of another length than the service states
+    SIZE_DIFFERS,          // the structure has another size than the service states
+    MEMBER_WIDTH_DIFFERS,  // a member is wider or narrower than its row's macro says
+    BYTES_UNCLAIMED,       // bytes of a structure that no row and no reserved block claims
+    BYTES_OUT_OF_ORDER,    // a row claims bytes that an earlier row has, or rows don't follow the structure
+    RECORD_SIZE_DIFFERS,   // a nested structure is described by the rows of another one
+    COUNT_TOO_NARROW,      // the count's width can't tell the array's limit
+    TLV_MISSING,           // a row of a message without a TLV type, or one of a record with it
+    ROWS_TOO_MANY,         // more rows than the codec can tick off
+    TLV_TWICE,             // two rows of a message with one TLV type
+    MESSAGE_TWICE,         // two messages of one kind and id
     SERVICE_LONGEST_DIFFERS
 };
 
@@ -331,8 +331,7 @@ struct idl_proof<IDL_SOUND, message> {
     static constexpr bool holds = true;
 };
 
-#define IDL_PROVE(messages) \
-    static_assert(idl_proof<idl_check(messages).fault, idl_check(messages).message>::holds)
+#define IDL_PROVE(messages) static_assert(idl_proof<idl_check(messages).fault, idl_check(messages).message>::holds)
 
 /* Makes a service object of a proven table; `longest` is what the service states of all its messages. */
 template <std::size_t N>
@@ -350,9 +349,9 @@ constexpr uint32_t idl_service_longest(const qmi_idl_service_object &service)
     return longest;
 }
 
-#define IDL_PROVE_SERVICE(service)                                                                              \
-    static_assert(idl_proof<idl_service_longest(service) == (service).longest ? IDL_SOUND : SERVICE_LONGEST_DIFFERS, \
-                            static_cast<uint16_t>((service).service_id)>::holds)
+#define IDL_PROVE_SERVICE(service)                                                                                     \
+    static_assert(idl_proof < idl_service_longest(service) == (service).longest ? IDL_SOUND : SERVICE_LONGEST_DIFFERS, \
+                  static_cast<uint16_t>((service).service_id) > ::holds)
 
 /* ---- What the library offers ---- */
 

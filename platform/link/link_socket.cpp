@@ -75,8 +75,7 @@ LinkSocket LinkSocket::connect_unix(const std::string& path, std::string& error)
     }
     std::memcpy(address.sun_path, path.data(), path.size());
     LinkSocket socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0), Carrier::seqpacket);
-    if (!socket.is_open() ||
-        ::connect(socket.fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    if (!socket.is_open() || ::connect(socket.fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         error = path + ": " + error_text(errno);
         return {};
     }
@@ -124,7 +123,7 @@ SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wai
     while (::sendmsg(fd_, &message, flags) < 0) {
         if (errno == EINTR) continue;
         return errno == EAGAIN || errno == EWOULDBLOCK || errno == ENOBUFS ? SendResult::would_block
-                                                                          : SendResult::closed;
+                                                                           : SendResult::closed;
     }
     return SendResult::sent;
 }

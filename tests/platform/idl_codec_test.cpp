@@ -41,18 +41,22 @@ struct forms {
     uint8_t wide[256];
 };
 constexpr idl_field forms_fields[] = {
-    IDL_RESULT(forms, response),           IDL_COUNTED_ARRAY(0x01, forms, numbers),
-    IDL_OPT_BYTES(0x10, forms, fixed),     IDL_OPT_WIDE_COUNTED_TABLE(0x11, forms, points, point_record),
-    IDL_OPT_TEXT(0x12, forms, name),       IDL_LONG(0x03, forms, serial),
+    IDL_RESULT(forms, response),
+    IDL_COUNTED_ARRAY(0x01, forms, numbers),
+    IDL_OPT_BYTES(0x10, forms, fixed),
+    IDL_OPT_WIDE_COUNTED_TABLE(0x11, forms, points, point_record),
+    IDL_OPT_TEXT(0x12, forms, name),
+    IDL_LONG(0x03, forms, serial),
     IDL_OPT_COUNTED_ARRAY(0x13, forms, wide),
 };
-constexpr uint32_t kLongest = 7 + (3 + 1 + 6) + (3 + 2) + (3 + 2 + 2 * (1 + 1 + 2 + 1 + 1 + 4)) + (3 + 6) + 11 +
-                              (3 + 2 + 256);
+constexpr uint32_t kLongest =
+    7 + (3 + 1 + 6) + (3 + 2) + (3 + 2 + 2 * (1 + 1 + 2 + 1 + 1 + 4)) + (3 + 6) + 11 + (3 + 2 + 256);
 constexpr idl_message forms_messages[] = {idl_make<forms>(7, RESPONSE, forms_fields, kLongest, sizeof(forms)),
                                           idl_empty(8, REQUEST)};
 IDL_PROVE(forms_messages);
 constexpr const idl_message& kForms = forms_messages[0];
 
+// clang-format off
 const Bytes kMandatory = {0x02, 4, 0, 1, 0, 52, 0,                                // result 1, error 52
                           0x01, 5, 0, 2, 0x11, 0x22, 0x33, 0x44,                  // two numbers
                           0x03, 8, 0, 1, 2, 3, 4, 5, 6, 7, 8};                    // serial
@@ -61,6 +65,7 @@ const Bytes kOptional = {0x10, 2, 0, 0xA1, 0xA2,                                
                          8, 0, 0x78, 0x56, 6, 1, 'c',                             //
                          0x12, 3, 0, 'N', 'e', 't',                               // a text that its TLV counts
                          0x13, 5, 0, 3, 0, 0xC1, 0xC2, 0xC3};
+// clang-format on
 
 Bytes operator+(Bytes left, const Bytes& right)
 {
