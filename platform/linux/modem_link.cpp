@@ -165,10 +165,12 @@ void ModemLink::read_while_nobody_waits()
             opened_.wait(lock);
         else if (is_read_ || waiting_ > 0)
             opened_.wait_for(lock, kIdle);
-        else if (steady_clock::now() < idle_from)
+        else if (!soon_ && steady_clock::now() < idle_from)
             opened_.wait_until(lock, idle_from);
-        else
+        else {
+            soon_ = false;
             read(lock, Deadline::max());
+        }
     }
 }
 
@@ -183,6 +185,13 @@ void ModemLink::wake()
     const std::lock_guard lock(mutex_);
     changed_.notify_all();
     if (is_read_ && reader_ != std::this_thread::get_id()) socket_->wake();
+}
+
+void ModemLink::read_soon()
+{
+    const std::lock_guard lock(mutex_);
+    soon_ = true;
+    opened_.notify_one();
 }
 
 void ModemLink::dispatch(const link::Datagram& datagram)
