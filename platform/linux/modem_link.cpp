@@ -165,12 +165,10 @@ void ModemLink::read_while_nobody_waits()
             opened_.wait(lock);
         else if (is_read_ || waiting_ > 0)
             opened_.wait_for(lock, kIdle);
-        else if (!soon_ && steady_clock::now() < idle_from)
+        else if (steady_clock::now() < idle_from)
             opened_.wait_until(lock, idle_from);
-        else {
-            soon_ = false;
+        else
             read(lock, Deadline::max());
-        }
     }
 }
 
@@ -185,13 +183,6 @@ void ModemLink::wake()
     const std::lock_guard lock(mutex_);
     changed_.notify_all();
     if (is_read_ && reader_ != std::this_thread::get_id()) socket_->wake();
-}
-
-void ModemLink::read_soon()
-{
-    const std::lock_guard lock(mutex_);
-    soon_ = true;
-    opened_.notify_one();
 }
 
 void ModemLink::dispatch(const link::Datagram& datagram)

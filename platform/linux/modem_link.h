@@ -72,8 +72,6 @@ class ModemLink {
     bool wait(const std::atomic<bool>& done, Deadline deadline);
     // After setting what somebody waits for.
     void wake();
-    // The modem is about to say something unasked: the link is read at once, though nobody waits.
-    void read_soon();
 
     // Sends one datagram. `traced` writes its line of the trace, under the trace's lock, when the send has succeeded.
     // 0, -2 the modem is gone, -3 the deadline has passed while the link was full.
@@ -129,9 +127,8 @@ class ModemLink {
     Deadline last_read_ GUARDED_BY(mutex_);
     std::uint32_t waiting_ GUARDED_BY(mutex_) = 0;  // threads that would read
     std::vector<std::uint8_t> buffer_;
-    bool soon_ GUARDED_BY(mutex_) = false;  // the idle reader doesn't hold back
     std::thread idle_reader_ GUARDED_BY(mutex_);
-    std::condition_variable opened_;  // for the idle reader: the link has opened, is to be read soon, or is to stop
+    std::condition_variable opened_;  // for the idle reader: the link has opened, or is to stop
 };
 
 }  // namespace rbk::platform

@@ -13,7 +13,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <thread>
 
 #include "platform/linux/callback_thread.h"
@@ -103,7 +102,6 @@ class ClientLibrary final : public LinkListener {
     std::uintptr_t last_handle_ GUARDED_BY(mutex_) = 0;
     Transaction* waiting_ GUARDED_BY(mutex_) = nullptr;
     std::uint16_t last_transaction_ GUARDED_BY(mutex_) = 0;
-    std::set<std::uint32_t> speaking_ GUARDED_BY(mutex_);  // services that have sent indications
 
     std::thread callbacks_ GUARDED_BY(mutex_);
     std::deque<Event> events_ GUARDED_BY(mutex_);
@@ -251,8 +249,6 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     lock.lock();
     if (!answered) finish(transaction, sent != 0 ? sent : stopped_ ? kServiceGone : kTimeout);
     end_transaction(transaction);
-    // Where the service has spoken unasked before, what its answer leads to often comes that way.
-    if (transaction.result == 0 && speaking_.contains(client.server.service)) link_.read_soon();
     return transaction.result;
 }
 
@@ -268,7 +264,6 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
     }
     const std::lock_guard lock(mutex_);
     if (message->head.kind == link::QmiKind::indication) {
-        speaking_.insert(from.service);
         // Told to whom it came: a service that goes away before a callback's turn takes nothing back.
         for (const auto& [handle, client] : clients_)
             if (client.server.address == from.address && client.ind_cb != nullptr && !client.gone)
