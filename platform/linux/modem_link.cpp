@@ -15,8 +15,9 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 // After an answer the next request often follows at once, from a thread that will read by itself: so long nobody reads in
-// its stead. An indication that comes in this time is read at its end.
+// its stead. An indication that comes in this time is read at its end, unless it is expected.
 constexpr milliseconds kIdle{2};
+constexpr milliseconds kExpecting{1000};
 
 // A modem that takes a lookup and never ends its answer counts as one without the service after this long.
 constexpr milliseconds kLookupBound{5000};
@@ -132,7 +133,7 @@ bool ModemLink::wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done
         else
             changed_.wait_until(lock, deadline);
     }
-    --waiting_;
+    if (--waiting_ == 0 && steady_clock::now() < expecting_until_) opened_.notify_one();
     return done();
 }
 
@@ -160,12 +161,13 @@ void ModemLink::read_while_nobody_waits()
 {
     std::unique_lock lock(mutex_);
     while (state_ != State::stopped) {
-        const Deadline idle_from = last_read_ + kIdle;
+        const auto now = steady_clock::now();
+        const Deadline idle_from = now < expecting_until_ ? now : last_read_ + kIdle;
         if (state_ != State::open)
             opened_.wait(lock);
         else if (is_read_ || waiting_ > 0)
             opened_.wait_for(lock, kIdle);
-        else if (steady_clock::now() < idle_from)
+        else if (now < idle_from)
             opened_.wait_until(lock, idle_from);
         else
             read(lock, Deadline::max());
@@ -183,6 +185,12 @@ void ModemLink::wake()
     const std::lock_guard lock(mutex_);
     changed_.notify_all();
     if (is_read_ && reader_ != std::this_thread::get_id()) socket_->wake();
+}
+
+void ModemLink::expect_indication()
+{
+    const std::lock_guard lock(mutex_);
+    expecting_until_ = steady_clock::now() + kExpecting;
 }
 
 void ModemLink::dispatch(const link::Datagram& datagram)

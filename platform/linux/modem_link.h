@@ -72,6 +72,9 @@ class ModemLink {
     bool wait(const std::atomic<bool>& done, Deadline deadline);
     // After setting what somebody waits for.
     void wake();
+    // Before a request that an indication follows: for the next second the link is read without a pause, so that the
+    // indication doesn't wait for the link's own thread to take over.
+    void expect_indication();
 
     // Sends one datagram. `traced` writes its line of the trace, under the trace's lock, when the send has succeeded.
     // 0, -2 the modem is gone, -3 the deadline has passed while the link was full.
@@ -125,6 +128,7 @@ class ModemLink {
     bool is_read_ GUARDED_BY(mutex_) = false;  // somebody reads; the buffer is theirs
     std::thread::id reader_ GUARDED_BY(mutex_);
     Deadline last_read_ GUARDED_BY(mutex_);
+    Deadline expecting_until_ GUARDED_BY(mutex_);
     std::uint32_t waiting_ GUARDED_BY(mutex_) = 0;  // threads that would read
     std::vector<std::uint8_t> buffer_;
     std::thread idle_reader_ GUARDED_BY(mutex_);

@@ -242,6 +242,8 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     link::store_qmi_head(head_bytes.data(), sent_head);
 
     lock.unlock();
+    // Where a service sends a request's own message as an indication too, that is how it tells the outcome.
+    if (find_message(*client.service, INDICATION, head.message) != nullptr) link_.expect_indication();
     const std::int32_t sent = link_.send(client.server.address, head_bytes, tlvs, end, [&](LinkTrace& trace) {
         trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
     });

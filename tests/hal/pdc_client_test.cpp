@@ -317,8 +317,10 @@ TEST_F(PdcClient, LateResultIsTheNextRequests)
 
 TEST_F(PdcClient, SecondIndicationFindsNoHolderAndIsTheNextRequests)
 {
-    // The second one half a second later, when the requester has left.
-    open("[[indication]]\nservice = 'pdc'\nmessage = 34\nafter_ms = 500\nbytes = '0102000000 11020001A1'\n");
+    // The second one half a second later, when the requester has left; and the next request's own one comes late, so that
+    // it can't overtake its requester.
+    open("[[indication]]\nservice = 'pdc'\nmessage = 34\nafter_ms = 500\nbytes = '0102000000 11020001A1'\n" +
+         ind_rule(34, "from = 2\naction = 'delay'\nms = 300"));
     EXPECT_EQ(get_selected(), 0);
     EXPECT_EQ(hex({info.config_id, info.config_id + info.config_id_len}), kId);
     EXPECT_TRUE(wait_until([&] { return log_count("NULL pointer for get_sel_holder") == 1; }));
