@@ -205,6 +205,12 @@ TEST_F(MbnGroup, ClientIsOpenedOnceUnlessForced)
     EXPECT_EQ(velmor_mbn_init(1), 0);
     EXPECT_EQ(log_count("start velmor pdc init, g_velmor_pdc_init_status = 0, force_init = 1"), 1u);
     EXPECT_EQ(g_pdc_info_ex.get_sel.is_get_sel_handling, 0);
+    // A reactivation opens it anew, a refresh doesn't.
+    setenv("RBK_TEST_DIVISOR", "2", 1);
+    g_pdc_info_ex.get_sel.is_get_sel_handling = 1;
+    EXPECT_EQ(velmor_reactivate_sw_mbn(1), 0);
+    EXPECT_EQ(velmor_refresh_sw_mbn(1), 0);
+    EXPECT_EQ(log_count("qmi_client_init succeeds for PDC"), 3u);
 }
 
 TEST_F(MbnGroup, AbsentServiceIsToldByBothOperations)
