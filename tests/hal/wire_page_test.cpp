@@ -7,6 +7,7 @@
 
 #include "platform/link/link_socket.h"
 #include "platform/linux/idl_codec.h"
+#include "support/program.h"
 #include "velmor_extend_v01.h"
 
 namespace rbk {
@@ -15,7 +16,7 @@ namespace {
 // The bytes of the block that opens with ```name.
 Bytes block(const std::string& name)
 {
-    std::ifstream page(RBK_SOURCE_DIR "/docs/wire.md");
+    std::ifstream page(test::data_path("../docs/wire.md"));
     Bytes bytes;
     bool inside = false;
     for (std::string line; std::getline(page, line);) {
