@@ -157,11 +157,11 @@ static void copy_answer(void *buf, const nvefs_rsp *rsp, uint32_t len)
 
 // ---- Exchanges ----
 
-/* One envelope. What the answer leaves out reads as 0, also behind an earlier chunk's answer. */
+/* One envelope. The record is zeroed once an operation: what a later chunk's answer leaves out, and all of it where the
+ * send fails, reads as the chunk before it had it. */
 static int32_t nvefs_send(const nvefs_req *req, nvefs_rsp *rsp)
 {
     uint32_t rsp_len = sizeof(*rsp);
-    memset(rsp, 0, sizeof(*rsp));
     return velmor_qmi_result_map(velmor_extend_qmi_send_sync(REQUEST_ID_EFS, req, sizeof(*req), rsp, &rsp_len));
 }
 
@@ -186,7 +186,7 @@ static int32_t efs_read_chunks(const char *name, nvefs_req *req, uint8_t *buf, u
 {
     const uint32_t buf_len = *p_buf_len;
     uint64_t       data_len_recv = 0;  // wide: a chunk's length is foreign
-    nvefs_rsp      rsp;
+    nvefs_rsp      rsp = {};
 
     for (uint32_t read_count = 0; read_count < EFS_CHUNK_COUNT; ++read_count) {
         req->data_len_cur = static_cast<uint32_t>(data_len_recv);
@@ -222,7 +222,7 @@ static int32_t efs_read_chunks(const char *name, nvefs_req *req, uint8_t *buf, u
 static int32_t efs_write_chunks(const char *name, nvefs_req *req, const uint8_t *buf, uint32_t buf_len)
 {
     uint32_t  data_len_sent = 0;
-    nvefs_rsp rsp;
+    nvefs_rsp rsp = {};
 
     req->nv_id = EFS_NEW_INSTANCE;
     req->data_len_all = buf_len;
