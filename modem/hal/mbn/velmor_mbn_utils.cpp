@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include <libxml/parser.h>
-#include <libxml/parserInternals.h>
 
 #include "velmor_extend_nvefs.h"
 #include "velmor_utils_cmn.h"
@@ -555,114 +554,55 @@ static bool report_item(const char *name, xmlDoc *doc, xmlNode *node, int32_t *i
     return found;
 }
 
-// ---- Report: what a document may cost ----
+// ---- Report: its one pass ----
 //
-// The document is foreign. Before it is built in memory, a parser that builds nothing walks it and refuses what costs more
-// than its size: a type declaration, whose entities make gigabytes of a few bytes; elements with attributes by the
-// thousand, each of which the library compares with each; and more nodes than a modem has items.
+// The document is foreign. The library bounds by itself how deep elements nest and how long a piece of text may be, and
+// loads nothing from outside. Added here: a type declaration ends the pass, because a few bytes of entities make
+// gigabytes; and no more is read of a document that has an error, since the parser tells one for each byte that follows,
+// or of a tag with attributes by the thousand, each of which it compares with each. xmlParseFile is the same parser with
+// the same limits, but has no place for these, and unpacks a compressed file to whatever that claims to hold.
 
-constexpr uint32_t REPORT_NODES_MAX = 1000000;
-constexpr int      REPORT_ATTRIBUTES_MAX = 64;     // of one element, namespaces too
-constexpr uint32_t REPORT_PIECE_MAX = 128 * 1024;  // bytes of one tag or comment
+constexpr int REPORT_ATTRIBUTES_ROOM = 2048;  // of one element, which the parser doubles as they come; namespaces too
 
-struct report_check {
-    xmlParserCtxt *parser;
+struct report_source {
     int            fd;
-    uint32_t       nodes;
-    uint32_t       piece_len;  // bytes read since the parser came to its last piece
-    bool           refused;
+    xmlParserCtxt *parser;
 };
 
-static void check_refuse(report_check *check)
+/* The next bytes; none, as at the end of the file, of a document that is given up. */
+static int report_read(void *context, char *buffer, int len)
 {
-    check->refused = true;
-    xmlStopParser(check->parser);
+    const auto          *source = static_cast<const report_source *>(context);
+    const xmlParserCtxt *parser = source->parser;
+    if (parser->wellFormed == 0) return 0;
+    if (parser->maxatts / 5 > REPORT_ATTRIBUTES_ROOM) return 0;  // five entries each
+    if (parser->nsNr / 2 > REPORT_ATTRIBUTES_ROOM) return 0;     // two each
+    return static_cast<int>(TEMP_FAILURE_RETRY(read(source->fd, buffer, static_cast<size_t>(len))));
 }
 
-static void check_declaration(void *context, const xmlChar *, const xmlChar *, const xmlChar *)
+static void report_refuse_declaration(void *context, const xmlChar *, const xmlChar *, const xmlChar *)
 {
-    check_refuse(static_cast<report_check *>(context));
+    auto *parser = static_cast<xmlParserCtxt *>(context);
+    xmlStopParser(parser);
+    parser->wellFormed = 0;  // which the stop doesn't touch
 }
 
-static void check_piece(report_check *check)
-{
-    check->piece_len = 0;
-    if (++check->nodes > REPORT_NODES_MAX) check_refuse(check);
-}
+/* In the place of the library's own lines on standard error. */
+static void report_ignore_error(void *, xmlError *) {}
 
-static void check_element(void *context, const xmlChar *, const xmlChar *, const xmlChar *, int namespaces,
-                          const xmlChar **, int attributes, int, const xmlChar **)
+/* Result: the document, or null. */
+static xmlDoc *report_parse(const char *filename)
 {
-    auto *check = static_cast<report_check *>(context);
-    check->nodes += static_cast<uint32_t>(namespaces + attributes);
-    check_piece(check);
-    if (namespaces + attributes > REPORT_ATTRIBUTES_MAX) check_refuse(check);
-}
-
-static void check_text(void *context, const xmlChar *, int)
-{
-    static_cast<report_check *>(context)->piece_len = 0;
-}
-
-static void check_comment(void *context, const xmlChar *)
-{
-    check_piece(static_cast<report_check *>(context));
-}
-
-static void check_instruction(void *context, const xmlChar *, const xmlChar *)
-{
-    check_piece(static_cast<report_check *>(context));
-}
-
-static void check_cdata(void *context, const xmlChar *, int)
-{
-    check_piece(static_cast<report_check *>(context));
-}
-
-/* The parser goes on behind some errors, and tells each one of millions. */
-static void check_error(void *context, xmlError *error)
-{
-    if (error->level == XML_ERR_FATAL) check_refuse(static_cast<report_check *>(context));
-}
-
-static int check_read(void *context, char *buffer, int len)
-{
-    auto *check = static_cast<report_check *>(context);
-    if (check->piece_len > REPORT_PIECE_MAX) {
-        check->refused = true;
-        return -1;
+    report_source source = {open(filename, O_RDONLY | O_CLOEXEC), xmlNewParserCtxt()};
+    xmlDoc       *doc = nullptr;
+    if (source.fd >= 0 && source.parser != nullptr) {
+        source.parser->sax->internalSubset = report_refuse_declaration;
+        source.parser->sax->serror = report_ignore_error;
+        doc = xmlCtxtReadIO(source.parser, report_read, nullptr, &source, nullptr, nullptr, XML_PARSE_NONET);
     }
-    const ssize_t got = TEMP_FAILURE_RETRY(read(check->fd, buffer, static_cast<size_t>(len)));
-    if (got > 0) check->piece_len += static_cast<uint32_t>(got);
-    return static_cast<int>(got);
-}
-
-/* Whether the document can be built at a cost that its size bounds. */
-static bool report_is_affordable(const char *filename)
-{
-    report_check check = {};
-    check.fd = open(filename, O_RDONLY | O_CLOEXEC);
-    if (check.fd < 0) return false;
-
-    xmlSAXHandler handler = {};
-    handler.initialized = XML_SAX2_MAGIC;
-    handler.internalSubset = check_declaration;
-    handler.startElementNs = check_element;
-    handler.characters = check_text;
-    handler.ignorableWhitespace = check_text;
-    handler.cdataBlock = check_cdata;
-    handler.comment = check_comment;
-    handler.processingInstruction = check_instruction;
-    handler.serror = check_error;
-    bool affordable = false;
-    check.parser = xmlCreateIOParserCtxt(&handler, &check, check_read, nullptr, &check, XML_CHAR_ENCODING_NONE);
-    if (check.parser != nullptr) {
-        xmlParseDocument(check.parser);
-        affordable = check.parser->wellFormed != 0 && !check.refused;
-        xmlFreeParserCtxt(check.parser);
-    }
-    close(check.fd);
-    return affordable;
+    xmlFreeParserCtxt(source.parser);
+    if (source.fd >= 0) close(source.fd);
+    return doc;
 }
 
 // ---- Report: the walk ----
@@ -670,7 +610,7 @@ static bool report_is_affordable(const char *filename)
 /* Walks the document. Result: whether the walk came to its end. Reports under the operation's name. */
 static bool walk_report(const char *name, const char *filename)
 {
-    xmlDoc *doc = report_is_affordable(filename) ? xmlParseFile(filename) : nullptr;
+    xmlDoc *doc = report_parse(filename);
     if (doc == nullptr) {
         LOG_FROM(name, 1, "failed to parse XML file %s", filename);
         return false;
