@@ -209,21 +209,20 @@ static void velmor_diag_register_callback(diag_packet_cb cb)
 
 // ---- The wait and its time-out ----
 
-/* Makes a detached thread, which gives itself its name. Result: that of the creation. */
+/* Makes a detached thread with its name: named first, since a detached one may be gone by then. Result: that of the
+ * creation. */
 static int32_t start_detached(pthread_t *thread, void *(*proc)(void *), void *argument)
 {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-    const int32_t conf = pthread_create(thread, &attributes, proc, argument);
-    pthread_attr_destroy(&attributes);
-    return conf;
+    const int32_t conf = pthread_create(thread, nullptr, proc, argument);
+    if (conf != 0) return conf;
+    pthread_setname_np(*thread, THREAD_NAME);
+    pthread_detach(*thread);
+    return 0;
 }
 
 /* There is always at least one step, also for a count of 0 or less. */
 static void *velmor_diag_cmd_send_with_result_wait_thread_proc(void *)
 {
-    pthread_setname_np(pthread_self(), THREAD_NAME);
     int32_t cnt_of_100ms = 0;
     int32_t wait_cnt = 0;
     bool    active = false;
@@ -611,7 +610,6 @@ static void worker_sleeps(const char *name)
 
 static void *velmor_diag_cmd_send_without_result_by_callback_mode_thread_proc(void *argument)
 {
-    pthread_setname_np(pthread_self(), THREAD_NAME);
     auto *param = static_cast<diag_send_param *>(argument);
     pthread_mutex_lock(&g_diag_no_result_mutex);
     if (worker_starts(__func__, param)) {
@@ -641,7 +639,6 @@ static void send_without_result_by_dci(dci_session *dci, diag_send_param *param)
 
 static void *velmor_diag_cmd_send_without_result_by_dci_mode_thread_proc(void *argument)
 {
-    pthread_setname_np(pthread_self(), THREAD_NAME);
     auto *param = static_cast<diag_send_param *>(argument);
     pthread_mutex_lock(&g_diag_no_result_mutex);
     if (worker_starts(__func__, param)) {
