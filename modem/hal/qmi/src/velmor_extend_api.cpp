@@ -12,7 +12,6 @@
 constexpr uint32_t OPEN_ATTEMPTS = 50;
 constexpr uint32_t OPEN_WAIT_MS = 20;  // a service that isn't there costs 50 of these, one second
 constexpr uint32_t SEND_TIMEOUT_MS = 3000;
-constexpr uint32_t SERVICE_TABLE_MAX = 16;  // servers asked for; the first is taken
 
 /* State: everything down to the flag belongs to g_extend_mutex. */
 static pthread_mutex_t             g_extend_mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -86,15 +85,18 @@ qmi_client_handle velmor_extend_qmi_client_open()
         qmi_cci_os_signal_wait(&g_extend_os_params, OPEN_WAIT_MS);
     }
 
-    /* An absent service leaves the table zero; it is qmi_client_init that refuses then. */
-    qmi_service_info table[SERVICE_TABLE_MAX] = {};
-    uint32_t         num_entries = num_services < SERVICE_TABLE_MAX ? num_services : SERVICE_TABLE_MAX;
-    int32_t          err = qmi_client_get_service_list(g_extend_service_object, table, &num_entries, &num_services);
+    /* The first entry is taken. An absent service leaves it zero; it is qmi_client_init that refuses then. */
+    uint32_t          num_entries = num_services;
+    qmi_service_info *table =
+        static_cast<qmi_service_info *>(qcril_malloc_adv((num_services + size_t{1}) * sizeof(*table)));
+    if (table == nullptr) return nullptr;
+    int32_t err = qmi_client_get_service_list(g_extend_service_object, table, &num_entries, &num_services);
     EXTEND_LOG(4, "qmi_client_get_service_list, err = %d, num_entries = %d, num_services = %d", err, num_entries,
                num_services);
 
     err = qmi_client_init(&table[0], g_extend_service_object, velmor_extend_qmi_ind_cb, nullptr, nullptr,
                           &g_extend_client);
+    qcril_free_adv(table, __func__, __LINE__);
     EXTEND_LOG(4, "qmi_client_init, err = %d, handle = %d, client_handle = %d", err, handle_number(g_extend_notifier),
                handle_number(g_extend_client));
     if (err != 0) {
