@@ -171,6 +171,13 @@ void velmor_byte_to_hex(const uint8_t *data, uint32_t len, char *out);
 const char *velmor_get_device_type_string_ex(uint32_t index);
 const char *velmor_get_device_state_prop_name(uint32_t index);
 
+// ---- The radio daemon's logger ----
+
+/* Tells a failure of what this system shares with the radio daemon to the daemon's logger and not through LOG: with the
+ * place that asks, and its thread. */
+void qcril_log_failure(const char *text, const char *file = __builtin_FILE(), int line = __builtin_LINE(),
+                       const char *function = __builtin_FUNCTION());
+
 // ---- Memory ----
 
 /* Allocates `size` bytes, zeroed. On failure the radio daemon's logger is told, with the place that asked.

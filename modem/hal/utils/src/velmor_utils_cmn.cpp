@@ -467,15 +467,22 @@ const char *velmor_get_device_state_prop_name(uint32_t index)
     return name;
 }
 
+// ---- The radio daemon's logger ----
+
+void qcril_log_failure(const char *text, const char *file, int line, const char *function)
+{
+    qti::ril::logger::Logger::log(LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: %s", behind_last_slash(file), line,
+                                  qti::ril::logger::qcril_get_thread_name(), static_cast<long>(getpid()),
+                                  static_cast<long>(syscall(SYS_gettid)), function, text);
+}
+
 // ---- Memory ----
 
 void *qcril_malloc_adv(size_t size, const char *file, int line, const char *function)
 {
     void *block = calloc(1, size);
     if (block == nullptr) {
-        qti::ril::logger::Logger::log(LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: Fail to allocate memory",
-                                      behind_last_slash(file), line, qti::ril::logger::qcril_get_thread_name(),
-                                      static_cast<long>(getpid()), static_cast<long>(syscall(SYS_gettid)), function);
+        qcril_log_failure("Fail to allocate memory", file, line, function);
     }
     return block;
 }
