@@ -166,7 +166,6 @@ static int32_t sar_send(const char *name, uint32_t msg_id, const void *req, uint
 
 int32_t velmor_get_sar_dsi()
 {
-    LOG(4, "function entry ------------->");
     sar_rf_get_state_resp_msg_v01 resp = {};
     int32_t                       dsi = -1;
     if (velmor_check_and_init_qmi_client_rf_sar() == 0) {
@@ -175,7 +174,6 @@ int32_t velmor_get_sar_dsi()
         dsi = static_cast<int32_t>(resp.state);
         LOG(4, "dsi vailid = %d , dsi value = %d", resp.state_valid, dsi);
     }
-    LOG(4, "function exit <-------------");
     return dsi;
 }
 
