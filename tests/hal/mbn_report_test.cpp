@@ -255,6 +255,7 @@ TEST_F(MbnReport, NumbersOfAValueBecomeBytes)
         {"SecondBlankSkipped", "1  3 ", {1, 0, 3}},
         {"EmptyTextRefused", "", {}},
         {"LowByteLost", "256 300 -1 ", {0, 44, 255}},
+        {"WordsReadOtherwise", "x 3y +4 \t5 6- ", {0, 3, 4, 5, 6}},
         {"TokenLeftBehind", "255 7 ", {255, 7}},
         {"LongTokenWrittenBeyondItsRoom", "0000000000000000000000009 5 ", {0, 5}},
     };

@@ -328,6 +328,23 @@ constexpr uint32_t PROFILE_HEAD_SIZE = 32;  // bytes before a profile's records
 constexpr uint32_t PROFILE_COUNT_AT = 8;    // 32-bit count of records
 constexpr uint16_t PROFILE_APN_NAME = 0x1001;
 
+/* The low byte of a token's number, as atoi has it; called only for what isn't all digits, since it would cost more than
+ * all the rest of the walk. */
+static char token_byte(const char *token, size_t len)
+{
+    char text[8] = {};
+    if (len > sizeof(text) - 1) len = sizeof(text) - 1;  // no byte has more digits
+    int32_t number = 0;
+    for (size_t i = 0; i < len; ++i) {
+        if (token[i] < '0' || token[i] > '9') {
+            memcpy(text, token, len);
+            return static_cast<char>(atoi(text));
+        }
+        number = 10 * number + (token[i] - '0');
+    }
+    return static_cast<char>(number);
+}
+
 int32_t velmor_convert_nv_string_to_bytes(const char *string_val, char **bytes)
 {
     if (string_val == nullptr) {
@@ -340,17 +357,12 @@ int32_t velmor_convert_nv_string_to_bytes(const char *string_val, char **bytes)
         LOG(1, "Failed to allocate the memory: %s", strerror(errno));
         return -1;
     }
-    int32_t  return_len = 0;
-    char     token[8] = {};
-    uint32_t token_len = 0;
-    for (size_t i = 0; i < string_len; ++i) {
-        if (string_val[i] != ' ') {
-            if (token_len < sizeof(token) - 1) token[token_len++] = string_val[i];  // no byte has more digits
-            continue;
-        }
-        token[token_len] = '\0';
-        converted[return_len++] = static_cast<char>(atoi(token));
-        token_len = 0;
+    int32_t     return_len = 0;
+    const char *token = string_val;
+    for (const char *c = string_val; *c != '\0'; ++c) {
+        if (*c != ' ') continue;
+        converted[return_len++] = token_byte(token, static_cast<size_t>(c - token));
+        token = c + 1;
     }
     *bytes = converted;
     LOG(4, "velmor_convert_nv_string_to_bytes return_len: %d", return_len);
