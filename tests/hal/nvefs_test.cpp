@@ -75,6 +75,7 @@ TEST_F(NvEfs, ChecksStandInTheirOrderAndAskNothing)
         EXPECT_EQ(log_count(c.words), before + 1) << c.catches;
     }
     EXPECT_TRUE(trace().empty());
+    EXPECT_EQ(log_count("3 [velmor_extend_nvefs.cpp"), 0U) << "a failure is for the caller to say";
     EXPECT_EQ(log_count("function entry ------------->"), log_count("function exit <-------------"));
 }
 
@@ -182,6 +183,19 @@ TEST_F(NvEfs, FileComesBackAsItWasWritten)
     }
     EXPECT_EQ(velmor_efs_delete(0, kPath.c_str(), length(kPath)), 0);
     EXPECT_EQ(velmor_efs_delete(0, kPath.c_str(), length(kPath)), -2);
+}
+
+TEST_F(NvEfs, TransfersOfTwoThreadsDontMix)
+{
+    const auto transfer = [](const char* path) { EXPECT_EQ(efs_write(path, pattern(240 * 414)), 0); };
+    std::thread other(transfer, "/a");
+    transfer("/b");
+    other.join();
+    std::string order;  // of the chunks, by the second byte of their path
+    for (const Traced& chunk : requests()) order += field(chunk, 6, 1) == "61" ? 'a' : 'b';
+    EXPECT_TRUE(order == std::string(240, 'a') + std::string(240, 'b') ||
+                order == std::string(240, 'b') + std::string(240, 'a'))
+        << order;
 }
 
 TEST_F(NvEfs, PathOf100BytesGoesOutWithoutItsLast)
