@@ -8,6 +8,7 @@
 
 #include "simulator/event_loop.h"
 #include "simulator/fd.h"
+#include "simulator/path_claim.h"
 
 namespace rbk::sim {
 
@@ -18,7 +19,7 @@ class Listener {
     // Listens at `path`. A socket there that no living server holds is taken over. Null, with the reason in `error`, when
     // a server holds it, when something else lies there, or when there can be no socket.
     static std::unique_ptr<Listener> open(const std::string& path, std::string& error);
-    // Removes the socket, unless another server has taken its place.
+    // Removes the socket, unless somebody has put another in its place.
     ~Listener();
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -27,10 +28,11 @@ class Listener {
     void serve(Modem& modem);
 
  private:
-    Listener(std::string path, Fd socket);
+    Listener(std::string path, PathClaim claim, Fd socket);
     void accept_clients();
 
     std::string path_;
+    PathClaim claim_;
     Fd socket_;
     dev_t device_ = 0;
     ino_t inode_ = 0;

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -39,17 +40,46 @@ TEST_F(ServerTest, EndsOnASignalWithoutItsSocketAndNamesUnmatchedRules)
 {
     const std::string scenario = (folder_.path() / "s.toml").string();
     write_file(scenario, "[[fault]]\nservice = 'extended'\nmessage = 3\naction = 'silent'\n");
-    for (const int signal : {SIGTERM, SIGINT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         ModemProcess server(folder_.path(), {"--scenario", scenario});
         EXPECT_EQ(connect(socket_).envelope(0, Bytes{1}).data_len, 1u);
         EXPECT_EQ(server.end(signal), 0);
         EXPECT_EQ(server.errors(), "rbk-modem: " + scenario + ":1: the fault rule for extended never matched\n");
         EXPECT_FALSE(std::filesystem::exists(socket_));
+        EXPECT_FALSE(std::filesystem::exists(socket_ + ".lock"));
     }
+}
+
+// Nothing that a start waits for, here the room for its "ready", keeps a signal from ending it.
+TEST_F(ServerTest, EndsOnASignalWhereverItWaits)
+{
+    int out[2];
+    ASSERT_EQ(::pipe2(out, O_CLOEXEC | O_NONBLOCK), 0);
+    const Fd reader(out[0]);
+    while (::write(out[1], "full", 1) == 1) continue;
+    ::fcntl(out[1], F_SETFL, 0);
+    const std::string program = test::bin_path("rbk-modem");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(out[1], STDOUT_FILENO);
+        ::execl(program.c_str(), program.c_str(), "--listen", ("unix:" + socket_).c_str(), "--state",
+                (folder_.path() / "state").c_str(), nullptr);
+        ::_exit(127);
+    }
+    ::close(out[1]);
+    while (!std::filesystem::exists(folder_.path() / "state")) std::this_thread::yield();
+    ::kill(child, SIGTERM);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
 TEST_F(ServerTest, TakesOverADeadSocketAndRefusesALivingOne)
 {
+    // Whoever may open the folder can lock it, and delays nobody.
+    const Fd watcher(::open(folder_.path().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(watcher.get(), LOCK_EX), 0);
     ModemProcess first(folder_.path());
     const test::RunResult second = test::run({test::bin_path("rbk-modem"), "--listen", first.address()});
     EXPECT_EQ(second.status, 1);
@@ -58,6 +88,45 @@ TEST_F(ServerTest, TakesOverADeadSocketAndRefusesALivingOne)
     first.end(SIGKILL);
     EXPECT_TRUE(std::filesystem::exists(socket_));
     ModemProcess third(folder_.path());
+}
+
+// As a user who may not connect: to root's sockets in a folder for all, or without root to a socket that nobody may.
+TEST_F(ServerTest, TellsADeadSocketOfAnotherUserFromALivingServer)
+{
+    const std::string living = (folder_.path() / "living").string();
+    const std::string dead = (folder_.path() / "dead").string();
+    const std::string claimed = (folder_.path() / "claimed").string();
+    std::filesystem::permissions(folder_.path(), std::filesystem::perms(01777));
+    write_file(claimed + ".lock", "");
+    Fd sockets[2];
+    for (const std::string& path : {living, dead}) {
+        Fd& socket = sockets[path == dead];
+        sockaddr_un address{AF_UNIX, {}};
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        socket = Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        std::filesystem::permissions(path, std::filesystem::perms::none);
+    }
+    ASSERT_EQ(::listen(sockets[0].get(), 1), 0);
+    sockets[1] = Fd();
+    struct {
+        std::string path;
+        std::string says;
+        bool as_root_alone;
+    } const rows[] = {
+        {living, living + ": a server of another user listens there", false},
+        {dead, dead + ": a dead socket of another user lies there", false},
+        {claimed, claimed + ".lock: belongs to another user", true},
+    };
+    const bool as_root = ::geteuid() == 0;
+    ASSERT_EQ(::seteuid(as_root ? 65534 : ::geteuid()), 0);
+    for (const auto& row : rows) {
+        if (row.as_root_alone && !as_root) continue;
+        std::string error;
+        EXPECT_EQ(Listener::open(row.path, error), nullptr);
+        EXPECT_EQ(error, row.says);
+    }
+    ASSERT_EQ(::seteuid(::getuid()), 0);
 }
 
 TEST_F(ServerTest, StartsOfManyLeaveOneServer)
@@ -85,6 +154,12 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
     const std::string state = in_folder("state");
     write_file(bad, "[nv]\n\"0/1\" = 'x'\n");
     write_file(file, "precious");
+    const std::string held = in_folder("held");
+    write_file(held + ".lock", "");
+    const Fd holder(::open((held + ".lock").c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
+    const std::string linked = in_folder("linked");
+    std::filesystem::create_symlink(file, linked + "2.lock");
     sockaddr_un address{AF_UNIX, {}};
     stream.copy(address.sun_path, sizeof address.sun_path - 1);
     const Fd other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -98,6 +173,8 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
         {"BadScenario", {"--listen", "unix:" + socket_, "--scenario", bad}, bad + ":2: 0/1: expected hex bytes"},
         {"FileAsSocket", {"--listen", "unix:" + file}, file + ": something that isn't a socket"},
         {"AnotherKindOfServer", {"--listen", "unix:" + stream}, stream + ": a server listens there already"},
+        {"StartingServer", {"--listen", "unix:" + held}, held + ": a server listens there already"},
+        {"LinkAsLock", {"--listen", "unix:" + linked + "2"}, linked + "2.lock: something that isn't a lock"},
         {"FileAsTerminal", {"--listen", "unix:" + socket_, "--at", file}, file + ": "},
         {"NoFolder", {"--listen", "unix:/nonexistent/socket"}, "/nonexistent/socket: No such file"},
         {"PathTooLong", {"--listen", "unix:/" + std::string(200, 'x')}, "a socket's path has 1 to 107 bytes"},
