@@ -1,10 +1,12 @@
 #include "simulator/listener.h"
 
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -12,10 +14,16 @@
 #include <sstream>
 #include <system_error>
 
+#include "simulator/efs.h"
 #include "simulator/modem.h"
 
 namespace rbk::sim {
 namespace {
+
+// Descriptors, all of them.
+constexpr rlim_t kEnough = 65536;  // a hard limit may be many millions
+// What no client gets: files that are half read, and what a request opens meanwhile.
+constexpr rlim_t kReserved = Efs::kOpenReadsOfAll + 16;
 
 std::string error_text(int error)
 {
@@ -72,6 +80,17 @@ std::string what_lies_at(const std::string& path, const sockaddr_un& address)
     }
 }
 
+// Raises the process's limit of descriptors, for as many clients as may be. The limit then.
+rlim_t raise_descriptor_limit()
+{
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
+    const rlim_t wanted = std::min(limit.rlim_max, kEnough);
+    if (limit.rlim_cur >= wanted) return limit.rlim_cur;
+    const rlimit raised{wanted, limit.rlim_max};
+    return ::setrlimit(RLIMIT_NOFILE, &raised) == 0 ? wanted : limit.rlim_cur;
+}
+
 }  // namespace
 
 std::unique_ptr<Listener> Listener::open(const std::string& path, std::string& error)
@@ -124,13 +143,22 @@ Listener::~Listener()
 void Listener::serve(Modem& modem)
 {
     modem_ = &modem;
+    const rlim_t limit = raise_descriptor_limit();
+    descriptors_ = limit - std::min(kReserved, limit / 2);
     watch_ = modem.loop().watch(socket_.get(), EPOLLIN, [this](std::uint32_t) { accept_clients(); });
 }
 
 void Listener::accept_clients()
 {
-    const int client = ::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (client >= 0) return modem_->attach({client, link::LinkSocket::Carrier::seqpacket});
+    Fd client(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (client.is_open()) {
+        // Numbers are given out from below: with this one, so many descriptors are open.
+        if (static_cast<rlim_t>(client.get()) < descriptors_) {
+            return modem_->attach({client.release(), link::LinkSocket::Carrier::seqpacket});
+        }
+        return modem_->complaints().say("a client is turned away: the " + std::to_string(descriptors_) +
+                                        " descriptors that clients may have are taken");
+    }
     if (errno != EMFILE && errno != ENFILE && errno != ENOBUFS && errno != ENOMEM) return;
     // The machine has none left: the caller stays in the queue, which would be reported again and again without a pause.
     modem_->complaints().say("a client has to wait: " + error_text(errno));

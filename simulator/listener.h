@@ -1,6 +1,7 @@
 // The Unix socket that clients of rbk-modem connect to.
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <memory>
@@ -24,7 +25,9 @@ class Listener {
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
-    // From now on every client that connects is attached to the modem. On the modem's thread, or before it runs.
+    // From now on every client that connects is attached to the modem, as long as there are descriptors beside those that
+    // the modem needs for its files; the rest is turned away at once. Raises the process's limit of descriptors. On the
+    // modem's thread, or before it runs.
     void serve(Modem& modem);
 
  private:
@@ -37,6 +40,7 @@ class Listener {
     dev_t device_ = 0;
     ino_t inode_ = 0;
     Modem* modem_ = nullptr;
+    rlim_t descriptors_ = 0;  // that may be open before clients are turned away
     EventLoop::WatchId watch_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -253,6 +254,31 @@ TEST_F(ServerTest, TheTerminalAnswersOpenersThatComeAndGo)
     }
     EXPECT_EQ(server.end(SIGTERM), 0);
     EXPECT_FALSE(std::filesystem::is_symlink(path));
+}
+
+// Idle connections, and files half read, up to what there is.
+TEST_F(ServerTest, TurnsClientsAwayBeforeTheModemsFilesRunShort)
+{
+    write_file(folder_.path() / "modem/efs/0/long", std::string(5000, 'x'));
+    rlimit few{20, 140};  // the modem raises the first one
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    ModemProcess server(folder_.path());
+    few.rlim_cur = few.rlim_max;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    std::vector<WireClient> clients;
+    do {
+        clients.push_back(connect(socket_));
+        // The end of an empty answer, or of the connection.
+        clients.back().send_raw({0, QRTR_PORT_CTRL}, link::pack_control({QRTR_TYPE_NEW_LOOKUP, 1, 0, {}}));
+    } while (clients.back().receive());
+    EXPECT_TRUE(clients.back().closed());
+    clients.pop_back();
+    EXPECT_GT(clients.size(), 70u);
+    for (WireClient& client : clients) client.envelope(2, efs_record(kEfsRead, 0, "/long").bytes);
+    for (WireClient& client : clients) EXPECT_EQ(nv_write(client, 0, 77, Bytes{1, 2, 3}), 0);
+    clients.pop_back();
+    EXPECT_FALSE(connect(socket_).lookup(0).empty()) << "one has left, and no other can come";
+    EXPECT_EQ(test::lines_of(server.errors()).size(), 1u) << server.errors();
 }
 
 // ---- The embedded modem ----
