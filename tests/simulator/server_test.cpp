@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -160,7 +161,13 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
     const Fd holder(::open((held + ".lock").c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
     const std::string linked = in_folder("linked");
+    std::filesystem::create_symlink(file, linked);
     std::filesystem::create_symlink(file, linked + "2.lock");
+    const Fd others(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    char terminal[64];
+    ASSERT_EQ(::ptsname_r(others.get(), terminal, sizeof terminal), 0);
+    const std::string served = in_folder("served");
+    std::filesystem::create_symlink(terminal, served);
     sockaddr_un address{AF_UNIX, {}};
     stream.copy(address.sun_path, sizeof address.sun_path - 1);
     const Fd other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -176,7 +183,10 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
         {"AnotherKindOfServer", {"--listen", "unix:" + stream}, stream + ": a server listens there already"},
         {"StartingServer", {"--listen", "unix:" + held}, held + ": a server listens there already"},
         {"LinkAsLock", {"--listen", "unix:" + linked + "2"}, linked + "2.lock: something that isn't a lock"},
-        {"FileAsTerminal", {"--listen", "unix:" + socket_, "--at", file}, file + ": "},
+        {"FileAsTerminal", {"--listen", "unix:" + socket_, "--at", file}, file + ": something that isn't a link"},
+        {"AnotherLink", {"--listen", "unix:" + socket_, "--at", linked}, linked + ": a link to " + file + " lies"},
+        {"AnothersTerminal", {"--listen", "unix:" + socket_, "--at", served}, served + ": a link to " + terminal},
+        {"TerminalOfAnotherModem", {"--listen", "unix:" + socket_, "--at", held}, held + ": a server listens there"},
         {"NoFolder", {"--listen", "unix:/nonexistent/socket"}, "/nonexistent/socket: No such file"},
         {"PathTooLong", {"--listen", "unix:/" + std::string(200, 'x')}, "a socket's path has 1 to 107 bytes"},
         {"NoScheme", {"--listen", socket_}, "expected unix:PATH"},
@@ -191,6 +201,7 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
         EXPECT_NE(result.err.find(row.says), std::string::npos) << row.catches << result.err;
     }
     EXPECT_EQ(read_file(file).size(), 8u);
+    EXPECT_EQ(std::filesystem::read_symlink(linked), file);
     EXPECT_FALSE(std::filesystem::exists(state)) << "a refused start has touched the state";
 }
 
@@ -224,36 +235,87 @@ TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
     }
 }
 
-TEST_F(ServerTest, TheTerminalAnswersOpenersThatComeAndGo)
+class TerminalTest : public ServerTest {
+ protected:
+    TerminalTest()
+    {
+        // A modem with echo, and an answer that no terminal's queue holds.
+        write_file(scenario_,
+                   "[at]\n\"AT+CSQ\" = \"AT+CSQ\\n+CSQ: 20\\nOK\"\n\"AT+LONG\" = '" + std::string(200000, 'x') + "'\n");
+    }
+    // What comes until nothing more does; waits for the first byte of something that is due.
+    static std::string read(int terminal, bool due)
+    {
+        std::string text;
+        pollfd ready{terminal, POLLIN, 0};
+        while (::poll(&ready, 1, text.empty() && due ? 5000 : 100) > 0) {
+            char bytes[4096];
+            text.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(::read(terminal, bytes, sizeof bytes), 0)));
+        }
+        return text;
+    }
+
+    std::string scenario_ = (folder_.path() / "s.toml").string();
+    std::string path_ = (folder_.path() / "smd").string();
+};
+
+TEST_F(TerminalTest, AnswersOpenersThatComeAndGo)
 {
-    const std::string scenario = (folder_.path() / "s.toml").string();
-    write_file(scenario, "[at]\n\"AT+CSQ\" = \"+CSQ: 20\\nOK\"\n");
-    const std::string path = (folder_.path() / "smd").string();
-    std::filesystem::create_symlink("/dev/pts/gone", path);  // what a killed server leaves
-    ModemProcess server(folder_.path(), {"--scenario", scenario, "--at", path});
+    std::filesystem::create_symlink("/dev/pts/999999", path_);  // what a server leaves with a machine that goes down
+    ModemProcess server(folder_.path(), {"--scenario", scenario_, "--at", path_});
     struct {
         std::string written;
         std::string answer;
     } const rows[] = {
-        {"AT+CSQ\r\n", "\r\n+CSQ: 20\r\nOK\r\n"},
+        {"AT+CSQ\r\n", "\r\nAT+CSQ\r\n+CSQ: 20\r\nOK\r\n"},
         {"AT\r", "\r\nOK\r\n"},
         {"\r\n\r\n", ""},
-        {"AT+NONE\n", "\r\nERROR\r\n"},
+        {"at+none\n", "\r\nERROR\r\n"},
+        {"no command\n", ""},
+        {"AT+LONG\r", "\r\n" + std::string(200000, 'x') + "\r\n"},
     };
     for (const auto& row : rows) {
-        std::ofstream(path) << row.written;
-        const int reader = ::open(path.c_str(), O_RDWR | O_NOCTTY);
-        std::string answer;
-        pollfd ready{reader, POLLIN, 0};
-        while (answer.size() < row.answer.size() && ::poll(&ready, 1, 5000) > 0) {
-            char bytes[100];
-            answer.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(::read(reader, bytes, sizeof bytes), 0)));
-        }
-        EXPECT_EQ(answer, row.answer) << row.written;
-        ::close(reader);
+        std::ofstream(path_) << row.written;
+        const Fd reader(::open(path_.c_str(), O_RDWR | O_NOCTTY));
+        EXPECT_EQ(read(reader.get(), !row.answer.empty()), row.answer) << row.written;
     }
     EXPECT_EQ(server.end(SIGTERM), 0);
-    EXPECT_FALSE(std::filesystem::is_symlink(path));
+    EXPECT_FALSE(std::filesystem::is_symlink(path_));
+}
+
+TEST_F(TerminalTest, NeverAnswersItsOwnAnswers)
+{
+    ModemProcess server(folder_.path(), {"--scenario", scenario_, "--at", path_});
+    const Fd terminal(::open(path_.c_str(), O_RDWR | O_NOCTTY));
+    for (const std::string command : {"AT+CSQ\r\n", "AT+NONE\r\n"}) {
+        ASSERT_EQ(::write(terminal.get(), command.data(), command.size()), static_cast<ssize_t>(command.size()));
+        const std::string answer = read(terminal.get(), true);
+        ASSERT_EQ(::write(terminal.get(), answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+        EXPECT_EQ(read(terminal.get(), false), "") << "a peer that sends back what it reads";
+    }
+    termios echoing{};
+    ASSERT_EQ(::tcgetattr(terminal.get(), &echoing), 0);
+    echoing.c_lflag |= ECHO;
+    ASSERT_EQ(::tcsetattr(terminal.get(), TCSANOW, &echoing), 0);
+    ASSERT_EQ(::write(terminal.get(), "AT\r", 3), 3);
+    EXPECT_EQ(read(terminal.get(), true), "\r\nOK\r\n") << "an opener that has switched echo on";
+    ASSERT_EQ(::tcgetattr(terminal.get(), &echoing), 0);
+    EXPECT_EQ(echoing.c_lflag & ECHO, 0u);
+}
+
+// The number of the killed one's terminal has gone to somebody else by then.
+TEST_F(TerminalTest, ALinkIsReplacedOnceItsServerWasKilled)
+{
+    ModemProcess killed(folder_.path(), {"--at", path_});
+    const std::filesystem::path before = std::filesystem::read_symlink(path_);
+    killed.end(SIGKILL);
+    std::vector<Fd> terminals;
+    while (!std::filesystem::exists(before)) {
+        terminals.emplace_back(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+        ASSERT_TRUE(terminals.back().is_open());
+    }
+    ModemProcess next(folder_.path(), {"--at", path_});
+    EXPECT_TRUE(std::filesystem::exists(path_));
 }
 
 // Idle connections, and files half read, up to what there is.
