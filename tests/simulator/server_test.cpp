@@ -14,6 +14,7 @@
 #include <fstream>
 #include <set>
 
+#include "simulator/complaints.h"
 #include "simulator/embedded.h"
 #include "support/modem_process.h"
 #include "support/program.h"
@@ -341,6 +342,24 @@ TEST_F(ServerTest, TurnsClientsAwayBeforeTheModemsFilesRunShort)
     clients.pop_back();
     EXPECT_FALSE(connect(socket_).lookup(0).empty()) << "one has left, and no other can come";
     EXPECT_EQ(test::lines_of(server.errors()).size(), 1u) << server.errors();
+}
+
+// ---- What it says ----
+
+TEST(Complaints, EachLineIsSaidOnceAndAFloodSilencesThemForAWhileAlone)
+{
+    std::vector<std::string> said;
+    Complaints complaints([&](const std::string& line) { said.push_back(line); }, std::chrono::milliseconds(500));
+    for (const char* line : {"one", "two", "one", "two"}) complaints.say(line);
+    EXPECT_EQ(said, (std::vector<std::string>{"one", "two"}));
+    for (int i = 0; i < 5000; ++i) complaints.say("flood " + std::to_string(i));
+    ASSERT_LE(said.size(), 2 * Complaints::kLinesOfAPeriod);
+    const std::string last = said.back();
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    complaints.say("late");
+    EXPECT_TRUE(last.ends_with("left out for now")) << last;
+    EXPECT_TRUE(said.end()[-2].ends_with(" lines were left out")) << said.end()[-2];
+    EXPECT_EQ(said.back(), "late");
 }
 
 // ---- The embedded modem ----
