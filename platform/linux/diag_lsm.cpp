@@ -7,12 +7,10 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -102,22 +100,20 @@ class DiagLibrary final : public LinkListener {
  private:
     DiagLibrary();
     void stop();
-    std::optional<DiagHead> call(std::unique_lock<std::mutex>& lock, DiagHead head, ByteView bytes = {})
-        REQUIRES(mutex_);
-    std::optional<DiagHead> exchange(std::unique_lock<std::mutex>& lock, const Server& modem, DiagHead head,
-                                     ByteView bytes) REQUIRES(mutex_);
+    std::optional<DiagHead> call(DiagHead head, ByteView bytes = {}) REQUIRES(mutex_);
+    std::optional<DiagHead> exchange(const Server& modem, DiagHead head, ByteView bytes) REQUIRES(mutex_);
     DciClient* find_client(std::int32_t id) REQUIRES(mutex_);
     void finish(Pending& pending, std::optional<DiagHead> answer) REQUIRES(mutex_);
     void fail_pending() REQUIRES(mutex_);
     bool start_callbacks() REQUIRES(mutex_);
     void call_callbacks() REQUIRES(mutex_);
-    void await_callback_end(std::unique_lock<std::mutex>& lock) REQUIRES(mutex_);
+    void await_callback_end() REQUIRES(mutex_);
     void run_callbacks();
-    void deliver(std::unique_lock<std::mutex>& lock, Packet& packet) REQUIRES(mutex_);
+    void deliver(Packet& packet) REQUIRES(mutex_);
 
     ModemLink& link_;
 
-    std::mutex mutex_;
+    Mutex mutex_;
     std::optional<Session> session_ GUARDED_BY(mutex_);
     std::vector<Pending*> pending_ GUARDED_BY(mutex_);
     std::uint16_t last_sequence_ GUARDED_BY(mutex_) = 0;
@@ -126,8 +122,8 @@ class DiagLibrary final : public LinkListener {
     std::thread callbacks_ GUARDED_BY(mutex_);
     std::deque<Packet> packets_ GUARDED_BY(mutex_);
     std::atomic<bool> called_ = false;  // the callback thread is to look around
-    std::condition_variable session_came_;
-    std::condition_variable callback_ended_;
+    Condition session_came_;
+    Condition callback_ended_;
     bool in_callback_ GUARDED_BY(mutex_) = false;
     bool stopped_ GUARDED_BY(mutex_) = false;
 };
@@ -157,27 +153,26 @@ DiagLibrary::DiagLibrary() : link_(ModemLink::get())
 
 void DiagLibrary::stop()
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     stopped_ = true;
     packets_.clear();
     call_callbacks();
-    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return !in_callback_; });
+    end_callback_thread(mutex_, callbacks_, callback_ended_, [&]() REQUIRES(mutex_) { return !in_callback_; });
 }
 
 // ---- Calls ----
 
 // The modem's answer; nothing, with errno, when there is none to be had.
-std::optional<DiagHead> DiagLibrary::call(std::unique_lock<std::mutex>& lock, DiagHead head, ByteView bytes)
+std::optional<DiagHead> DiagLibrary::call(DiagHead head, ByteView bytes)
 {
     if (!session_ || session_->gone || stopped_ || on_callback_thread) {
         errno = ENOTCONN;
         return std::nullopt;
     }
-    return exchange(lock, session_->modem, head, bytes);
+    return exchange(session_->modem, head, bytes);
 }
 
-std::optional<DiagHead> DiagLibrary::exchange(std::unique_lock<std::mutex>& lock, const Server& modem, DiagHead head,
-                                              ByteView bytes)
+std::optional<DiagHead> DiagLibrary::exchange(const Server& modem, DiagHead head, ByteView bytes)
 {
     const Deadline deadline = steady_clock::now() + kAnswerBound;
     head.sequence = ++last_sequence_;
@@ -186,13 +181,14 @@ std::optional<DiagHead> DiagLibrary::exchange(std::unique_lock<std::mutex>& lock
     pending_.push_back(&pending);
     const link::Address address = modem.address;
 
-    lock.unlock();
+    mutex_.unlock();
     const auto head_bytes = link::pack_diag(head);
     const std::int32_t sent = link_.send(address, head_bytes, bytes, deadline, [&](LinkTrace& trace) {
+        trace.assert_locked();
         if (!bytes.empty()) trace.diag(Direction::to_modem, bytes);
     });
     const bool done = sent == 0 && link_.wait(pending.done, deadline);
-    lock.lock();
+    mutex_.lock();
     std::erase(pending_, &pending);
     if (!pending.answer) errno = done || sent == ModemLink::kModemGone ? ENOTCONN : ETIMEDOUT;
     return pending.answer;
@@ -214,16 +210,15 @@ void DiagLibrary::fail_pending()
 
 bool DiagLibrary::start()
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     if (stopped_ || on_callback_thread) return false;
     if (session_ && !session_->gone) return true;
-    lock.unlock();
+    mutex_.unlock();
     std::vector<Server> servers;
     if (link_.list_servers(link::kDiagService, servers) != 0 || servers.empty()) return false;
-    lock.lock();
+    mutex_.lock();
     // Not yet a session: packets and calls of others are refused until the modem has agreed.
-    const auto answer =
-        exchange(lock, servers.front(), {DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_init)}, {});
+    const auto answer = exchange(servers.front(), {DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_init)}, {});
     if (!answer || answer->code != link::kDiagSuccess) return false;
     if (session_ && !session_->gone) return true;  // another thread was quicker
     if (!start_callbacks()) return false;
@@ -237,19 +232,19 @@ bool DiagLibrary::start()
 
 bool DiagLibrary::stop_session()
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     const bool started = session_.has_value();
     const std::optional<Session> ended = std::exchange(session_, std::nullopt);
     packets_.clear();
     fail_pending();
     call_callbacks();
     if (ended && !ended->gone && !stopped_) {
-        lock.unlock();
+        mutex_.unlock();
         const auto head = link::pack_diag({DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_deinit)});
         link_.send(ended->modem.address, head, {}, steady_clock::now() + kAnswerBound, [](LinkTrace&) {});
-        lock.lock();
+        mutex_.lock();
     }
-    await_callback_end(lock);
+    await_callback_end();
     return started;
 }
 
@@ -257,7 +252,7 @@ bool DiagLibrary::stop_session()
 
 std::int32_t DiagLibrary::set_logging_mode(std::int32_t mode)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!session_) return refused(ENOTCONN);
     session_->logging_mode = mode;
     return link::kDiagSuccess;
@@ -265,7 +260,7 @@ std::int32_t DiagLibrary::set_logging_mode(std::int32_t mode)
 
 std::int32_t DiagLibrary::set_callback(std::int32_t processor, diag_packet_cb callback, void* context)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!session_) return refused(ENOTCONN);
     session_->callbacks[static_cast<std::size_t>(processor)] = {callback, context};
     return link::kDiagSuccess;
@@ -273,7 +268,7 @@ std::int32_t DiagLibrary::set_callback(std::int32_t processor, diag_packet_cb ca
 
 std::int32_t DiagLibrary::remote_mask(std::uint16_t& mask)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!session_) return refused(ENOTCONN);
     mask = session_->remote_mask;
     return link::kDiagSuccess;
@@ -281,8 +276,8 @@ std::int32_t DiagLibrary::remote_mask(std::uint16_t& mask)
 
 std::int32_t DiagLibrary::send(ByteView request)
 {
-    std::unique_lock lock(mutex_);
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::send)}, request);
+    const MutexLock lock(mutex_);
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::send)}, request);
     return answer ? answer->code : DIAG_REFUSED;
 }
 
@@ -302,9 +297,9 @@ DciClient* DiagLibrary::find_client(std::int32_t id)
 
 std::int32_t DiagLibrary::register_client(std::int32_t& id, std::uint16_t peripherals, std::int32_t os_params)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     const std::int32_t wanted = ++last_client_;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_register), 0, wanted});
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_register), 0, wanted});
     if (!answer) return DIAG_REFUSED;
     if (answer->code != link::kDciSuccess) return answer->code;
     if (!session_) return refused(ENOTCONN);  // stopped meanwhile
@@ -317,18 +312,18 @@ std::int32_t DiagLibrary::register_client(std::int32_t& id, std::uint16_t periph
 
 std::int32_t DiagLibrary::set_signal(std::int32_t id, std::int32_t signal)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     DciClient* client = find_client(id);
     if (client == nullptr) return DIAG_REFUSED;
     client->signal = signal;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_signal), 0, id, signal});
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_signal), 0, id, signal});
     return answer ? answer->code : DIAG_REFUSED;
 }
 
 std::int32_t DiagLibrary::support_list(std::uint16_t& peripherals)
 {
-    std::unique_lock lock(mutex_);
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_support)});
+    const MutexLock lock(mutex_);
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_support)});
     if (!answer) return DIAG_REFUSED;
     if (answer->code == link::kDciSuccess) peripherals = static_cast<std::uint16_t>(answer->value);
     return answer->code;
@@ -336,40 +331,40 @@ std::int32_t DiagLibrary::support_list(std::uint16_t& peripherals)
 
 std::int32_t DiagLibrary::start_streams(std::int32_t id, diag_dci_stream_cb log, diag_dci_stream_cb event)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     DciClient* client = find_client(id);
     if (client == nullptr) return DIAG_REFUSED;
     client->log = log;
     client->event = event;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_stream), 0, id});
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_stream), 0, id});
     return answer ? answer->code : DIAG_REFUSED;
 }
 
 std::int32_t DiagLibrary::send_dci(std::int32_t id, ByteView request, std::span<std::uint8_t> packet_room,
                                    diag_dci_response_cb callback, void* context)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     DciClient* client = find_client(id);
     if (client == nullptr) return DIAG_REFUSED;
     // Before the send: the answer's first packet may be here before the call's own answer is.
     client->response = callback;
     client->context = context;
     client->packet_room = packet_room;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_send), 0, id}, request);
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_send), 0, id}, request);
     return answer ? answer->code : DIAG_REFUSED;
 }
 
 std::int32_t DiagLibrary::release_client(std::int32_t& id)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     if (find_client(id) == nullptr) {
         id = 0;
         return DIAG_REFUSED;
     }
     const std::int32_t ended = std::exchange(id, 0);
     session_->dci_clients.erase(ended);
-    await_callback_end(lock);
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_release), 0, ended});
+    await_callback_end();
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_release), 0, ended});
     return answer ? answer->code : DIAG_REFUSED;
 }
 
@@ -381,10 +376,12 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
     const auto frame = link::parse_diag(bytes);
     if (!frame || frame->head.kind == DiagKind::call) return;
     if (frame->head.kind == DiagKind::packet) {
-        const auto traced = link_.trace().lock();
-        link_.trace().diag(Direction::from_modem, frame->bytes);
+        if (LinkTrace& trace = link_.trace(); trace.is_on()) {
+            const MutexLock lock(trace.mutex());
+            trace.diag(Direction::from_modem, frame->bytes);
+        }
     }
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (frame->head.kind == DiagKind::packet) {
         if (!session_ || session_->modem.address != from.address) return;
         packets_.push_back({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
@@ -400,16 +397,16 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
 void DiagLibrary::on_server_gone(const Server& server)
 {
     if (server.service != link::kDiagService) return;
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     fail_pending();
     if (session_ && session_->modem == server) session_->gone = true;
 }
 
 // ---- Callbacks ----
 
-void DiagLibrary::await_callback_end(std::unique_lock<std::mutex>& lock)
+void DiagLibrary::await_callback_end()
 {
-    if (!on_callback_thread) callback_ended_.wait(lock, [&] { return !in_callback_; });
+    while (!on_callback_thread && in_callback_) callback_ended_.wait(mutex_);
 }
 
 bool DiagLibrary::start_callbacks()
@@ -434,32 +431,32 @@ void DiagLibrary::call_callbacks()
 void DiagLibrary::run_callbacks()
 {
     on_callback_thread = true;
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     while (!stopped_) {
         if (!packets_.empty()) {
             Packet packet = std::move(packets_.front());
             packets_.pop_front();
-            deliver(lock, packet);
+            deliver(packet);
         } else if (!session_) {
-            session_came_.wait(lock);
+            session_came_.wait(mutex_);
         } else {
             called_.store(false, std::memory_order_relaxed);
-            lock.unlock();
+            mutex_.unlock();
             link_.wait(called_, Deadline::max());
-            lock.lock();
+            mutex_.lock();
         }
     }
 }
 
 // To whom it is for now; a packet for nobody is dropped.
-void DiagLibrary::deliver(std::unique_lock<std::mutex>& lock, Packet& packet)
+void DiagLibrary::deliver(Packet& packet)
 {
     if (!session_) return;
-    const auto call_back = [&](auto callback, auto... arguments) {
+    const auto call_back = [&](auto callback, auto... arguments) REQUIRES(mutex_) {
         in_callback_ = true;
-        lock.unlock();
+        mutex_.unlock();
         callback(arguments...);
-        lock.lock();
+        mutex_.lock();
         in_callback_ = false;
         callback_ended_.notify_all();
     };

@@ -6,10 +6,11 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
-#include <mutex>
 #include <set>
 #include <system_error>
 #include <vector>
+
+#include "platform/linux/thread_safety.h"
 
 namespace rbk::platform {
 namespace {
@@ -77,11 +78,11 @@ std::filesystem::path rbk_home(std::string& problem)
 
 void complain(std::string_view line)
 {
-    static auto* const mutex = new std::mutex;
+    static auto* const mutex = new Mutex;
     static auto* const said = new std::set<std::string>;
     const std::string text = "rbk: " + std::string(line) + "\n";
     {
-        const std::scoped_lock lock(*mutex);
+        const MutexLock lock(*mutex);
         if (!said->insert(text).second) return;
     }
     // One write a line, so that lines of two threads don't tear. Nobody can be told that standard error is closed.

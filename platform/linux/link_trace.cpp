@@ -39,7 +39,6 @@ LinkTrace::~LinkTrace()
 
 void LinkTrace::qmi(Direction direction, std::uint32_t service, const link::QmiHead& head, ByteView tlvs)
 {
-    if (!is_on()) return;
     begin(direction);
     char text[96];
     std::snprintf(text, sizeof text, "svc=0x%04X %s txn=%u msg=0x%04X len=%zu ", service, kind_text(head.kind),
@@ -50,7 +49,6 @@ void LinkTrace::qmi(Direction direction, std::uint32_t service, const link::QmiH
 
 void LinkTrace::diag(Direction direction, ByteView bytes)
 {
-    if (!is_on()) return;
     begin(direction);
     line_ += "diag len=" + std::to_string(bytes.size()) + ' ';
     end(bytes);

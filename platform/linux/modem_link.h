@@ -8,11 +8,9 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
@@ -82,10 +80,12 @@ class ModemLink {
     std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline, Traced traced)
     {
         std::int32_t result;
-        {
-            const auto lock = trace_->lock();
+        if (trace_->is_on()) {
+            const MutexLock lock(trace_->mutex());
             result = send(to, head, body, deadline);
             if (result == 0) traced(*trace_);
+        } else {
+            result = send(to, head, body, deadline);
         }
         if (result == kModemGone) await_end();
         return result;
@@ -99,10 +99,10 @@ class ModemLink {
     void await_end();
     std::int32_t open() REQUIRES(mutex_);
     bool connect() REQUIRES(mutex_);
-    std::int32_t look_up(std::unique_lock<std::mutex>& lock, std::uint32_t service) REQUIRES(mutex_);
+    std::int32_t look_up(std::uint32_t service) REQUIRES(mutex_);
     template <typename Done>
-    bool wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done done) REQUIRES(mutex_);
-    void read(std::unique_lock<std::mutex>& lock, Deadline deadline) REQUIRES(mutex_);
+    bool wait_until(Deadline deadline, Done done) REQUIRES(mutex_);
+    void read(Deadline deadline) REQUIRES(mutex_);
     void read_while_nobody_waits();
     void dispatch(const link::Datagram& datagram);
     void on_control(const link::ControlPacket& packet);
@@ -113,8 +113,8 @@ class ModemLink {
     std::unique_ptr<LinkTrace> trace_;
     std::array<std::atomic<LinkListener*>, 2> listeners_{};
 
-    std::mutex mutex_;
-    std::condition_variable changed_;  // something that is waited for, or nobody reads any more
+    Mutex mutex_;
+    Condition changed_;  // something that is waited for, or nobody reads any more
     enum class State { closed, open, stopped } state_ GUARDED_BY(mutex_) = State::closed;
     std::shared_ptr<link::LinkSocket> socket_ GUARDED_BY(mutex_);  // senders hold their own share while they send
     std::unique_ptr<sim::EmbeddedModem> modem_ GUARDED_BY(mutex_);
@@ -132,7 +132,7 @@ class ModemLink {
     std::uint32_t waiting_ GUARDED_BY(mutex_) = 0;  // threads that would read
     std::vector<std::uint8_t> buffer_;
     std::thread idle_reader_ GUARDED_BY(mutex_);
-    std::condition_variable opened_;  // for the idle reader: the link has opened, or is to stop
+    Condition opened_;  // for the idle reader: the link has opened, or is to stop
 };
 
 }  // namespace rbk::platform

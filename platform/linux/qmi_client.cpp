@@ -6,12 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <condition_variable>
 #include <cstdlib>
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -97,7 +95,7 @@ class ClientLibrary final : public LinkListener {
     ModemLink& link_;
     const double timeout_scale_;
 
-    std::mutex mutex_;
+    Mutex mutex_;
     std::map<qmi_client_handle, Client> clients_ GUARDED_BY(mutex_);
     std::uintptr_t last_handle_ GUARDED_BY(mutex_) = 0;
     Transaction* waiting_ GUARDED_BY(mutex_) = nullptr;
@@ -105,8 +103,8 @@ class ClientLibrary final : public LinkListener {
 
     std::thread callbacks_ GUARDED_BY(mutex_);
     std::deque<Event> events_ GUARDED_BY(mutex_);
-    std::condition_variable event_came_;
-    std::condition_variable callback_ended_;
+    Condition event_came_;
+    Condition callback_ended_;
     qmi_client_handle in_callback_ GUARDED_BY(mutex_) = nullptr;  // whose callback is running
     const Client* told_ GUARDED_BY(mutex_) = nullptr;             // the same client, as it was when the callback began
     bool stopped_ GUARDED_BY(mutex_) = false;
@@ -131,11 +129,12 @@ ClientLibrary::ClientLibrary() : link_(ModemLink::get()), timeout_scale_(environ
 
 void ClientLibrary::stop()
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     stopped_ = true;
     events_.clear();
     event_came_.notify_all();
-    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return in_callback_ == nullptr; });
+    end_callback_thread(mutex_, callbacks_, callback_ended_,
+                        [&]() REQUIRES(mutex_) { return in_callback_ == nullptr; });
 }
 
 Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
@@ -149,7 +148,7 @@ Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
 
 qmi_client_handle ClientLibrary::add(const Client& client)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto handle = reinterpret_cast<qmi_client_handle>(++last_handle_);
     clients_.emplace(handle, client);
     return handle;
@@ -157,7 +156,7 @@ qmi_client_handle ClientLibrary::add(const Client& client)
 
 bool ClientLibrary::find(qmi_client_handle handle, Client& client)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto found = clients_.find(handle);
     if (found == clients_.end()) return false;
     client = found->second;
@@ -167,7 +166,7 @@ bool ClientLibrary::find(qmi_client_handle handle, Client& client)
 // For a callback of the client: it is still there for it when another thread has begun to release it.
 bool ClientLibrary::find_told(qmi_client_handle handle, Client& client)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!on_callback_thread || in_callback_ != handle) return false;
     client = *told_;
     return true;
@@ -175,7 +174,7 @@ bool ClientLibrary::find_told(qmi_client_handle handle, Client& client)
 
 std::int32_t ClientLibrary::set_error_callback(qmi_client_handle handle, qmi_client_error_cb callback, void* data)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto found = clients_.find(handle);
     if (found == clients_.end() || callback == nullptr) return kInternal;
     found->second.error_cb = callback;
@@ -186,11 +185,11 @@ std::int32_t ClientLibrary::set_error_callback(qmi_client_handle handle, qmi_cli
 
 std::int32_t ClientLibrary::release(qmi_client_handle handle)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     if (clients_.erase(handle) == 0) return kInternal;
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->client == handle) finish(*each, kServiceGone);
-    if (!on_callback_thread) callback_ended_.wait(lock, [&] { return in_callback_ != handle; });
+    while (!on_callback_thread && in_callback_ == handle) callback_ended_.wait(mutex_);
     return 0;
 }
 
@@ -198,7 +197,7 @@ std::int32_t ClientLibrary::release(qmi_client_handle handle)
 
 void ClientLibrary::start_transaction(Transaction& transaction)
 {
-    const auto in_flight = [&](std::uint16_t id) {
+    const auto in_flight = [&](std::uint16_t id) REQUIRES(mutex_) {
         for (const Transaction* each = waiting_; each != nullptr; each = each->next)
             if (each->id == id) return true;
         return false;
@@ -230,7 +229,7 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
                                      ByteView tlvs, std::uint32_t timeout_ms)
 {
     const Deadline end = timeout_ms == 0 ? Deadline::max() : deadline(timeout_ms);
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto found = clients_.find(transaction.client);
     if (found == clients_.end()) return kInternal;
     if (found->second.gone || stopped_) return kServiceGone;
@@ -241,14 +240,15 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     std::array<std::uint8_t, link::kQmiHeadSize> head_bytes;
     link::store_qmi_head(head_bytes.data(), sent_head);
 
-    lock.unlock();
+    mutex_.unlock();
     // Where a service sends a request's own message as an indication too, that is how it tells the outcome.
     if (find_message(*client.service, INDICATION, head.message) != nullptr) link_.expect_indication();
     const std::int32_t sent = link_.send(client.server.address, head_bytes, tlvs, end, [&](LinkTrace& trace) {
+        trace.assert_locked();
         trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
     });
     const bool answered = sent == 0 && link_.wait(transaction.done, end);
-    lock.lock();
+    mutex_.lock();
     if (!answered) finish(transaction, sent != 0 ? sent : stopped_ ? kServiceGone : kTimeout);
     end_transaction(transaction);
     return transaction.result;
@@ -260,11 +260,11 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
 {
     const auto message = link::parse_qmi(bytes);
     if (!message || message->head.kind == link::QmiKind::request) return;
-    {
-        const auto traced = link_.trace().lock();
-        link_.trace().qmi(Direction::from_modem, from.service, message->head, message->tlvs);
+    if (LinkTrace& trace = link_.trace(); trace.is_on()) {
+        const MutexLock lock(trace.mutex());
+        trace.qmi(Direction::from_modem, from.service, message->head, message->tlvs);
     }
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (message->head.kind == link::QmiKind::indication) {
         // Told to whom it came: a service that goes away before a callback's turn takes nothing back.
         for (const auto& [handle, client] : clients_)
@@ -283,7 +283,7 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
 
 void ClientLibrary::on_server_gone(const Server& server)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->server == server.address) finish(*each, kServiceGone);
     for (auto& [handle, client] : clients_) {
@@ -325,9 +325,9 @@ void tell(const Client& client, Event& event)
 void ClientLibrary::run_callbacks()
 {
     on_callback_thread = true;
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     for (;;) {
-        event_came_.wait(lock, [&] { return stopped_ || !events_.empty(); });
+        while (!stopped_ && events_.empty()) event_came_.wait(mutex_);
         if (stopped_) return;
         Event event = std::move(events_.front());
         events_.pop_front();
@@ -336,9 +336,9 @@ void ClientLibrary::run_callbacks()
         const Client client = found->second;
         in_callback_ = event.client;
         told_ = &client;
-        lock.unlock();
+        mutex_.unlock();
         tell(client, event);
-        lock.lock();
+        mutex_.lock();
         in_callback_ = nullptr;
         told_ = nullptr;
         callback_ended_.notify_all();
