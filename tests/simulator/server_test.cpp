@@ -35,6 +35,19 @@ WireClient connect(const std::string& path)
 
 class ServerTest : public testing::Test {
  protected:
+    // Not waiting for its "ready". -1: without standard output.
+    pid_t start_with_output(int output) const
+    {
+        const std::string program = test::bin_path("rbk-modem");
+        const std::string address = "unix:" + socket_;
+        const std::string state = (folder_.path() / "state").string();
+        const pid_t child = ::fork();
+        if (child != 0) return child;
+        output < 0 ? ::close(STDOUT_FILENO) : ::dup2(output, STDOUT_FILENO);
+        ::execl(program.c_str(), program.c_str(), "--listen", address.c_str(), "--state", state.c_str(), nullptr);
+        ::_exit(127);
+    }
+
     TempDir folder_;
     std::string socket_ = (folder_.path() / "modem.sock").string();
 };
@@ -61,14 +74,7 @@ TEST_F(ServerTest, EndsOnASignalWhereverItWaits)
     const Fd reader(out[0]);
     while (::write(out[1], "full", 1) == 1) continue;
     ::fcntl(out[1], F_SETFL, 0);
-    const std::string program = test::bin_path("rbk-modem");
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(out[1], STDOUT_FILENO);
-        ::execl(program.c_str(), program.c_str(), "--listen", ("unix:" + socket_).c_str(), "--state",
-                (folder_.path() / "state").c_str(), nullptr);
-        ::_exit(127);
-    }
+    const pid_t child = start_with_output(out[1]);
     ::close(out[1]);
     while (!std::filesystem::exists(folder_.path() / "state")) std::this_thread::yield();
     ::kill(child, SIGTERM);
@@ -76,6 +82,18 @@ TEST_F(ServerTest, EndsOnASignalWhereverItWaits)
     ::waitpid(child, &status, 0);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(ServerTest, WithoutStandardOutputItsReadyGoesNowhere)
+{
+    const pid_t child = start_with_output(-1);
+    std::string error;
+    link::LinkSocket socket;
+    while (!socket.is_open()) socket = link::LinkSocket::connect_unix(socket_, error);
+    EXPECT_EQ(WireClient(std::move(socket)).envelope(0, Bytes{1}).data_len, 1u);
+    EXPECT_TRUE(test::read_file(socket_ + ".lock").empty()) << "the first file that it opened";
+    ::kill(child, SIGTERM);
+    ::waitpid(child, nullptr, 0);
 }
 
 TEST_F(ServerTest, TakesOverADeadSocketAndRefusesALivingOne)
