@@ -11,6 +11,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/linux/line_output.h"
 #include "platform/linux/thread_safety.h"
 
 namespace rbk::platform {
@@ -98,7 +99,7 @@ void complain(std::string_view line)
         if (!said->insert(text).second) return;
     }
     // One write a line, so that lines of two threads don't tear. Nobody can be told that standard error is closed.
-    if (write(STDERR_FILENO, text.data(), text.size()) < 0) return;
+    write_without_signal(STDERR_FILENO, text);
 }
 
 }  // namespace rbk::platform
