@@ -73,6 +73,7 @@ int serve(const Arguments& arguments)
 
     sim::Complaints complaints(say);
     sim::Modem modem(std::move(scenario), state, complaints);
+    if (!modem.store().is_usable()) return 1;  // it has said why
     modem.loop().watch(ending.get(), EPOLLIN, [&](std::uint32_t) { modem.stop(); });
     listener->serve(modem);
     if (terminal != nullptr) terminal->serve(modem.loop());
@@ -95,8 +96,8 @@ int main(int argc, char** argv)
         "A socket that no living server holds is taken over; the server's own is removed at the end.\n"
         "A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.\n"
         "Exit status: 0 after a signal, when fault rules that never matched are named on standard error;\n"
-        "1 for a bad scenario, whose file and line are named, and for a socket, a terminal or a home directory that\n"
-        "can't be had.");
+        "1 for a bad scenario, whose file and line are named, and for a socket, a terminal, a home or a state\n"
+        "directory that can't be had.");
     app.add_option("--listen", arguments.listen, "where to listen")
         ->type_name("unix:PATH")
         ->required()
