@@ -3,7 +3,9 @@
 
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <thread>
@@ -75,6 +77,17 @@ TEST_F(PropertyStoreTest, FilesHaveTheModeThatTheUmaskLeaves)
         EXPECT_EQ(std::filesystem::status(root() / "kept/persist.x").permissions(),
                   static_cast<std::filesystem::perms>(0666 & ~mask));
     }
+}
+
+TEST_F(PropertyStoreTest, WhatAKillCouldLeaveLiesWhereTheNextBootClearsIt)
+{
+    EXPECT_EQ(store().set("persist.x", "1"), "");
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(inotify_add_watch(watch, (root() / "kept").c_str(), IN_CREATE), 0);
+    EXPECT_EQ(store().set("persist.x", "2"), "");
+    char events[4096];
+    EXPECT_LT(read(watch, events, sizeof events), 0) << "written among the kept ones";
+    close(watch);
 }
 
 TEST_F(PropertyStoreTest, ReadOnlyNameIsSetOnceUntilItIsUnset)
