@@ -1,6 +1,7 @@
 // The modem's files: a real directory tree for each subscription, read and written in chunks.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -23,7 +24,7 @@ struct EfsPlace {
     // The path ends at its first zero byte. Empty when there is no file that it could mean.
     static std::optional<EfsPlace> parse(std::uint32_t sub, ByteView path);
     std::string tree() const { return "efs/" + std::to_string(sub); }
-    bool operator==(const EfsPlace&) const = default;
+    auto operator<=>(const EfsPlace&) const = default;
 };
 
 // Bytes of a path, and of the largest file that a client may write.

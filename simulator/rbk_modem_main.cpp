@@ -98,6 +98,7 @@ int serve(const Arguments& arguments)
 
     sim::Complaints complaints(say);
     sim::Modem modem(std::move(scenario), state, complaints);
+    if (!modem.store().is_usable()) return 1;  // it has said why
     listener->serve(modem);
     if (terminal != nullptr) terminal->serve(modem.loop());
     g_modem = &modem;
@@ -111,31 +112,28 @@ int serve(const Arguments& arguments)
     return 0;
 }
 
+constexpr char kHelp[] =
+    R"(Prints "ready" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.
+A socket that no living server holds is taken over; the server's own is removed at the end, and so is PATH.lock
+beside it, which keeps a second server away. The same holds for the terminal's link: one that an ended server has
+left is replaced, and all else that lies there is refused. A folder that others may write to can be kept from you
+by their files: take a private one.
+A command on the terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] doesn't
+name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
+Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there
+are.
+A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.
+What is wrong is told on standard error, each line once, and at most a hundred a minute.
+Exit status: 0 after a signal, when fault rules that never matched are named on standard error (nohup keeps SIGHUP
+away); 1 for a bad scenario, whose file and line are named, and for a socket, a terminal, a home or a state
+directory that can't be had.)";
+
 int run(int argc, char** argv)
 {
     handle_signals();
     Arguments arguments;
     CLI::App app("A simulated modem that serves rbk over a Unix socket until SIGTERM, SIGINT or SIGHUP.", "rbk-modem");
-    app.footer(
-        "Prints \"ready\" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.\n"
-        "A socket that no living server holds is taken over; the server's own is removed at the end, and so is "
-        "PATH.lock\n"
-        "beside it, which keeps a second server away. The same holds for the terminal's link: one that an ended server "
-        "has\n"
-        "left is replaced, and all else that lies there is refused. A folder that others may write to can be kept "
-        "from\n"
-        "you by their files: take a private one.\n"
-        "A command on the terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] "
-        "doesn't\n"
-        "name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.\n"
-        "Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many "
-        "there\n"
-        "are.\n"
-        "A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.\n"
-        "What is wrong is told on standard error, each line once, and at most a hundred a minute.\n"
-        "Exit status: 0 after a signal, when fault rules that never matched are named on standard error (nohup keeps\n"
-        "SIGHUP away); 1 for a bad scenario, whose file and line are named, and for a socket, a terminal or a home\n"
-        "directory that can't be had.");
+    app.footer(kHelp);
     app.add_option("--listen", arguments.listen, "where to listen")
         ->type_name("unix:PATH")
         ->required()
