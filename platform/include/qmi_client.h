@@ -114,8 +114,10 @@ int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, cons
 int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_message kind, uint32_t msg_id,
                                   const void *raw, uint32_t raw_len, void *structure, uint32_t size);
 
-/* Closes a client or a notifier. Requests in flight on it end with -2. No callback of it runs once this has returned;
- * one that is running is waited for, except from within it.
+/* Closes a client or a notifier. Requests in flight on it end with -2. No callback of it runs once this has returned: one
+ * that is running is waited for, and where its service has gone and that hasn't been told yet, its error callback comes
+ * first. Indications that wait are dropped. Since callbacks come one at a time, the caller may hold no lock that a callback
+ * of any client takes. From within a callback, of this client or another, nothing is waited for or told.
  * Result: 0, or -1 for a handle that is unknown or released already. Threads: any. */
 int32_t qmi_client_release(qmi_client_handle client);
 

@@ -36,7 +36,8 @@ struct Client {
     qmi_client_error_cb error_cb = nullptr;
     void* error_data = nullptr;
     bool is_notifier = false;
-    bool gone = false;  // its server has gone; nothing brings this client back
+    bool gone = false;      // its server has gone; nothing brings this client back
+    bool released = false;  // stays for the callback that its release waits for, and is unknown to callers
 };
 
 // A request that waits, on its caller's stack.
@@ -85,7 +86,11 @@ class ClientLibrary final : public LinkListener {
 
  private:
     ClientLibrary();
+    Client* open_client(qmi_client_handle handle) REQUIRES(mutex_);
+    void lose(qmi_client_handle handle, Client& client) REQUIRES(mutex_);
+    bool is_due(qmi_client_handle handle) const REQUIRES(mutex_);
     void enqueue(Event event) REQUIRES(mutex_);
+    bool start_callbacks() REQUIRES(mutex_);
     void finish(Transaction& transaction, std::int32_t result) REQUIRES(mutex_);
     void start_transaction(Transaction& transaction) REQUIRES(mutex_);
     void end_transaction(Transaction& transaction) REQUIRES(mutex_);
@@ -154,12 +159,19 @@ qmi_client_handle ClientLibrary::add(const Client& client)
     return handle;
 }
 
+// Null for a handle that is unknown or released.
+Client* ClientLibrary::open_client(qmi_client_handle handle)
+{
+    const auto found = clients_.find(handle);
+    return found == clients_.end() || found->second.released ? nullptr : &found->second;
+}
+
 bool ClientLibrary::find(qmi_client_handle handle, Client& client)
 {
     const MutexLock lock(mutex_);
-    const auto found = clients_.find(handle);
-    if (found == clients_.end()) return false;
-    client = found->second;
+    const Client* found = open_client(handle);
+    if (found == nullptr) return false;
+    client = *found;
     return true;
 }
 
@@ -175,22 +187,42 @@ bool ClientLibrary::find_told(qmi_client_handle handle, Client& client)
 std::int32_t ClientLibrary::set_error_callback(qmi_client_handle handle, qmi_client_error_cb callback, void* data)
 {
     const MutexLock lock(mutex_);
-    const auto found = clients_.find(handle);
-    if (found == clients_.end() || callback == nullptr) return kInternal;
-    found->second.error_cb = callback;
-    found->second.error_data = data;
-    if (found->second.gone) enqueue({handle, std::nullopt});
+    Client* client = open_client(handle);
+    if (client == nullptr || callback == nullptr) return kInternal;
+    client->error_cb = callback;
+    client->error_data = data;
+    if (client->gone) enqueue({handle, std::nullopt});
     return 0;
 }
 
+// Its indications are dropped; that its service has gone is told first, before anything that waits for others.
 std::int32_t ClientLibrary::release(qmi_client_handle handle)
 {
     const MutexLock lock(mutex_);
-    if (clients_.erase(handle) == 0) return kInternal;
+    Client* client = open_client(handle);
+    if (client == nullptr) return kInternal;
+    client->released = true;
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->client == handle) finish(*each, kServiceGone);
-    while (!on_callback_thread && in_callback_ == handle) callback_ended_.wait(mutex_);
+    bool is_lost = false;
+    std::erase_if(events_, [&](const Event& event) {
+        if (event.client != handle) return false;
+        if (!event.indication) is_lost = true;
+        return true;
+    });
+    if (!on_callback_thread) {
+        if (is_lost) events_.push_front({handle, std::nullopt});
+        while (is_due(handle)) callback_ended_.wait(mutex_);
+    }
+    clients_.erase(handle);
     return 0;
+}
+
+// Whether a callback of the client runs or will run.
+bool ClientLibrary::is_due(qmi_client_handle handle) const
+{
+    return in_callback_ == handle ||
+           std::any_of(events_.begin(), events_.end(), [&](const Event& event) { return event.client == handle; });
 }
 
 // ---- Requests ----
@@ -230,9 +262,9 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
 {
     const Deadline end = timeout_ms == 0 ? Deadline::max() : deadline(timeout_ms);
     const MutexLock lock(mutex_);
-    const auto found = clients_.find(transaction.client);
-    if (found == clients_.end()) return kInternal;
-    if (found->second.gone || stopped_) return kServiceGone;
+    const Client* opened = open_client(transaction.client);
+    if (opened == nullptr) return kInternal;
+    if (opened->gone || stopped_) return kServiceGone;
     start_transaction(transaction);
 
     link::QmiHead sent_head = head;
@@ -251,6 +283,9 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     mutex_.lock();
     if (!answered) finish(transaction, sent != 0 ? sent : stopped_ ? kServiceGone : kTimeout);
     end_transaction(transaction);
+    // Whoever hears of it here may release the client next, and the loss is then told before that.
+    Client* lost = transaction.result == kServiceGone ? open_client(transaction.client) : nullptr;
+    if (lost != nullptr) lose(transaction.client, *lost);
     return transaction.result;
 }
 
@@ -268,7 +303,7 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
     if (message->head.kind == link::QmiKind::indication) {
         // Told to whom it came: a service that goes away before a callback's turn takes nothing back.
         for (const auto& [handle, client] : clients_)
-            if (client.server.address == from.address && client.ind_cb != nullptr && !client.gone)
+            if (client.server.address == from.address && client.ind_cb != nullptr && !client.gone && !client.released)
                 enqueue({handle, Indication{message->head.message, Bytes(message->tlvs.begin(), message->tlvs.end())}});
         return;
     }
@@ -286,29 +321,36 @@ void ClientLibrary::on_server_gone(const Server& server)
     const MutexLock lock(mutex_);
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->server == server.address) finish(*each, kServiceGone);
-    for (auto& [handle, client] : clients_) {
-        if (client.server != server || client.is_notifier || client.gone) continue;
-        client.gone = true;
-        if (client.error_cb != nullptr) enqueue({handle, std::nullopt});
-    }
+    for (auto& [handle, client] : clients_)
+        if (client.server == server && !client.is_notifier && !client.released) lose(handle, client);
+}
+
+void ClientLibrary::lose(qmi_client_handle handle, Client& client)
+{
+    if (client.gone) return;
+    client.gone = true;
+    if (client.error_cb != nullptr) enqueue({handle, std::nullopt});
 }
 
 // ---- Callbacks ----
 
 void ClientLibrary::enqueue(Event event)
 {
-    if (stopped_) return;
+    if (stopped_ || !start_callbacks()) return;
     events_.push_back(std::move(event));
-    if (!callbacks_.joinable()) {
-        try {
-            callbacks_ = std::thread([this] { run_callbacks(); });
-        } catch (const std::system_error& error) {
-            complain(std::string("no thread for QMI callbacks: ") + error.what());
-            events_.clear();
-            return;
-        }
-    }
     event_came_.notify_one();
+}
+
+bool ClientLibrary::start_callbacks()
+{
+    if (callbacks_.joinable()) return true;
+    try {
+        callbacks_ = std::thread([this] { run_callbacks(); });
+        return true;
+    } catch (const std::system_error& error) {
+        complain(std::string("no thread for QMI callbacks: ") + error.what());
+        return false;
+    }
 }
 
 void tell(const Client& client, Event& event)
@@ -331,9 +373,7 @@ void ClientLibrary::run_callbacks()
         if (stopped_) return;
         Event event = std::move(events_.front());
         events_.pop_front();
-        const auto found = clients_.find(event.client);
-        if (found == clients_.end()) continue;  // released meanwhile
-        const Client client = found->second;
+        const Client client = clients_.at(event.client);  // there: its release drops or awaits its events
         in_callback_ = event.client;
         told_ = &client;
         mutex_.unlock();

@@ -128,6 +128,11 @@ class QmiClient : public HomeTest, public testing::WithParamInterface<const char
     std::optional<ModemProcess> process_;
 };
 
+void tell_error(qmi_client_handle, int32_t error, void* told)
+{
+    static_cast<Told*>(told)->add("error " + std::to_string(error));
+}
+
 constexpr char kSilence[] = "[[fault]]\nservice = \"extended\"\naction = \"silent\"\n";
 
 INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix", "qrtr"),
@@ -291,13 +296,10 @@ TEST_P(QmiClient, TellsOfALostServiceOnceAndFindsItAgain)
     use_modem("[modem]\nrestart_ms = 50\n[[fault]]\nservice = \"extended\"\nnth = 1\naction = \"down\"\n");
     qmi_client_handle client = open();
     Told told;
-    const auto on_error = [](qmi_client_handle, int32_t error, void* data) {
-        static_cast<Told*>(data)->add("error " + std::to_string(error));
-    };
     qmi_client_os_params wait_here{};
     qmi_client_handle notifier = nullptr;
     qmi_client_notifier_init(&extended, &wait_here, &notifier);
-    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &told), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told), 0);
     envelope response{};
     EXPECT_EQ(send(client, echo_request(1), response), -2);
     EXPECT_EQ(told.wait(1), std::vector<std::string>{"error -2"});
@@ -309,7 +311,7 @@ TEST_P(QmiClient, TellsOfALostServiceOnceAndFindsItAgain)
 
     // Registered when it has gone already: told all the same.
     Told told_late;
-    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &told_late), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told_late), 0);
     EXPECT_EQ(told_late.wait(1), std::vector<std::string>{"error -2"});
     EXPECT_EQ(told.wait(1).size(), 1u) << "told twice";
 }
@@ -321,10 +323,14 @@ TEST(QmiClientOverUnix, FindsAModemThatIsStartedAgain)
     ::setenv("RBK_MODEM", modem->address().c_str(), 1);
     qmi_client_handle client = nullptr;
     ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 0, &client), 0);
+    Told told;
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told), 0);
     modem->end(SIGKILL);
     const envelope request = echo_request(1);
     envelope response{};
     EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 10000), -2);
+    EXPECT_EQ(qmi_client_release(client), 0);
+    EXPECT_EQ(told.wait(0), std::vector<std::string>{"error -2"});
     modem.emplace(dir.path());
     ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 1000, &client),
               0);
@@ -385,16 +391,47 @@ TEST_P(QmiClient, ALostServiceTakesNoIndicationBack)
         return std::to_string(length);
     };
     qmi_client_handle client = open(on_indication, &listener);
-    const auto on_error = [](qmi_client_handle, int32_t error, void* data) {
-        static_cast<Told*>(data)->add("error " + std::to_string(error));
-    };
-    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &listener.told), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &listener.told), 0);
     envelope response{};
     EXPECT_EQ(send(client, echo_request(1), response), 0);
     EXPECT_EQ(send(client, echo_request(1), response), 0);
     EXPECT_EQ(send(client, echo_request(1), response), -2);
     lost.set_value();
     EXPECT_EQ(listener.told.wait(3), (std::vector<std::string>{"3: 3", "3: 4", "error -2"}));
+}
+
+// Two clients whose loss is still queued, behind a callback of a third one: released from outside, and from that callback.
+TEST_P(QmiClient, ReleaseTellsALostServiceFirst)
+{
+    use_modem(
+        "[[fault]]\nservice = \"extended\"\nnth = 1\naction = \"indicate\"\nindication = 3\nbytes = \"\"\n"
+        "[[fault]]\nservice = \"extended\"\nnth = 2\naction = \"down\"\n");
+    Told told;
+    Told told_other;
+    qmi_client_handle client = open();
+    qmi_client_handle other = open();
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(other, tell_error, &told_other), 0);
+    std::promise<void> entered;
+    std::promise<void> goes_on;
+    Listener busy;
+    busy.act = [&](qmi_client_handle, const void*, uint32_t) {
+        entered.set_value();
+        goes_on.get_future().wait();
+        return std::to_string(qmi_client_release(other));
+    };
+    open(on_indication, &busy);
+    envelope response{};
+    EXPECT_EQ(send(client, echo_request(1), response), 0);
+    entered.get_future().wait();
+    EXPECT_EQ(send(client, echo_request(1), response), -2);
+    auto released = std::async(std::launch::async, [&] { return qmi_client_release(client); });
+    EXPECT_EQ(released.wait_for(milliseconds(50)), std::future_status::timeout) << "and the loss hasn't been told";
+    goes_on.set_value();
+    EXPECT_EQ(released.get(), 0);
+    EXPECT_EQ(told.wait(0), std::vector<std::string>{"error -2"});
+    EXPECT_EQ(busy.told.wait(1), std::vector<std::string>{"3: 0"});
+    EXPECT_TRUE(told_other.wait(0).empty()) << "called after its release";
 }
 
 TEST_P(QmiClient, ACallbackMayReleaseButNotSend)
