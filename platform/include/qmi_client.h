@@ -6,7 +6,11 @@
  * A handle is a name that the library looks up and never follows: a released one is refused with -1.
  *
  * Callbacks run on the library's own thread, one at a time and never under a lock of the library. They may decode and
- * may release; a synchronous send from a callback is refused with -1, since the answer couldn't be awaited there. */
+ * may release; a synchronous send from a callback is refused with -1, since the answer couldn't be awaited there.
+ *
+ * The library ends in an exit handler registered at its first use, so before the caller's file-scope objects go. A callback
+ * that runs then is waited for, up to a second. From then on calls of the thread that ends the process fail, and wait for
+ * nothing; one of any other thread, also one that is under way, doesn't return. */
 #ifndef QMI_CLIENT_H
 #define QMI_CLIENT_H
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <system_error>
 
 #include "platform/linux/environment.h"
 
@@ -32,7 +31,7 @@ ModemLink& ModemLink::get()
 {
     static ModemLink* const link = [] {
         auto* built = new ModemLink;
-        std::atexit([] { get().stop(); });
+        std::atexit([] { get().end(); });
         return built;
     }();
     return *link;
@@ -89,34 +88,28 @@ std::int32_t ModemLink::open()
     if (state_ == State::stopped) return -4;
     modem_.reset();
     if (!connect()) return -4;
-    if (!idle_reader_.joinable()) {
-        try {
-            idle_reader_ = std::thread([this] { read_while_nobody_waits(); });
-        } catch (const std::system_error& error) {
-            complain(std::string("no thread for the link to the modem: ") + error.what());
-            return -4;
-        }
-    }
+    if (!idle_reader_.start("the link to the modem", [this] { read_while_nobody_waits(); })) return -4;
     last_read_ = steady_clock::now();
     state_ = State::open;
     opened_.notify_all();
     return 0;
 }
 
-void ModemLink::stop()
+void ModemLink::end()
 {
-    std::thread idle_reader;
+    begin_process_end();
     std::unique_ptr<sim::EmbeddedModem> modem;
     {
         const MutexLock lock(mutex_);
         if (state_ == State::open) socket_->shut_down();
         state_ = State::stopped;
-        idle_reader.swap(idle_reader_);
         modem.swap(modem_);
     }
     opened_.notify_all();
     changed_.notify_all();
-    if (idle_reader.joinable()) idle_reader.join();
+    for (const auto& slot : listeners_)
+        if (LinkListener* listener = slot.load()) listener->on_process_end();
+    idle_reader_.await_end();
 }
 
 // ---- Reading and waiting ----

@@ -18,6 +18,7 @@
 
 #include "platform/link/link_socket.h"
 #include "platform/linux/link_trace.h"
+#include "platform/linux/process_end.h"
 #include "platform/linux/thread_safety.h"
 #include "simulator/embedded.h"
 
@@ -40,6 +41,8 @@ class LinkListener {
     // `bytes` live for the call.
     virtual void on_datagram(const Server& from, ByteView bytes) = 0;
     virtual void on_server_gone(const Server& server) = 0;
+    // In the exit handler, once the link has been shut down: ends the library's thread.
+    virtual void on_process_end() = 0;
 
  protected:
     ~LinkListener() = default;
@@ -49,8 +52,9 @@ class ModemLink {
  public:
     static constexpr std::int32_t kModemGone = -2;
 
-    // Built at the first use and never destroyed: detached workers may come after the end of main. Its thread, and the
-    // embedded modem's, are stopped and joined by an exit handler registered then; later calls fail.
+    // Built at the first use and never destroyed: detached workers may come after the end of main. The end of the process
+    // begins in an exit handler registered then, which shuts the link down and ends all threads of the platform: the
+    // libraries', the link's own and the embedded modem's. Later calls fail, on the one thread that they return to.
     static ModemLink& get();
 
     // Never removed: a listener lives as long as the process. There is room for the libraries that stand on the link.
@@ -108,7 +112,7 @@ class ModemLink {
     void on_control(const link::ControlPacket& packet);
     void on_server_lost(const Server& server);
     void on_closed();
-    void stop();
+    void end();
 
     std::unique_ptr<LinkTrace> trace_;
     std::array<std::atomic<LinkListener*>, 2> listeners_{};
@@ -131,7 +135,7 @@ class ModemLink {
     Deadline expecting_until_ GUARDED_BY(mutex_);
     std::uint32_t waiting_ GUARDED_BY(mutex_) = 0;  // threads that would read
     std::vector<std::uint8_t> buffer_;
-    std::thread idle_reader_ GUARDED_BY(mutex_);
+    LibraryThread idle_reader_;
     Condition opened_;  // for the idle reader: the link has opened, or is to stop
 };
 

@@ -6,14 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstdlib>
 #include <deque>
 #include <map>
 #include <memory>
 #include <optional>
-#include <thread>
 
-#include "platform/linux/callback_thread.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/idl_codec.h"
 #include "platform/linux/modem_link.h"
@@ -63,8 +60,6 @@ struct Event {
     std::optional<Indication> indication;  // none: the service has gone
 };
 
-thread_local bool on_callback_thread = false;
-
 class ClientLibrary final : public LinkListener {
  public:
     static ClientLibrary& get();
@@ -83,6 +78,10 @@ class ClientLibrary final : public LinkListener {
 
     void on_datagram(const Server& from, ByteView bytes) override;
     void on_server_gone(const Server& server) override;
+    void on_process_end() override;
+
+    // Whether the caller is in a callback.
+    bool is_calling_back() const { return callbacks_.is_current(); }
 
  private:
     ClientLibrary();
@@ -90,12 +89,10 @@ class ClientLibrary final : public LinkListener {
     void lose(qmi_client_handle handle, Client& client) REQUIRES(mutex_);
     bool is_due(qmi_client_handle handle) const REQUIRES(mutex_);
     void enqueue(Event event) REQUIRES(mutex_);
-    bool start_callbacks() REQUIRES(mutex_);
     void finish(Transaction& transaction, std::int32_t result) REQUIRES(mutex_);
     void start_transaction(Transaction& transaction) REQUIRES(mutex_);
     void end_transaction(Transaction& transaction) REQUIRES(mutex_);
     void run_callbacks();
-    void stop();
 
     ModemLink& link_;
     const double timeout_scale_;
@@ -106,24 +103,19 @@ class ClientLibrary final : public LinkListener {
     Transaction* waiting_ GUARDED_BY(mutex_) = nullptr;
     std::uint16_t last_transaction_ GUARDED_BY(mutex_) = 0;
 
-    std::thread callbacks_ GUARDED_BY(mutex_);
+    LibraryThread callbacks_;
     std::deque<Event> events_ GUARDED_BY(mutex_);
     Condition event_came_;
     Condition callback_ended_;
     qmi_client_handle in_callback_ GUARDED_BY(mutex_) = nullptr;  // whose callback is running
     const Client* told_ GUARDED_BY(mutex_) = nullptr;             // the same client, as it was when the callback began
-    bool stopped_ GUARDED_BY(mutex_) = false;
 };
 
 // ---- Life of the library ----
 
 ClientLibrary& ClientLibrary::get()
 {
-    static ClientLibrary* const library = [] {
-        auto* built = new ClientLibrary;  // never destroyed: detached workers may come after the end of main
-        std::atexit([] { get().stop(); });
-        return built;
-    }();
+    static ClientLibrary* const library = new ClientLibrary;  // never destroyed, as the link isn't
     return *library;
 }
 
@@ -132,14 +124,14 @@ ClientLibrary::ClientLibrary() : link_(ModemLink::get()), timeout_scale_(environ
     link_.add_listener(*this);
 }
 
-void ClientLibrary::stop()
+void ClientLibrary::on_process_end()
 {
-    const MutexLock lock(mutex_);
-    stopped_ = true;
-    events_.clear();
-    event_came_.notify_all();
-    end_callback_thread(mutex_, callbacks_, callback_ended_,
-                        [&]() REQUIRES(mutex_) { return in_callback_ == nullptr; });
+    {
+        const MutexLock lock(mutex_);
+        event_came_.notify_all();
+        callback_ended_.notify_all();
+    }
+    callbacks_.await_end();
 }
 
 Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
@@ -179,7 +171,7 @@ bool ClientLibrary::find(qmi_client_handle handle, Client& client)
 bool ClientLibrary::find_told(qmi_client_handle handle, Client& client)
 {
     const MutexLock lock(mutex_);
-    if (!on_callback_thread || in_callback_ != handle) return false;
+    if (!is_calling_back() || in_callback_ != handle) return false;
     client = *told_;
     return true;
 }
@@ -210,9 +202,9 @@ std::int32_t ClientLibrary::release(qmi_client_handle handle)
         if (!event.indication) is_lost = true;
         return true;
     });
-    if (!on_callback_thread) {
+    if (!is_calling_back()) {
         if (is_lost) events_.push_front({handle, std::nullopt});
-        while (is_due(handle)) callback_ended_.wait(mutex_);
+        while (!process_ends() && is_due(handle)) callback_ended_.wait(mutex_);
     }
     clients_.erase(handle);
     return 0;
@@ -264,7 +256,7 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     const MutexLock lock(mutex_);
     const Client* opened = open_client(transaction.client);
     if (opened == nullptr) return kInternal;
-    if (opened->gone || stopped_) return kServiceGone;
+    if (opened->gone || process_ends()) return kServiceGone;
     start_transaction(transaction);
 
     link::QmiHead sent_head = head;
@@ -281,7 +273,7 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     });
     const bool answered = sent == 0 && link_.wait(transaction.done, end);
     mutex_.lock();
-    if (!answered) finish(transaction, sent != 0 ? sent : stopped_ ? kServiceGone : kTimeout);
+    if (!answered) finish(transaction, sent != 0 ? sent : process_ends() ? kServiceGone : kTimeout);
     end_transaction(transaction);
     // Whoever hears of it here may release the client next, and the loss is then told before that.
     Client* lost = transaction.result == kServiceGone ? open_client(transaction.client) : nullptr;
@@ -336,21 +328,9 @@ void ClientLibrary::lose(qmi_client_handle handle, Client& client)
 
 void ClientLibrary::enqueue(Event event)
 {
-    if (stopped_ || !start_callbacks()) return;
+    if (process_ends() || !callbacks_.start("QMI callbacks", [this] { run_callbacks(); })) return;
     events_.push_back(std::move(event));
     event_came_.notify_one();
-}
-
-bool ClientLibrary::start_callbacks()
-{
-    if (callbacks_.joinable()) return true;
-    try {
-        callbacks_ = std::thread([this] { run_callbacks(); });
-        return true;
-    } catch (const std::system_error& error) {
-        complain(std::string("no thread for QMI callbacks: ") + error.what());
-        return false;
-    }
 }
 
 void tell(const Client& client, Event& event)
@@ -366,11 +346,10 @@ void tell(const Client& client, Event& event)
 
 void ClientLibrary::run_callbacks()
 {
-    on_callback_thread = true;
     const MutexLock lock(mutex_);
     for (;;) {
-        while (!stopped_ && events_.empty()) event_came_.wait(mutex_);
-        if (stopped_) return;
+        while (!process_ends() && events_.empty()) event_came_.wait(mutex_);
+        if (process_ends()) return;
         Event event = std::move(events_.front());
         events_.pop_front();
         const Client client = clients_.at(event.client);  // there: its release drops or awaits its events
@@ -420,6 +399,7 @@ using namespace rbk::platform;
 int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_params* os_params,
                                  qmi_client_handle* notifier)
 {
+    const LibraryCall call;
     if (service == nullptr || os_params == nullptr || notifier == nullptr) return kInternal;
     ClientLibrary& library = ClientLibrary::get();
     os_params->service_id = service->service_id;
@@ -434,6 +414,7 @@ int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client
 int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service_info* table, uint32_t* num_entries,
                                     uint32_t* num_services)
 {
+    const LibraryCall call;
     if (service == nullptr || num_services == nullptr || (table != nullptr && num_entries == nullptr)) return kInternal;
     std::vector<Server> servers;
     const std::int32_t result = ClientLibrary::get().link().list_servers(service->service_id, servers);
@@ -448,6 +429,7 @@ int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_ser
 
 int32_t qmi_cci_os_signal_wait(qmi_client_os_params* os_params, uint32_t timeout_ms)
 {
+    const LibraryCall call;
     if (os_params == nullptr) return 0;
     const Deadline deadline = steady_clock::now() + milliseconds(timeout_ms);
     return ClientLibrary::get().link().wait_for_news(os_params->service_id, os_params->news_seen, deadline) ? 1 : 0;
@@ -456,6 +438,7 @@ int32_t qmi_cci_os_signal_wait(qmi_client_os_params* os_params, uint32_t timeout
 int32_t qmi_client_init(const qmi_service_info* entry, qmi_idl_service_object_type service, qmi_client_ind_cb ind_cb,
                         void* cb_data, qmi_client_os_params* /*os_params*/, qmi_client_handle* client)
 {
+    const LibraryCall call;
     if (entry == nullptr || service == nullptr || client == nullptr) return kInternal;
     const Server server{entry->service_id, entry->instance, {entry->node, entry->port}};
     if (server == Server{} || server.service != service->service_id) return kServiceGone;
@@ -466,6 +449,7 @@ int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t i
                                  void* cb_data, qmi_client_os_params* /*os_params*/, uint32_t timeout_ms,
                                  qmi_client_handle* client)
 {
+    const LibraryCall call;
     if (service == nullptr || client == nullptr) return kInternal;
     ClientLibrary& library = ClientLibrary::get();
     const Deadline deadline = library.deadline(timeout_ms);
@@ -484,15 +468,17 @@ int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t i
 
 int32_t qmi_client_register_error_cb(qmi_client_handle client, qmi_client_error_cb error_cb, void* cb_data)
 {
+    const LibraryCall call;
     return ClientLibrary::get().set_error_callback(client, error_cb, cb_data);
 }
 
 int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, const void* request, uint32_t request_size,
                                  void* response, uint32_t response_size, uint32_t timeout_ms)
 {
+    const LibraryCall call;
     ClientLibrary& library = ClientLibrary::get();
     Client found;
-    if (on_callback_thread || !library.find(client, found) || found.is_notifier) return kInternal;
+    if (library.is_calling_back() || !library.find(client, found) || found.is_notifier) return kInternal;
 
     const idl_message* asked = find_message(*found.service, REQUEST, msg_id);
     Transaction transaction;
@@ -517,6 +503,7 @@ int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, cons
 int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_message kind, uint32_t msg_id,
                                   const void* raw, uint32_t raw_len, void* structure, uint32_t size)
 {
+    const LibraryCall call;
     ClientLibrary& library = ClientLibrary::get();
     Client found;
     if (!library.find(client, found) && !library.find_told(client, found)) return kInternal;
@@ -529,5 +516,6 @@ int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_mess
 
 int32_t qmi_client_release(qmi_client_handle client)
 {
+    const LibraryCall call;
     return ClientLibrary::get().release(client);
 }

@@ -236,30 +236,6 @@ TEST_P(QmiClient, ReleaseEndsARequestInFlight)
     EXPECT_EQ(result.get(), -2);
 }
 
-// The worker is joined by an exit handler that is older than the library, so after the library's own.
-TEST_P(QmiClient, TheEndOfTheProcessEndsARequestInFlight)
-{
-    trace_to_file();
-    use_modem(kSilence);
-    EXPECT_EXIT(
-        {
-            static std::thread worker;
-            static std::int32_t result = 0;
-            std::atexit([] {
-                worker.join();
-                if (result != -2) ::_exit(1);
-            });
-            qmi_client_handle client = open();
-            worker = std::thread([client] {
-                envelope response{};
-                result = send(client, echo_request(1), response, 60000);
-            });
-            wait_for_request();
-            std::exit(0);
-        },
-        testing::ExitedWithCode(0), "");
-}
-
 // ---- Services that come and go ----
 
 TEST_P(QmiClient, FindsAServiceThatComesUpLate)
@@ -472,25 +448,93 @@ TEST_P(QmiClient, ReleaseWaitsForARunningCallbackWhichStillDecodes)
     EXPECT_EQ(decoded, 0);
 }
 
-TEST_P(QmiClient, TheProcessMayEndInTheMiddleOfACallback)
+// ---- The end of the process ----
+
+// What a callback does while the process ends.
+struct EndCase {
+    const char* catches;
+    void (*in_callback)();
+};
+std::atomic<bool> callback_entered;
+std::atomic<bool> callback_may_run;  // when the process has ended
+std::atomic<bool> library_has_ended;
+steady_clock::time_point end_begun;
+qmi_client_handle ended_client;
+
+void list_services()
 {
-    use_modem(kIndication);
-    EXPECT_EXIT(
-        {
+    uint32_t services = 0;
+    qmi_client_get_service_list(&extended, nullptr, nullptr, &services);
+}
+
+const EndCase kEndCases[] = {
+    {"CallbackLeftBehind",
+     [] {
+         callback_may_run = false;
+         std::this_thread::sleep_for(milliseconds(50));
+         callback_may_run = true;
+     }},
+    {"CallbackInACallWaitedFor",
+     [] {
+         for (;;) list_services();
+     }},
+    {"CallbackCannotEndTheProcess", [] { std::exit(0); }},
+};
+
+// In an exit handler that is older than the library's.
+void check_ended_library()
+{
+    bool right = callback_may_run && steady_clock::now() - end_begun < milliseconds(900);
+    library_has_ended = true;
+    const envelope request = echo_request(1);
+    envelope response{};
+    right = right &&
+            qmi_client_send_msg_sync(ended_client, 2, &request, sizeof request, &response, sizeof response, 60000) != 0;
+    right = right && qmi_client_release(ended_client) == 0;
+    std::this_thread::sleep_for(milliseconds(50));  // for whoever returns now
+    if (!right) ::_exit(1);
+}
+
+// Of all threads but the one that ends the process no call returns: those that are under way then, and later ones.
+TEST_P(QmiClient, TheEndOfTheProcessKeepsEveryOtherThread)
+{
+    trace_to_file();
+    use_modem(std::string(kIndication) + kSilence);
+    for (const EndCase& each : kEndCases) {
+        SCOPED_TRACE(each.catches);
+        std::filesystem::remove(trace_file());
+        const auto end = [&] {
+            std::atexit(check_ended_library);
+            callback_may_run = true;
             static Listener listener;
-            static std::promise<void> entered;
-            listener.act = [](qmi_client_handle, const void*, uint32_t) {
-                entered.set_value();
-                std::this_thread::sleep_for(milliseconds(20));
+            listener.act = [&](qmi_client_handle, const void*, uint32_t) {
+                callback_entered = true;
+                end_begun = steady_clock::now();
+                each.in_callback();
                 return std::string();
             };
-            qmi_client_handle client = open(on_indication, &listener);
-            envelope response{};
-            send(client, echo_request(1), response);
-            entered.get_future().wait();
+            ended_client = open(on_indication, &listener);
+            std::thread([] {
+                while (!library_has_ended) std::this_thread::sleep_for(milliseconds(1));
+                list_services();
+                ::_exit(2);
+            }).detach();
+            std::thread([] {
+                envelope response{};
+                send(ended_client, echo_request(1), response, 60000);
+                ::_exit(3);
+            }).detach();
+            while (!callback_entered) std::this_thread::sleep_for(milliseconds(1));
+            if (each.in_callback == kEndCases[2].in_callback) {
+                envelope response{};
+                send(ended_client, echo_request(1), response, 60000);
+                ::_exit(4);
+            }
+            end_begun = steady_clock::now();
             std::exit(0);
-        },
-        testing::ExitedWithCode(0), "");
+        };
+        EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    }
 }
 
 // ---- Trace ----
