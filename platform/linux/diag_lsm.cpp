@@ -9,12 +9,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <map>
 #include <optional>
 #include <utility>
 
 #include "platform/link/diag_frame.h"
+#include "platform/linux/callback_queue.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/modem_link.h"
 
@@ -68,6 +68,7 @@ struct Pending {
 struct Packet {
     DiagHead head;
     Bytes bytes;
+    std::size_t size() const { return sizeof(Packet) + bytes.size(); }
 };
 
 class DiagLibrary final : public LinkListener {
@@ -114,7 +115,7 @@ class DiagLibrary final : public LinkListener {
     std::int32_t last_client_ GUARDED_BY(mutex_) = 0;
 
     LibraryThread callbacks_;
-    std::deque<Packet> packets_ GUARDED_BY(mutex_);
+    CallbackQueue<Packet> packets_ GUARDED_BY(mutex_);
     std::atomic<bool> called_ = false;  // the callback thread is to look around
     Condition session_came_;
     Condition callback_ended_;
@@ -375,7 +376,7 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
     const MutexLock lock(mutex_);
     if (frame->head.kind == DiagKind::packet) {
         if (!session_ || session_->modem.address != from.address) return;
-        packets_.push_back({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
+        packets_.push({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
         call_callbacks();
         return;
     }
@@ -412,8 +413,7 @@ void DiagLibrary::run_callbacks()
     const MutexLock lock(mutex_);
     while (!process_ends()) {
         if (!packets_.empty()) {
-            Packet packet = std::move(packets_.front());
-            packets_.pop_front();
+            Packet packet = packets_.pop();
             deliver(packet);
         } else if (!session_) {
             session_came_.wait(mutex_);

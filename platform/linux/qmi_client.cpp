@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
 
+#include "platform/linux/callback_queue.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/idl_codec.h"
 #include "platform/linux/modem_link.h"
@@ -58,6 +58,7 @@ struct Indication {
 struct Event {
     qmi_client_handle client = nullptr;
     std::optional<Indication> indication;  // none: the service has gone
+    std::size_t size() const { return indication ? sizeof(Event) + indication->tlvs.size() : 0; }
 };
 
 class ClientLibrary final : public LinkListener {
@@ -104,7 +105,7 @@ class ClientLibrary final : public LinkListener {
     std::uint16_t last_transaction_ GUARDED_BY(mutex_) = 0;
 
     LibraryThread callbacks_;
-    std::deque<Event> events_ GUARDED_BY(mutex_);
+    CallbackQueue<Event> events_ GUARDED_BY(mutex_);
     Condition event_came_;
     Condition callback_ended_;
     qmi_client_handle in_callback_ GUARDED_BY(mutex_) = nullptr;  // whose callback is running
@@ -197,7 +198,7 @@ std::int32_t ClientLibrary::release(qmi_client_handle handle)
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->client == handle) finish(*each, kServiceGone);
     bool is_lost = false;
-    std::erase_if(events_, [&](const Event& event) {
+    events_.erase_if([&](const Event& event) {
         if (event.client != handle) return false;
         if (!event.indication) is_lost = true;
         return true;
@@ -213,8 +214,7 @@ std::int32_t ClientLibrary::release(qmi_client_handle handle)
 // Whether a callback of the client runs or will run.
 bool ClientLibrary::is_due(qmi_client_handle handle) const
 {
-    return in_callback_ == handle ||
-           std::any_of(events_.begin(), events_.end(), [&](const Event& event) { return event.client == handle; });
+    return in_callback_ == handle || events_.any([&](const Event& event) { return event.client == handle; });
 }
 
 // ---- Requests ----
@@ -265,8 +265,6 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     link::store_qmi_head(head_bytes.data(), sent_head);
 
     mutex_.unlock();
-    // Where a service sends a request's own message as an indication too, that is how it tells the outcome.
-    if (find_message(*client.service, INDICATION, head.message) != nullptr) link_.expect_indication();
     const std::int32_t sent = link_.send(client.server.address, head_bytes, tlvs, end, [&](LinkTrace& trace) {
         trace.assert_locked();
         trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
@@ -329,7 +327,7 @@ void ClientLibrary::lose(qmi_client_handle handle, Client& client)
 void ClientLibrary::enqueue(Event event)
 {
     if (process_ends() || !callbacks_.start("QMI callbacks", [this] { run_callbacks(); })) return;
-    events_.push_back(std::move(event));
+    events_.push(std::move(event));
     event_came_.notify_one();
 }
 
@@ -350,8 +348,7 @@ void ClientLibrary::run_callbacks()
     for (;;) {
         while (!process_ends() && events_.empty()) event_came_.wait(mutex_);
         if (process_ends()) return;
-        Event event = std::move(events_.front());
-        events_.pop_front();
+        Event event = events_.pop();
         const Client client = clients_.at(event.client);  // there: its release drops or awaits its events
         in_callback_ = event.client;
         told_ = &client;

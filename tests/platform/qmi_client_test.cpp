@@ -16,6 +16,8 @@
 
 #include "platform/counted_new.h"
 #include "platform/link/bytes.h"
+#include "platform/linux/callback_queue.h"
+#include "support/embedded_run.h"
 #include "support/home.h"
 #include "support/modem_process.h"
 
@@ -352,6 +354,34 @@ TEST_P(QmiClient, HandsAnIndicationToEachClientOnAThreadOfItsOwn)
     EXPECT_NE(first.thread, std::this_thread::get_id());
 }
 
+// Twenty rows, each said a thousand times a second and in their order.
+TEST_P(QmiClient, LosesNothingOfTwentyThousandIndicationsASecond)
+{
+    std::string scenario;
+    for (int row = 0; row < 20; ++row)
+        scenario += "[[indication]]\nservice = \"extended\"\nmessage = 3\nevery_ms = 1\nbytes = \"" +
+                    hex({static_cast<std::uint8_t>(row)}) + " 00 00\"\n";
+    use_modem(scenario);
+    struct Flood {
+        std::atomic<int> count = 0;
+        std::atomic<int> out_of_order = 0;
+        Told lost;
+    };
+    static Flood flood;
+    const auto on_row = [](qmi_client_handle, uint32_t, void* buffer, uint32_t, void*) {
+        if (*static_cast<std::uint8_t*>(buffer) != flood.count++ % 20) ++flood.out_of_order;
+    };
+    qmi_client_handle client = open(on_row);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &flood.lost), 0);
+    envelope response{};
+    ASSERT_EQ(send(client, echo_request(1), response), 0);
+    while (flood.count < 20000 && flood.lost.wait(0).empty()) std::this_thread::sleep_for(milliseconds(5));
+    EXPECT_EQ(flood.lost.wait(0), std::vector<std::string>{}) << "after " << flood.count << ": the modem gave it up";
+    EXPECT_EQ(flood.out_of_order, 0);
+    EXPECT_EQ(send(client, echo_request(1), response), 0);
+    qmi_client_release(client);
+}
+
 TEST_P(QmiClient, ALostServiceTakesNoIndicationBack)
 {
     std::string scenario;
@@ -446,6 +476,27 @@ TEST_P(QmiClient, ReleaseWaitsForARunningCallbackWhichStillDecodes)
     entered.get_future().wait();
     EXPECT_EQ(qmi_client_release(client), 0);
     EXPECT_EQ(decoded, 0);
+}
+
+struct Sized {
+    std::size_t bytes = 0;
+    std::size_t size() const { return bytes; }
+};
+
+TEST(CallbackQueue, IsBoundedButForWhatHasNoBytes)
+{
+    using Queue = platform::CallbackQueue<Sized>;
+    Queue queue;
+    for (const std::size_t bytes : {Queue::kMost - 1, std::size_t{2}, std::size_t{1}, std::size_t{1}, std::size_t{0}})
+        queue.push({bytes});
+    EXPECT_EQ(queue.pop().bytes, Queue::kMost - 1);
+    EXPECT_EQ(queue.pop().bytes, 1u) << "what found no room was kept";
+    EXPECT_EQ(queue.pop().bytes, 0u) << "a lost service was dropped";
+    EXPECT_TRUE(queue.empty());
+    queue.push({Queue::kMost});
+    queue.erase_if([](const Sized&) { return true; });
+    queue.push({Queue::kMost});
+    EXPECT_FALSE(queue.empty()) << "room that is free again wasn't given";
 }
 
 // ---- The end of the process ----
