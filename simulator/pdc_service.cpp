@@ -20,10 +20,10 @@ constexpr std::size_t kLongestDescription = 255;
 constexpr std::size_t kChunk = 25;     // configurations in one indication
 constexpr std::size_t kFrame = 32768;  // bytes of a report in one indication
 constexpr std::uint32_t kLastFrame = 0xFFFFFFFF;
-constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;       // bytes: a larger configuration has no room
-constexpr std::size_t kLongestReport = 256 * 1024 * 1024;  // bytes
-constexpr std::size_t kLoads = 16;                         // configurations on their way in
-constexpr std::chrono::milliseconds kFramePace{1};         // between frames, for the client to read them
+constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;         // bytes: a larger configuration has no room
+constexpr std::size_t kLongestReport = 256UL * 1024 * 1024;  // bytes
+constexpr std::size_t kLoads = 16;                           // configurations on their way in
+constexpr std::chrono::milliseconds kFramePace{1};           // between frames, for the client to read them
 
 constexpr std::uint32_t kPlatform = 0;  // types of configurations
 constexpr std::uint32_t kSoftware = 1;
@@ -398,7 +398,7 @@ void PdcService::load(Call& call)
     });
     if (load == loads_.end()) {
         if (total > kEfsRoom || loads_.size() == kLoads) return outcome(call, QmiError::no_memory);
-        load = loads_.insert(load, {{named->id, named->type, "", 0, total}});
+        load = loads_.insert(load, Load{{named->id, named->type, "", 0, total}});
     }
     if (total != load->config.size || frame > total - load->received) {
         loads_.erase(load);

@@ -5,8 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <string>
-#include <system_error>
 
 #include "platform/linux/environment.h"
 #include "simulator/at_terminal.h"
@@ -84,9 +84,7 @@ int serve(const Arguments& arguments)
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     Arguments arguments;
     CLI::App app("A simulated modem that serves rbk over a Unix socket until SIGTERM or SIGINT.", "rbk-modem");
@@ -116,12 +114,17 @@ int main(int argc, char** argv)
         return app.exit(error) == 0 ? 0 : 1;
     }
     arguments.listen.erase(0, 5);
+    return serve(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        return serve(arguments);
-    } catch (const rbk::sim::ScenarioError& error) {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
         say(error.what());
-    } catch (const std::system_error& error) {
-        say(error.what());
+        return 1;
     }
-    return 1;
 }

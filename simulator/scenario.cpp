@@ -11,7 +11,7 @@
 namespace rbk::sim {
 namespace {
 
-constexpr std::size_t kLongestScenarioFile = 16 * 1024 * 1024;  // of EFS: more than a client can write, for its tests
+constexpr std::size_t kLongestScenarioFile = 16UL * 1024 * 1024;  // of EFS: more than a client can write, for its tests
 
 std::string service_names()
 {

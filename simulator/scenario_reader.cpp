@@ -19,7 +19,7 @@
 namespace rbk::sim {
 namespace {
 
-constexpr std::int64_t kLongestWaitMs = 24 * 60 * 60 * 1000;
+constexpr std::int64_t kLongestWaitMs = 24L * 60 * 60 * 1000;
 
 ScenarioNode convert(const toml::node& from, const std::string& file)
 {

@@ -14,7 +14,7 @@ namespace rbk::sim {
 namespace {
 
 constexpr char kTemporaries[] = "tmp";
-constexpr std::uint64_t kLongestValue = 16 * 1024 * 1024;  // far above what a modem keeps in one
+constexpr std::uint64_t kLongestValue = 16UL * 1024 * 1024;  // far above what a modem keeps in one
 
 std::string error_text(int error)
 {

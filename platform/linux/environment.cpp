@@ -17,8 +17,7 @@ namespace {
 
 std::optional<std::string> variable(const char* name)
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
-    const char* text = std::getenv(name);
+    const char* text = std::getenv(name);  // nothing in the process changes its environment
     if (text == nullptr || *text == 0) return std::nullopt;
     return text;
 }
