@@ -102,9 +102,12 @@ int serve(const Arguments& arguments)
     listener->serve(modem);
     if (terminal != nullptr) terminal->serve(modem.loop());
     g_modem = &modem;
-    if (g_asked_to_end) return 0;
-    std::puts("ready");
-    std::fflush(stdout);
+    if (g_asked_to_end) {
+        modem.stop();  // asked before there was one
+    } else {
+        std::puts("ready");
+        std::fflush(stdout);
+    }
     modem.run();
     g_modem = nullptr;
     terminal.reset();  // before the loop that it is watched by
