@@ -28,8 +28,7 @@ class LibraryCall {
 // A thread of a library's own, from its first use to the end of the process.
 class LibraryThread {
  public:
-    // Starts it, where it hasn't been started yet. False, after a complaint that names it, when there is no thread to be
-    // had. Threads: one at a time.
+    // Starts it, where it hasn't been started yet. False, after a complaint that names it, when there is no thread to be had.
     bool start(const char* what, std::function<void()> body);
     bool is_current() const;
     // At the end of the process, once `body` has been told to return: waits until it has, or until the thread is kept in a
