@@ -96,6 +96,10 @@ TEST(IdlCodec, ReadsAndWritesEachForm)
     EXPECT_EQ(read.serial, 0x0807060504030201u);
     EXPECT_EQ(read.wide_len, 3u);
     EXPECT_EQ(read.wide[2], 0xC3);
+    forms late;
+    std::memset(&late, 0x11, sizeof late);
+    ASSERT_TRUE(decode(kForms, kOptional + kMandatory, &late));
+    EXPECT_EQ(std::memcmp(&read, &late, sizeof read), 0) << "what nothing fills isn't zero, or what is filled is";
 
     Bytes room(kLongest);
     const auto length = encode(kForms, &read, room);
