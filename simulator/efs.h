@@ -45,7 +45,8 @@ class Efs {
     ReadChunk read(ClientId client, const EfsPlace& place, std::uint32_t offset, std::span<std::uint8_t> room);
 
     struct WriteChunk {
-        EfsPlace place;
+        std::uint32_t sub = 0;
+        ByteView path;               // every chunk of a file spells it alike
         std::uint32_t instance = 0;  // kNewInstance, or what the first chunk was answered with
         std::uint32_t total = 0;     // bytes of the whole file
         std::uint32_t offset = 0;
@@ -59,31 +60,33 @@ class Efs {
     int remove(const EfsPlace& place) { return store_.remove_in(place.tree(), place.parts); }
 
     // Its transfers end, and what it hasn't sent whole is forgotten.
-    void client_gone(ClientId client) { transfers_.erase(client); }
+    void client_gone(ClientId client);
 
  private:
     static constexpr std::uint32_t kOpenInstances = 8;  // of one client
     static constexpr std::size_t kOpenReads = 8;        // of one client; the oldest makes room
+    static constexpr std::size_t kAllOpenReads = 64;    // of all: each has a descriptor
 
     struct OpenRead {
+        ClientId client = 0;
         EfsPlace place;
         Fd fd;
         std::uint64_t size = 0;
     };
     struct OpenWrite {
         EfsPlace place;
+        Bytes path;  // as the client spells the place
         std::uint32_t total = 0;
         Bytes received;
     };
-    struct Transfers {
-        std::list<OpenRead> reads;                  // the latest one first
-        std::map<std::uint32_t, OpenWrite> writes;  // by instance
-    };
+    using Writes = std::map<std::uint32_t, OpenWrite>;  // by instance
 
-    int open_instance(Transfers& transfers, const WriteChunk& chunk);
+    void make_room_for_read(ClientId client);
+    int open_instance(Writes& writes, const WriteChunk& chunk);
 
     StateStore& store_;
-    std::map<ClientId, Transfers> transfers_;
+    std::list<OpenRead> reads_;  // the latest one first
+    std::map<ClientId, Writes> writes_;
 };
 
 }  // namespace rbk::sim

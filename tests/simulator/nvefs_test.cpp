@@ -219,12 +219,20 @@ TEST(Efs, TransfersEndWithTheirClient)
         const std::filesystem::directory_iterator files("/proc/self/fd");
         return std::distance(begin(files), end(files));
     };
-    RunningModem modem("[efs]\n\"0:/long\" = { fill = 1, size = 1000 }\n");
+    std::string scenario = "[efs]\n";
+    for (int i = 0; i < 8; ++i) scenario += "\"0:/long" + std::to_string(i) + "\" = { fill = 1, size = 1000 }\n";
+    RunningModem modem(scenario);
     const auto before = open_files();
     {
-        WireClient client = modem.connect();
-        EXPECT_EQ(result(client, efs_record(kEfsRead, 0, "/long")), 0);
-        EXPECT_EQ(open_files(), before + 3);  // both ends of the socket, and the file
+        std::vector<WireClient> clients;
+        for (int c = 0; c < 10; ++c) {
+            clients.push_back(modem.connect());
+            for (int i = 0; i < 8; ++i)
+                EXPECT_EQ(result(clients[c], efs_record(kEfsRead, 0, "/long" + std::to_string(i))), 0);
+            // Both ends of each socket, and the files: not more than 64 of them however many clients read.
+            EXPECT_EQ(open_files(), before + 2 * (c + 1) + std::min(8 * (c + 1), 64));
+        }
+        EXPECT_EQ(result(clients[0], efs_record(kEfsRead, 0, "/long0").put<std::uint32_t>(116, 424)), 0);
     }
     for (int i = 0; i < 500 && open_files() != before; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_EQ(open_files(), before);
