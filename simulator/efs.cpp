@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 namespace rbk::sim {
 
@@ -52,28 +53,21 @@ Efs::ReadChunk Efs::read(ClientId client, const EfsPlace& place, std::uint32_t o
     return chunk;
 }
 
-// Whoever goes on with one that is closed for it opens the file anew.
 void Efs::make_room_for_read(ClientId client)
 {
-    const auto is_own = [client](const OpenRead& read) { return read.client == client; };
+    const auto is_own = [&](const OpenRead& read) { return read.client == client; };
     if (std::count_if(reads_.begin(), reads_.end(), is_own) == kOpenReads) {
         reads_.erase(std::prev(std::find_if(reads_.rbegin(), reads_.rend(), is_own).base()));
-    } else if (reads_.size() == kAllOpenReads) {
+    } else if (reads_.size() == kOpenReadsOfAll) {
         reads_.pop_back();
     }
-}
-
-void Efs::client_gone(ClientId client)
-{
-    std::erase_if(reads_, [client](const OpenRead& read) { return read.client == client; });
-    writes_.erase(client);
 }
 
 int Efs::write(ClientId client, const WriteChunk& chunk)
 {
     if (chunk.bytes.empty() || chunk.total == 0) return -EINVAL;
     if (chunk.total > kLongestEfsFile) return -ENOSPC;
-    Writes& writes = writes_[client];
+    OpenWrites& writes = writes_[client];
     std::uint32_t instance = chunk.instance;
     if (instance == kNewInstance) {
         if (chunk.offset != 0 || chunk.bytes.size() > chunk.total) return -EINVAL;
@@ -96,7 +90,7 @@ int Efs::write(ClientId client, const WriteChunk& chunk)
     return error != 0 ? error : static_cast<int>(instance);
 }
 
-int Efs::open_instance(Writes& writes, const WriteChunk& chunk)
+int Efs::open_instance(OpenWrites& writes, const WriteChunk& chunk)
 {
     std::optional<EfsPlace> place = EfsPlace::parse(chunk.sub, chunk.path);
     if (!place) return -EINVAL;
@@ -108,6 +102,12 @@ int Efs::open_instance(Writes& writes, const WriteChunk& chunk)
         return static_cast<int>(instance);
     }
     return -EMFILE;
+}
+
+void Efs::client_gone(ClientId client)
+{
+    std::erase_if(reads_, [&](const OpenRead& read) { return read.client == client; });
+    writes_.erase(client);
 }
 
 }  // namespace rbk::sim

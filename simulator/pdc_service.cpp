@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,12 +18,12 @@ constexpr std::size_t kLongestDescription = 255;
 constexpr std::size_t kChunk = 25;     // configurations in one indication
 constexpr std::size_t kFrame = 32768;  // bytes of a report in one indication
 constexpr std::uint32_t kLastFrame = 0xFFFFFFFF;
-constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;         // bytes: a larger configuration has no room
-constexpr std::size_t kLongestReport = 256UL * 1024 * 1024;  // bytes
-constexpr std::size_t kConfigs = 256;                        // one more has no room either
-constexpr std::size_t kLoads = 16;                           // configurations on their way in
-constexpr std::size_t kDeactivated = 16;                     // remembered; the oldest is forgotten first
-constexpr std::chrono::milliseconds kFramePace{1};           // between frames, for the client to read them
+constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;        // bytes: a larger configuration has no room
+constexpr std::size_t kLongestReport = 64UL * 1024 * 1024;  // bytes
+constexpr std::size_t kConfigs = 256;                       // one more has no room either
+constexpr std::size_t kLoads = 16;                          // configurations on their way in
+constexpr std::size_t kDeactivated = 16;                    // remembered; the oldest is forgotten first
+constexpr std::chrono::milliseconds kFramePace{1};          // between frames, for the client to read them
 
 constexpr std::uint32_t kPlatform = 0;  // types of configurations
 constexpr std::uint32_t kSoftware = 1;
@@ -107,15 +105,6 @@ struct PdcSettings final : ServiceSettings {
         return true;
     }
 };
-
-Bytes read_report(const ScenarioNode& node)
-{
-    std::ifstream stream(node.beside(node.text("report")), std::ios::binary);
-    Bytes bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream.is_open() || stream.bad()) node.refuse("report", "a file that can be read");
-    if (bytes.size() > kLongestReport) node.refuse("report", "at most " + std::to_string(kLongestReport) + " bytes");
-    return bytes;
-}
 
 Config read_config(const ScenarioNode& node)
 {
@@ -508,7 +497,7 @@ std::unique_ptr<const ServiceSettings> read_pdc_settings(TableReader* file)
     if (node == nullptr) return settings;
     TableReader table("[pdc]", *node);
     settings->indication = table.milliseconds("indication_ms").value_or(settings->indication);
-    if (const ScenarioNode* report = table.find("report")) settings->report = read_report(*report);
+    if (const ScenarioNode* report = table.find("report")) settings->report = report->file("report", kLongestReport);
     if (const ScenarioNode* configs = table.find("config")) {
         settings->configs.clear();
         for (const ScenarioNode& config : configs->list("[[pdc.config]]")) {

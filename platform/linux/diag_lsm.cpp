@@ -9,15 +9,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <map>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "platform/link/diag_frame.h"
-#include "platform/linux/callback_thread.h"
+#include "platform/linux/callback_queue.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/modem_link.h"
 
@@ -71,9 +68,8 @@ struct Pending {
 struct Packet {
     DiagHead head;
     Bytes bytes;
+    std::size_t size() const { return sizeof(Packet) + bytes.size(); }
 };
-
-thread_local bool on_callback_thread = false;
 
 class DiagLibrary final : public LinkListener {
  public:
@@ -96,16 +92,15 @@ class DiagLibrary final : public LinkListener {
 
     void on_datagram(const Server& from, ByteView bytes) override;
     void on_server_gone(const Server& server) override;
+    void on_process_end() override;
 
  private:
     DiagLibrary();
-    void stop();
     std::optional<DiagHead> call(DiagHead head, ByteView bytes = {}) REQUIRES(mutex_);
     std::optional<DiagHead> exchange(const Server& modem, DiagHead head, ByteView bytes) REQUIRES(mutex_);
     DciClient* find_client(std::int32_t id) REQUIRES(mutex_);
     void finish(Pending& pending, std::optional<DiagHead> answer) REQUIRES(mutex_);
     void fail_pending() REQUIRES(mutex_);
-    bool start_callbacks() REQUIRES(mutex_);
     void call_callbacks() REQUIRES(mutex_);
     void await_callback_end() REQUIRES(mutex_);
     void run_callbacks();
@@ -119,13 +114,12 @@ class DiagLibrary final : public LinkListener {
     std::uint16_t last_sequence_ GUARDED_BY(mutex_) = 0;
     std::int32_t last_client_ GUARDED_BY(mutex_) = 0;
 
-    std::thread callbacks_ GUARDED_BY(mutex_);
-    std::deque<Packet> packets_ GUARDED_BY(mutex_);
+    LibraryThread callbacks_;
+    CallbackQueue<Packet> packets_ GUARDED_BY(mutex_);
     std::atomic<bool> called_ = false;  // the callback thread is to look around
     Condition session_came_;
     Condition callback_ended_;
     bool in_callback_ GUARDED_BY(mutex_) = false;
-    bool stopped_ GUARDED_BY(mutex_) = false;
 };
 
 std::int32_t refused(int error)
@@ -138,11 +132,7 @@ std::int32_t refused(int error)
 
 DiagLibrary& DiagLibrary::get()
 {
-    static DiagLibrary* const library = [] {
-        auto* built = new DiagLibrary;  // never destroyed: detached workers may come after the end of main
-        std::atexit([] { get().stop(); });
-        return built;
-    }();
+    static DiagLibrary* const library = new DiagLibrary;  // never destroyed, as the link isn't
     return *library;
 }
 
@@ -151,13 +141,14 @@ DiagLibrary::DiagLibrary() : link_(ModemLink::get())
     link_.add_listener(*this);
 }
 
-void DiagLibrary::stop()
+void DiagLibrary::on_process_end()
 {
-    const MutexLock lock(mutex_);
-    stopped_ = true;
-    packets_.clear();
-    call_callbacks();
-    end_callback_thread(mutex_, callbacks_, callback_ended_, [&]() REQUIRES(mutex_) { return !in_callback_; });
+    {
+        const MutexLock lock(mutex_);
+        call_callbacks();
+        callback_ended_.notify_all();
+    }
+    callbacks_.await_end();
 }
 
 // ---- Calls ----
@@ -165,7 +156,7 @@ void DiagLibrary::stop()
 // The modem's answer; nothing, with errno, when there is none to be had.
 std::optional<DiagHead> DiagLibrary::call(DiagHead head, ByteView bytes)
 {
-    if (!session_ || session_->gone || stopped_ || on_callback_thread) {
+    if (!session_ || session_->gone || process_ends() || callbacks_.is_current()) {
         errno = ENOTCONN;
         return std::nullopt;
     }
@@ -211,17 +202,18 @@ void DiagLibrary::fail_pending()
 bool DiagLibrary::start()
 {
     const MutexLock lock(mutex_);
-    if (stopped_ || on_callback_thread) return false;
+    if (process_ends() || callbacks_.is_current()) return false;
     if (session_ && !session_->gone) return true;
-    mutex_.unlock();
     std::vector<Server> servers;
-    if (link_.list_servers(link::kDiagService, servers) != 0 || servers.empty()) return false;
-    mutex_.lock();
+    {
+        const MutexUnlock unlocked(mutex_);
+        if (link_.list_servers(link::kDiagService, servers) != 0 || servers.empty()) return false;
+    }
     // Not yet a session: packets and calls of others are refused until the modem has agreed.
     const auto answer = exchange(servers.front(), {DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_init)}, {});
     if (!answer || answer->code != link::kDiagSuccess) return false;
     if (session_ && !session_->gone) return true;  // another thread was quicker
-    if (!start_callbacks()) return false;
+    if (!callbacks_.start("diag callbacks", [this] { run_callbacks(); })) return false;
     session_.emplace();
     session_->modem = servers.front();
     session_->remote_mask = static_cast<std::uint16_t>(answer->value);
@@ -238,7 +230,7 @@ bool DiagLibrary::stop_session()
     packets_.clear();
     fail_pending();
     call_callbacks();
-    if (ended && !ended->gone && !stopped_) {
+    if (ended && !ended->gone && !process_ends()) {
         mutex_.unlock();
         const auto head = link::pack_diag({DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_deinit)});
         link_.send(ended->modem.address, head, {}, steady_clock::now() + kAnswerBound, [](LinkTrace&) {});
@@ -384,7 +376,7 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
     const MutexLock lock(mutex_);
     if (frame->head.kind == DiagKind::packet) {
         if (!session_ || session_->modem.address != from.address) return;
-        packets_.push_back({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
+        packets_.push({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
         call_callbacks();
         return;
     }
@@ -406,19 +398,7 @@ void DiagLibrary::on_server_gone(const Server& server)
 
 void DiagLibrary::await_callback_end()
 {
-    while (!on_callback_thread && in_callback_) callback_ended_.wait(mutex_);
-}
-
-bool DiagLibrary::start_callbacks()
-{
-    if (callbacks_.joinable()) return true;
-    try {
-        callbacks_ = std::thread([this] { run_callbacks(); });
-        return true;
-    } catch (const std::system_error& error) {
-        complain(std::string("no thread for diag callbacks: ") + error.what());
-        return false;
-    }
+    while (!callbacks_.is_current() && !process_ends() && in_callback_) callback_ended_.wait(mutex_);
 }
 
 void DiagLibrary::call_callbacks()
@@ -430,12 +410,10 @@ void DiagLibrary::call_callbacks()
 
 void DiagLibrary::run_callbacks()
 {
-    on_callback_thread = true;
     const MutexLock lock(mutex_);
-    while (!stopped_) {
+    while (!process_ends()) {
         if (!packets_.empty()) {
-            Packet packet = std::move(packets_.front());
-            packets_.pop_front();
+            Packet packet = packets_.pop();
             deliver(packet);
         } else if (!session_) {
             session_came_.wait(mutex_);
@@ -504,6 +482,7 @@ bool is_request(const uint8_t* data, int32_t len)
 
 using rbk::platform::DiagLibrary;
 using rbk::platform::is_request;
+using rbk::platform::LibraryCall;
 using rbk::platform::refused;
 
 static_assert(DIAG_REQUEST_MAX == rbk::link::kLongestDiagBytes && DIAG_PACKET_MAX == rbk::link::kLongestDiagBytes);
@@ -511,38 +490,45 @@ static_assert(DIAG_DCI_NO_ERROR == rbk::link::kDciSuccess);
 
 uint8_t Diag_LSM_Init(uint8_t* /*params*/)
 {
+    const LibraryCall call;
     return DiagLibrary::get().start() ? 1 : 0;
 }
 
 uint8_t Diag_LSM_DeInit(void)
 {
+    const LibraryCall call;
     return DiagLibrary::get().stop_session() ? 1 : 0;
 }
 
 int32_t diag_switch_logging(int32_t mode, char* /*proc_type*/)
 {
+    const LibraryCall call;
     return DiagLibrary::get().set_logging_mode(mode);
 }
 
 int32_t diag_register_callback(diag_packet_cb callback, void* context_data)
 {
+    const LibraryCall call;
     return DiagLibrary::get().set_callback(0, callback, context_data);
 }
 
 int32_t diag_has_remote_device(uint16_t* remote_mask)
 {
+    const LibraryCall call;
     if (remote_mask == nullptr) return refused(EINVAL);
     return DiagLibrary::get().remote_mask(*remote_mask);
 }
 
 int32_t diag_register_remote_callback(diag_packet_cb callback, int32_t processor, void* context_data)
 {
+    const LibraryCall call;
     if (processor < 1 || processor > DIAG_REMOTE_MAX) return refused(EINVAL);
     return DiagLibrary::get().set_callback(processor, callback, context_data);
 }
 
 int32_t diag_callback_send_data(int32_t processor, const uint8_t* data, int32_t len)
 {
+    const LibraryCall call;
     if (processor != 0) return refused(EINVAL);
     if (!is_request(data, len)) return DIAG_REFUSED;
     return DiagLibrary::get().send({data, static_cast<std::size_t>(len)});
@@ -551,6 +537,7 @@ int32_t diag_callback_send_data(int32_t processor, const uint8_t* data, int32_t 
 int32_t diag_register_dci_client(int32_t* client_id, const uint16_t* peripherals, int32_t processor,
                                  const int32_t* os_params)
 {
+    const LibraryCall call;
     if (client_id == nullptr || peripherals == nullptr || processor != 0 || os_params == nullptr)
         return refused(EINVAL);
     return DiagLibrary::get().register_client(*client_id, *peripherals, *os_params);
@@ -558,11 +545,13 @@ int32_t diag_register_dci_client(int32_t* client_id, const uint16_t* peripherals
 
 int32_t diag_register_dci_signal_data(int32_t client_id, int32_t signal_number)
 {
+    const LibraryCall call;
     return DiagLibrary::get().set_signal(client_id, signal_number);
 }
 
 int32_t diag_get_dci_support_list_proc(int32_t processor, uint16_t* peripherals)
 {
+    const LibraryCall call;
     if (processor != 0 || peripherals == nullptr) return refused(EINVAL);
     return DiagLibrary::get().support_list(*peripherals);
 }
@@ -570,12 +559,14 @@ int32_t diag_get_dci_support_list_proc(int32_t processor, uint16_t* peripherals)
 int32_t diag_register_dci_stream_proc(int32_t client_id, diag_dci_stream_cb log_callback,
                                       diag_dci_stream_cb event_callback)
 {
+    const LibraryCall call;
     return DiagLibrary::get().start_streams(client_id, log_callback, event_callback);
 }
 
 int32_t diag_send_dci_async_req(int32_t client_id, const uint8_t* data, int32_t len, uint8_t* packet_buf,
                                 int32_t packet_size, diag_dci_response_cb callback, void* context_data)
 {
+    const LibraryCall call;
     if (packet_buf == nullptr || packet_size <= 0 || callback == nullptr) return refused(EINVAL);
     if (!is_request(data, len)) return DIAG_REFUSED;
     return DiagLibrary::get().send_dci(client_id, {data, static_cast<std::size_t>(len)},
@@ -584,6 +575,7 @@ int32_t diag_send_dci_async_req(int32_t client_id, const uint8_t* data, int32_t 
 
 int32_t diag_release_dci_client(int32_t* client_id)
 {
+    const LibraryCall call;
     if (client_id == nullptr) return refused(EINVAL);
     return DiagLibrary::get().release_client(*client_id);
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/link/qmi_frame.h"
+#include "platform/linux/line_output.h"
 #include "platform/linux/thread_safety.h"
 
 namespace rbk::platform {
@@ -16,13 +17,10 @@ enum class Direction : char { to_modem = '>', from_modem = '<' };
 // Threads: the mutex orders a send and its line against the answer's line; a sender holds it over both.
 class LinkTrace {
  public:
-    // Opens the file for appending; complains and stays silent when that fails. Without a path there is no trace.
-    explicit LinkTrace(const std::optional<std::string>& path);
-    ~LinkTrace();
-    LinkTrace(const LinkTrace&) = delete;
-    LinkTrace& operator=(const LinkTrace&) = delete;
+    // Opens the file for appending. Without a path there is no trace.
+    explicit LinkTrace(const std::optional<std::string>& path) : output_("RBK_TRACE", path.value_or("")) {}
 
-    bool is_on() const { return fd_ >= 0; }
+    bool is_on() const { return output_.is_open(); }
     Mutex& mutex() RETURN_CAPABILITY(mutex_) { return mutex_; }
 
     // For a function that is handed the trace with the mutex held, where the analysis can't follow it.
@@ -35,7 +33,7 @@ class LinkTrace {
     void begin(Direction direction) REQUIRES(mutex_);
     void end(ByteView bytes) REQUIRES(mutex_);
 
-    int fd_ = -1;
+    LineOutput output_;
     Mutex mutex_;
     std::string line_ GUARDED_BY(mutex_);
 };

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <system_error>
 
 #include "platform/linux/environment.h"
 
@@ -15,9 +14,8 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 // After an answer the next request often follows at once, from a thread that will read by itself: so long nobody reads in
-// its stead. An indication that comes in this time is read at its end, unless it is expected.
+// its stead.
 constexpr milliseconds kIdle{2};
-constexpr milliseconds kExpecting{1000};
 
 // A modem that takes a lookup and never ends its answer counts as one without the service after this long.
 constexpr milliseconds kLookupBound{5000};
@@ -32,7 +30,7 @@ ModemLink& ModemLink::get()
 {
     static ModemLink* const link = [] {
         auto* built = new ModemLink;
-        std::atexit([] { get().stop(); });
+        std::atexit([] { get().end(); });
         return built;
     }();
     return *link;
@@ -89,34 +87,27 @@ std::int32_t ModemLink::open()
     if (state_ == State::stopped) return -4;
     modem_.reset();
     if (!connect()) return -4;
-    if (!idle_reader_.joinable()) {
-        try {
-            idle_reader_ = std::thread([this] { read_while_nobody_waits(); });
-        } catch (const std::system_error& error) {
-            complain(std::string("no thread for the link to the modem: ") + error.what());
-            return -4;
-        }
-    }
-    last_read_ = steady_clock::now();
+    if (!idle_reader_.start("the link to the modem", [this] { read_while_nobody_waits(); })) return -4;
     state_ = State::open;
     opened_.notify_all();
     return 0;
 }
 
-void ModemLink::stop()
+void ModemLink::end()
 {
-    std::thread idle_reader;
+    begin_process_end();
     std::unique_ptr<sim::EmbeddedModem> modem;
     {
         const MutexLock lock(mutex_);
         if (state_ == State::open) socket_->shut_down();
         state_ = State::stopped;
-        idle_reader.swap(idle_reader_);
         modem.swap(modem_);
     }
     opened_.notify_all();
     changed_.notify_all();
-    if (idle_reader.joinable()) idle_reader.join();
+    for (const auto& slot : listeners_)
+        if (LinkListener* listener = slot.load()) listener->on_process_end();
+    idle_reader_.await_end();
 }
 
 // ---- Reading and waiting ----
@@ -125,52 +116,65 @@ template <typename Done>
 bool ModemLink::wait_until(Deadline deadline, Done done)
 {
     ++waiting_;
-    while (!done() && state_ != State::stopped && steady_clock::now() < deadline) {
+    while (!done() && state_ != State::stopped) {
+        const Deadline now = steady_clock::now();
+        if (now >= deadline) break;
         if (state_ == State::open && !is_read_)
-            read(deadline);
+            read(now, deadline);
         else if (deadline == Deadline::max())
             changed_.wait(mutex_);
         else
             changed_.wait_until(mutex_, deadline);
     }
-    if (--waiting_ == 0 && steady_clock::now() < expecting_until_) opened_.notify_one();
+    if (--waiting_ == 0 && state_ == State::open && !is_read_) {
+        // What the modem said right behind the answer is here as well; and where it says much, there is no quiet.
+        const Deadline now = steady_clock::now();
+        quiet_until_ = now + kIdle;
+        if (read(now, now)) {
+            quiet_until_ = now;
+            opened_.notify_one();
+        }
+    }
     return done();
 }
 
-// One turn: waits for something to come, and hands it on.
-void ModemLink::read(Deadline deadline)
+// One turn: waits for something to come, and hands it on. Whether something came.
+bool ModemLink::read(Deadline now, Deadline deadline)
 {
-    constexpr std::int64_t kLongestTurn = 60000;
     const auto socket = socket_;
     is_read_ = true;
     reader_ = std::this_thread::get_id();
     mutex_.unlock();
-    const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
-    socket->wait(static_cast<int>(std::clamp<std::int64_t>(left, 0, kLongestTurn)));
+    bool waits = false;
+    if (deadline == Deadline::max())
+        socket->wait(-1);
+    else if (deadline - now >= link::LinkSocket::kTurn)
+        waits = true;
+    else if (deadline > now)
+        socket->wait(static_cast<int>(std::chrono::ceil<milliseconds>(deadline - now).count()));
     bool closed = false;
-    const auto datagram = socket->receive(buffer_, closed);
+    const auto datagram = socket->receive(buffer_, closed, waits);
     if (datagram) dispatch(*datagram);
     if (closed) on_closed();
     mutex_.lock();
     is_read_ = false;
-    last_read_ = steady_clock::now();
     changed_.notify_all();
+    return datagram.has_value();
 }
 
 void ModemLink::read_while_nobody_waits()
 {
     const MutexLock lock(mutex_);
     while (state_ != State::stopped) {
-        const auto now = steady_clock::now();
-        const Deadline idle_from = now < expecting_until_ ? now : last_read_ + kIdle;
+        const Deadline now = steady_clock::now();
         if (state_ != State::open)
             opened_.wait(mutex_);
         else if (is_read_ || waiting_ > 0)
             opened_.wait_until(mutex_, now + kIdle);
-        else if (now < idle_from)
-            opened_.wait_until(mutex_, idle_from);
+        else if (now < quiet_until_)
+            opened_.wait_until(mutex_, quiet_until_);
         else
-            read(Deadline::max());
+            read(now, Deadline::max());
     }
 }
 
@@ -185,12 +189,6 @@ void ModemLink::wake()
     const MutexLock lock(mutex_);
     changed_.notify_all();
     if (is_read_ && reader_ != std::this_thread::get_id()) socket_->wake();
-}
-
-void ModemLink::expect_indication()
-{
-    const MutexLock lock(mutex_);
-    expecting_until_ = steady_clock::now() + kExpecting;
 }
 
 void ModemLink::dispatch(const link::Datagram& datagram)
@@ -291,7 +289,7 @@ std::int32_t ModemLink::look_up(std::uint32_t service)
     const auto packet = link::pack_control({QRTR_TYPE_NEW_LOOKUP, service, 0, {}});
 
     mutex_.unlock();
-    const std::int32_t sent = send(router, {}, packet, deadline);
+    const std::int32_t sent = send(*socket, router, {}, packet, deadline);
     mutex_.lock();
     if (sent != 0 && lookup_ == own) {
         lookup_ = 0;
@@ -326,32 +324,35 @@ bool ModemLink::knows(const Server& server)
 
 // ---- Sending ----
 
-// A sender meets the end of the connection before a reader does: what was known of its servers goes before it returns.
-// QRTR has no connection: there the router tells of a server that can't be reached.
-void ModemLink::await_end()
+// Null where the link isn't open.
+ModemLink::Socket ModemLink::open_socket()
 {
     const MutexLock lock(mutex_);
-    if (socket_ == nullptr || socket_->carrier() == link::LinkSocket::Carrier::qrtr) return;
-    wait_until(steady_clock::now() + kLookupBound, [&]() REQUIRES(mutex_) { return state_ != State::open; });
+    return state_ == State::open ? socket_ : nullptr;
 }
 
-std::int32_t ModemLink::send(link::Address to, ByteView head, ByteView body, Deadline deadline)
+// A sender meets the end of the connection before a reader does: what was known of its servers goes before it returns.
+// QRTR has no connection: there the router tells of a server that can't be reached.
+void ModemLink::await_end(const Socket& socket)
 {
-    std::shared_ptr<link::LinkSocket> socket;
-    {
-        const MutexLock lock(mutex_);
-        if (state_ != State::open) return kModemGone;
-        socket = socket_;
-    }
+    if (socket->carrier() == link::LinkSocket::Carrier::qrtr) return;
+    const MutexLock lock(mutex_);
+    wait_until(steady_clock::now() + kLookupBound,
+               [&]() REQUIRES(mutex_) { return state_ != State::open || socket_ != socket; });
+}
+
+std::int32_t ModemLink::send(const link::LinkSocket& socket, link::Address to, ByteView head, ByteView body,
+                             Deadline deadline)
+{
     for (;;) {
-        switch (socket->send(to, head, body, false)) {
+        switch (socket.send(to, head, body, false)) {
         case link::SendResult::sent: return 0;
         case link::SendResult::closed: return kModemGone;
         case link::SendResult::would_block: break;
         }
         const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
         if (left <= 0) return -3;
-        pollfd ready{socket->fd(), POLLOUT, 0};
+        pollfd ready{socket.fd(), POLLOUT, 0};
         ::poll(&ready, 1, static_cast<int>(std::min<std::int64_t>(left, 1000)));
     }
 }
