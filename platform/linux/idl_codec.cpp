@@ -132,28 +132,35 @@ struct Walker {
 };
 constexpr Walker kCutShort{nullptr, nullptr};
 
-template <Walk walk>
-Walker take_records(const idl_field& field, std::size_t count, Walker at, const std::uint8_t* end,
-                    std::uint8_t* structure);
+bool is_counted(const idl_field& field)
+{
+    return field.form == IDL_COUNTED || (field.form == IDL_CHARACTERS && field.tlv == IN_RECORD);
+}
 
 template <Walk walk>
-[[gnu::always_inline]] inline Walker take_value(const idl_field& field, Walker at, const std::uint8_t* end,
-                                                std::uint8_t* structure)
+[[gnu::always_inline]] inline Walker take_count(const idl_field& field, Walker at, const std::uint8_t* end,
+                                                std::uint8_t* structure, std::size_t& count)
+{
+    if (!at.has(end, field.count_width)) return kCutShort;
+    count = field.count_width == 1 ? *at.next : load_le<std::uint16_t>(at.next);
+    at.next += field.count_width;
+    if (walk == kStore && field.form == IDL_COUNTED)
+        store_le(at.room(structure + field.count_offset, 4), static_cast<std::uint32_t>(count));
+    return at;
+}
+
+// A value that is no record: its count where it has one, and its numbers or characters.
+template <Walk walk>
+[[gnu::always_inline]] inline Walker take_numbers(const idl_field& field, Walker at, const std::uint8_t* end,
+                                                  std::uint8_t* structure)
 {
     std::size_t count = field.limit;  // of a single one, too
-    if (field.form == IDL_COUNTED || (field.form == IDL_CHARACTERS && field.tlv == IN_RECORD)) {
-        if (!at.has(end, field.count_width)) return kCutShort;
-        count = field.count_width == 1 ? *at.next : load_le<std::uint16_t>(at.next);
-        at.next += field.count_width;
-        if (walk == kStore && field.form == IDL_COUNTED)
-            store_le(at.room(structure + field.count_offset, 4), static_cast<std::uint32_t>(count));
+    if (is_counted(field)) {
+        at = take_count<walk>(field, at, end, structure, count);
+        if (at.next == nullptr) return at;
     } else if (field.form == IDL_CHARACTERS) {
         count = static_cast<std::size_t>(end - at.next);
-    } else if (field.form == IDL_RESERVED_BYTES) {
-        return at;
     }
-    if (idl_is_record(field)) return take_records<walk>(field, count, at, end, structure);
-
     const std::size_t size = count * field.wire_width;
     if (!at.has(end, size)) return kCutShort;
     if constexpr (walk == kStore) {
@@ -166,24 +173,66 @@ template <Walk walk>
 }
 
 template <Walk walk>
-Walker take_records(const idl_field& field, std::size_t count, Walker at, const std::uint8_t* end,
-                    std::uint8_t* structure)
+Walker take_records(const idl_field& field, Walker at, const std::uint8_t* end, std::uint8_t* structure);
+
+template <Walk walk>
+Walker take_value(const idl_field& field, Walker at, const std::uint8_t* end, std::uint8_t* structure)
 {
-    const idl_record record = *field.record;
-    const std::size_t stored = walk == kStore ? std::min<std::size_t>(count, field.limit) : count;
+    if (field.form == IDL_RESERVED_BYTES) return at;
+    return idl_is_record(field) ? take_records<walk>(field, at, end, structure)
+                                : take_numbers<walk>(field, at, end, structure);
+}
+
+// `count` elements of a record's form; `take_tail` takes what stands behind an element's head.
+template <Walk walk, typename TakeTail>
+[[gnu::always_inline]] inline Walker take_elements(const idl_field& field, std::size_t count, Walker at,
+                                                   const std::uint8_t* end, std::uint8_t* structure, TakeTail take_tail)
+{
+    const std::size_t head_size = field.record->head_size;
     const std::size_t width = field.memory_width;
     std::uint8_t* to = structure + field.offset;
-    for (std::size_t i = 0; i < stored; ++i) {
-        if (!at.has(end, record.head_size)) return kCutShort;
-        if constexpr (walk == kStore) copy_short(at.room(to, record.head_size), at.next, record.head_size);
-        at.next += record.head_size;
-        for (std::uint32_t f = record.head_count; f < record.field_count; ++f) {
-            at = take_value<walk>(record.fields[f], at, end, to);
-            if (at.next == nullptr) return kCutShort;
-        }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!at.has(end, head_size)) return kCutShort;
+        if constexpr (walk == kStore) copy_short(at.room(to, head_size), at.next, head_size);
+        at.next += head_size;
+        at = take_tail(at, to);
+        if (at.next == nullptr) return at;
         if constexpr (walk == kStore) to += width;
     }
-    return walk == kCheck ? at : take_records<kCheck>(field, count - stored, at, end, structure);
+    return at;
+}
+
+template <Walk walk>
+Walker take_elements(const idl_field& field, std::size_t count, Walker at, const std::uint8_t* end,
+                     std::uint8_t* structure)
+{
+    const idl_record& record = *field.record;
+    const idl_field* tail = record.fields + record.head_count;
+    if (record.head_count + 1 == record.field_count && is_counted(*tail) && !idl_is_record(*tail)) {
+        const idl_field only = *tail;  // a copy, whose figures stay in registers
+        return take_elements<walk>(field, count, at, end, structure, [&only, end](Walker from, std::uint8_t* to) {
+            return take_numbers<walk>(only, from, end, to);
+        });
+    }
+    return take_elements<walk>(field, count, at, end, structure, [&record, tail, end](Walker from, std::uint8_t* to) {
+        for (const idl_field* each = tail; each != record.fields + record.field_count && from.next != nullptr; ++each)
+            from = take_value<walk>(*each, from, end, to);
+        return from;
+    });
+}
+
+template <Walk walk>
+Walker take_records(const idl_field& field, Walker at, const std::uint8_t* end, std::uint8_t* structure)
+{
+    std::size_t count = field.limit;
+    if (is_counted(field)) {
+        at = take_count<walk>(field, at, end, structure, count);
+        if (at.next == nullptr) return at;
+    }
+    const std::size_t stored = walk == kStore ? std::min<std::size_t>(count, field.limit) : 0;
+    if (stored > 0) at = take_elements<walk>(field, stored, at, end, structure);
+    // What has no room is passed over.
+    return at.next == nullptr ? at : take_elements<kCheck>(field, count - stored, at, end, structure);
 }
 
 // Walks all TLVs; `seen` has a bit for each row whose TLV was there.

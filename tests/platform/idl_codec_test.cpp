@@ -155,7 +155,7 @@ TEST(IdlCodec, KeepsForeignCountsAndStoresWhatHasRoom)
     const Bytes three_points = {0x11, 2 + 18, 0, 3, 0, 1, 1, 1, 1, 1, 0, 2, 2, 2, 2, 2, 0, 3, 3, 3, 3, 3, 0};
     const Bytes long_name = {0x12, 9, 0, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'};
     const Bytes first_wins = {0x10, 2, 0, 1, 1, 0x10, 2, 0, 2, 2};
-    Bytes wire = kMandatory + three_points + long_name + first_wins;
+    Bytes wire = kMandatory + long_name + first_wins + three_points;
     wire[7] = 0x01;  // the numbers: five of them where three have room
     const Bytes five = {0x01, 11, 0, 5, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0};
     wire = Bytes(wire.begin(), wire.begin() + 7) + five + Bytes(wire.begin() + 15, wire.end());
