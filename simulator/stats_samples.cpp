@@ -111,7 +111,7 @@ struct BuiltInRow {
 std::vector<double> lte_cell(double earfcn, double pci, double rsrp, double carrier)
 {
     std::vector<double> values{1, 1, earfcn + 198 * carrier, pci + carrier, 1, 15};
-    for (double chain = 0; chain < 4; ++chain) {
+    for (int chain = 0; chain < 4; ++chain) {
         const double loss = carrier + 1.25 * chain;
         values.insert(values.end(), {rsrp - loss, -10.5 - loss / 4, rsrp + 30.75 - loss, 14.5 - loss});
     }
