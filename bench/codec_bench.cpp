@@ -62,18 +62,32 @@ void decode_stats(benchmark::State& state)
 }
 BENCHMARK(decode_stats);
 
-void memcpy_stats(benchmark::State& state)
+// What any decoder of that answer has to copy: the result, the flag and the counts, and for each parameter its head and
+// its bytes, by the lengths on the wire. The longest form leaves nothing to zero.
+void copies_stats(benchmark::State& state)
 {
-    static vs_get_stats_parameter_rsp answer{};
-    static vs_get_stats_parameter_rsp room;
+    std::uint8_t wire[7115] = {};
+    for (std::size_t i = 0; i < VS_PARAMETERS_MAX; ++i) wire[15 + 710 * i + 8] = VS_VALUE_MAX & 0xFF;
+    for (std::size_t i = 0; i < VS_PARAMETERS_MAX; ++i) wire[15 + 710 * i + 9] = VS_VALUE_MAX >> 8;
+    static vs_get_stats_parameter_rsp answer;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(std::memcpy(&room, &answer, sizeof answer));
+        const std::uint8_t* from = wire + 3;
+        std::memcpy(&answer.resp, from, sizeof answer.resp);
+        from += sizeof answer.resp + 3;
+        answer.parameters_valid = 1;
+        answer.parameters_len = *from++;
+        for (vs_stats_parameter& parameter : answer.parameters) {
+            std::memcpy(&parameter, from, 8);
+            parameter.value_len = rbk::load_le<std::uint16_t>(from + 8);
+            std::memcpy(parameter.value, from + 10, parameter.value_len);
+            from += 10 + parameter.value_len;
+        }
         benchmark::ClobberMemory();
     }
 }
-BENCHMARK(memcpy_stats);
+BENCHMARK(copies_stats);
 
-const AddRatio stats_row({"decode of ten parameters of 700 bytes / memcpy of the structure", "decode_stats",
-                          "memcpy_stats", 3});
+const AddRatio stats_row({"decode of ten parameters of 700 bytes / its copies alone", "decode_stats", "copies_stats",
+                          2.5});
 
 }  // namespace

@@ -218,7 +218,7 @@ const AddRatio reactivation_row({"a reactivation of one subscription over unix: 
 const AddRatio envelope_row({"an envelope over unix: / a bare round trip of its bytes", "envelope_over_unix",
                              "bare_round_trip", 1.4});
 const AddRatio efs_row({"an EFS write of 102410 bytes over unix: / its 248 bare round trips", "efs_write_102410",
-                        "bare_round_trips_248", 2});
+                        "bare_round_trips_248", 1.6});
 const AddRatio diag_row({"a diag request in callback mode over unix: / a bare round trip", "diag_by_callback",
                          "bare_round_trip", 10});
 const AddRatio diag_packet_row({"a diag request until its packet, library started / a round trip", "diag_packet",

@@ -1,8 +1,10 @@
-// One attached client: its socket, what it hasn't taken yet, and which services it wants to hear of.
+// One attached client: its socket, what it hasn't taken yet, what is put off for it, and which services it wants to hear of.
 #pragma once
 
 #include <cstdint>
 #include <deque>
+#include <map>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -12,10 +14,10 @@
 
 namespace rbk::sim {
 
-// What a client may leave unread before it is dropped, so that it never stalls the others.
+// What may wait for a client before it is dropped, so that it never stalls the others or fills the memory.
 struct ClientLimits {
-    std::size_t unsent_bytes = 16UL * 1024 * 1024;
-    std::chrono::milliseconds unsent_age{5000};  // of the oldest datagram that waits
+    std::size_t waiting_bytes = 16UL * 1024 * 1024;  // unread or put off, and what it takes to keep that
+    std::chrono::milliseconds unsent_age{5000};      // of the oldest datagram that waits unread
 };
 
 class Client {
@@ -34,9 +36,15 @@ class Client {
     // When the oldest datagram that waits was put off; only with has_unsent().
     EventLoop::Clock::time_point unsent_since() const { return unsent_.front().since; }
 
+    // A timer of the modem's loop that does something for it later and keeps `size` bytes for that, from being set until
+    // it runs. False when the client has to go.
+    bool put_off(const ClientLimits& limits, EventLoop::TimerId timer, std::size_t size);
+    void take_up(EventLoop::TimerId timer);
+    const std::map<EventLoop::TimerId, std::size_t>& timers() const { return timers_; }
+
     EventLoop::WatchId watch = 0;
     bool leaving = false;                                          // no more datagrams to it or from it
-    bool age_watched = false;                                      // a timer looks after what waits
+    std::optional<EventLoop::TimerId> age_timer;                   // looks after what waits unread
     std::vector<std::pair<std::uint32_t, std::uint32_t>> lookups;  // service and instance, 0 for all
     std::set<std::uint32_t> greeted;                               // ports of services that have had a request of it
 
@@ -47,10 +55,14 @@ class Client {
         EventLoop::Clock::time_point since;
     };
 
+    bool reserve(const ClientLimits& limits, std::size_t size);
+    void release(std::size_t size);
+
     ClientId id_;
     link::LinkSocket socket_;
     std::deque<Unsent> unsent_;
-    std::size_t unsent_bytes_ = 0;
+    std::map<EventLoop::TimerId, std::size_t> timers_;  // with the bytes that each one keeps
+    std::size_t waiting_bytes_ = 0;
 };
 
 }  // namespace rbk::sim

@@ -2,6 +2,7 @@
 #include "simulator/diag_service.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "platform/link/diag_frame.h"
@@ -118,16 +119,18 @@ class DiagService final : public Service {
     void run_request(ClientId client, const DiagHead& call, ByteView request);
     void start_dci_client(ClientId client, const DiagHead& call);
     void start_streams(DciId id);
-    void run_stream(DciId id, const Stream& stream);
+    void run_stream(DciId id, std::uint64_t start, const Stream& stream);
     void answer(ClientId client, const DiagHead& call, std::int32_t code, std::int32_t value = 0);
 
-    void send_packet(ClientId client, const DiagHead& head, const Bytes& bytes, milliseconds after);
-    void send_later(ClientId client, const DiagHead& head, const Bytes& bytes, milliseconds after);
+    // The bytes are the scenario's, and outlive the service.
+    void send_packet(ClientId client, const DiagHead& head, ByteView bytes, milliseconds after);
+    void send_later(ClientId client, const DiagHead& head, ByteView bytes, milliseconds after);
     bool is_wanted(ClientId client, const DiagHead& head) const;
 
     const DiagSettings& settings_;
     std::set<DciId> dci_clients_;
-    std::set<DciId> streaming_;
+    std::map<DciId, std::uint64_t> streaming_;  // by which of all starts: the packets of an earlier one have ended
+    std::uint64_t starts_ = 0;
 };
 
 std::int32_t success_of(DiagCall call)
@@ -146,7 +149,7 @@ void DiagService::client_gone(ClientId client)
 {
     const auto of_client = [client](const DciId& id) { return id.first == client; };
     std::erase_if(dci_clients_, of_client);
-    std::erase_if(streaming_, of_client);
+    std::erase_if(streaming_, [&](const auto& row) { return of_client(row.first); });
 }
 
 void DiagService::run_call(ClientId client, const DiagHead& call, ByteView bytes)
@@ -231,12 +234,12 @@ void DiagService::run_request(ClientId client, const DiagHead& call, ByteView re
 }
 
 // One packet of the modem's own, as the fault rules have it.
-void DiagService::send_packet(ClientId client, const DiagHead& head, const Bytes& bytes, milliseconds after)
+void DiagService::send_packet(ClientId client, const DiagHead& head, ByteView bytes, milliseconds after)
 {
     const FaultRule* fault = modem().faults().for_indication(*this, 0, bytes);
     switch (fault == nullptr ? FaultAction::result : fault->action) {
     case FaultAction::silent: return;
-    case FaultAction::down: return modem().restart(*this);
+    case FaultAction::down: return this->after(client, after, [this] { modem().restart(*this); });
     case FaultAction::delay: after += fault->delay; break;
     case FaultAction::raw: return send_later(client, head, fault->bytes, after);
     case FaultAction::indicate:
@@ -251,13 +254,13 @@ void DiagService::send_packet(ClientId client, const DiagHead& head, const Bytes
     send_later(client, head, bytes, after);
 }
 
-void DiagService::send_later(ClientId client, const DiagHead& head, const Bytes& bytes, milliseconds after)
+void DiagService::send_later(ClientId client, const DiagHead& head, ByteView bytes, milliseconds after)
 {
-    const auto send = [this, client, head](ByteView packet) {
-        if (is_wanted(client, head)) modem().send_datagram(*this, client, link::pack_diag(head), packet);
+    const auto send = [this, client, head, bytes] {
+        if (is_wanted(client, head)) modem().send_datagram(*this, client, link::pack_diag(head), bytes);
     };
-    if (after.count() == 0) return send(bytes);
-    this->after(after, [send, bytes] { send(bytes); });
+    if (after.count() == 0) return send();
+    this->after(client, after, send);
 }
 
 // A DCI client that has ended gets nothing more.
@@ -270,17 +273,19 @@ bool DiagService::is_wanted(ClientId client, const DiagHead& head) const
 
 void DiagService::start_streams(DciId id)
 {
-    if (!streaming_.insert(id).second) return;
-    for (const Stream& stream : settings_.streams) run_stream(id, stream);
+    if (!streaming_.emplace(id, starts_ + 1).second) return;
+    ++starts_;
+    for (const Stream& stream : settings_.streams) run_stream(id, starts_, stream);
 }
 
-void DiagService::run_stream(DciId id, const Stream& stream)
+void DiagService::run_stream(DciId id, std::uint64_t start, const Stream& stream)
 {
-    after(stream.every, [this, id, &stream] {
-        if (!streaming_.contains(id)) return;
+    after(id.first, stream.every, [this, id, start, &stream] {
+        const auto row = streaming_.find(id);
+        if (row == streaming_.end() || row->second != start) return;
         send_packet(id.first, {DiagKind::packet, static_cast<std::uint8_t>(stream.kind), 0, id.second}, stream.bytes,
                     milliseconds{0});
-        run_stream(id, stream);
+        run_stream(id, start, stream);
     });
 }
 

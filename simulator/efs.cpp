@@ -78,8 +78,8 @@ int Efs::write(ClientId client, const WriteChunk& chunk)
     const auto found = writes.find(instance);
     if (found == writes.end()) return -EINVAL;
     OpenWrite& open = found->second;
-    if (open.place != chunk.place || open.total != chunk.total || chunk.offset != open.received.size() ||
-        chunk.bytes.size() > open.total - open.received.size()) {
+    if (open.place.sub != chunk.sub || !std::ranges::equal(open.path, chunk.path) || open.total != chunk.total ||
+        chunk.offset != open.received.size() || chunk.bytes.size() > open.total - open.received.size()) {
         return -EINVAL;
     }
 
@@ -92,10 +92,12 @@ int Efs::write(ClientId client, const WriteChunk& chunk)
 
 int Efs::open_instance(OpenWrites& writes, const WriteChunk& chunk)
 {
+    std::optional<EfsPlace> place = EfsPlace::parse(chunk.sub, chunk.path);
+    if (!place) return -EINVAL;
     for (std::uint32_t instance = 0; instance < kOpenInstances; ++instance) {
         const auto [open, made] = writes.try_emplace(instance);
         if (!made) continue;
-        open->second = {chunk.place, chunk.total, {}};
+        open->second = {*std::move(place), Bytes(chunk.path.begin(), chunk.path.end()), chunk.total, {}};
         open->second.received.reserve(chunk.total);
         return static_cast<int>(instance);
     }

@@ -49,7 +49,8 @@ class Efs {
     ReadChunk read(ClientId client, const EfsPlace& place, std::uint32_t offset, std::span<std::uint8_t> room);
 
     struct WriteChunk {
-        EfsPlace place;
+        std::uint32_t sub = 0;
+        ByteView path;               // every chunk of a file spells it alike
         std::uint32_t instance = 0;  // kNewInstance, or what the first chunk was answered with
         std::uint32_t total = 0;     // bytes of the whole file
         std::uint32_t offset = 0;
@@ -77,6 +78,7 @@ class Efs {
     };
     struct OpenWrite {
         EfsPlace place;
+        Bytes path;  // as the client spells the place
         std::uint32_t total = 0;
         Bytes received;
     };

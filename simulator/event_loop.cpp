@@ -57,9 +57,11 @@ void EventLoop::unwatch(WatchId watch)
     defer([ended = std::make_shared<Node>(watched_.extract(found))] {});
 }
 
-void EventLoop::after(Clock::duration delay, Task task)
+EventLoop::TimerId EventLoop::after(Clock::duration delay, Task task)
 {
-    timers_.emplace(Clock::now() + delay, std::move(task));
+    const TimerId timer = new_timer(delay);
+    set(timer, std::move(task));
+    return timer;
 }
 
 void EventLoop::run()
@@ -91,7 +93,7 @@ void EventLoop::stop()
 int EventLoop::wait_ms() const
 {
     if (timers_.empty()) return -1;
-    const auto left = timers_.begin()->first - Clock::now();
+    const auto left = timers_.begin()->first.first - Clock::now();
     if (left <= Clock::duration::zero()) return 0;
     // Rounded up: a timer that is waited for a little short would be polled for until it is due.
     const auto rounded = std::chrono::ceil<std::chrono::milliseconds>(left).count();
@@ -103,7 +105,7 @@ void EventLoop::run_due_timers()
     if (timers_.empty()) return;
     // By the time of one look at the clock: a task that sets itself again at once doesn't keep the descriptors waiting.
     const auto now = Clock::now();
-    while (!timers_.empty() && timers_.begin()->first <= now) {
+    while (!timers_.empty() && timers_.begin()->first.first <= now) {
         auto timer = timers_.extract(timers_.begin());
         timer.mapped()();
         run_deferred();

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "simulator/fd.h"
@@ -20,6 +21,7 @@ class EventLoop {
     using Task = std::function<void()>;
     using Ready = std::function<void(std::uint32_t events)>;  // events as epoll gives them
     using WatchId = std::uint64_t;
+    using TimerId = std::pair<Clock::time_point, std::uint64_t>;  // when it is due; never given out twice
 
     // Throws std::system_error when the kernel has no descriptor left.
     EventLoop();
@@ -30,7 +32,13 @@ class EventLoop {
     void unwatch(WatchId watch);
 
     // Calls `task` once, `delay` from now; tasks with equal times run in the order of their calls.
-    void after(Clock::duration delay, Task task);
+    TimerId after(Clock::duration delay, Task task);
+    // The same in two steps, for a task that has to know its timer.
+    TimerId new_timer(Clock::duration delay) { return {Clock::now() + delay, ++last_timer_}; }
+    void set(TimerId timer, Task task) { timers_.emplace(timer, std::move(task)); }
+    // Without effect once the task runs.
+    void cancel(TimerId timer) { timers_.erase(timer); }
+    std::size_t timer_count() const { return timers_.size(); }  // that are still to come
     // Calls `task` as soon as the handler that runs now has returned, before any other one.
     void defer(Task task) { deferred_.push_back(std::move(task)); }
 
@@ -52,7 +60,8 @@ class EventLoop {
     std::atomic<bool> stopped_ = false;
     WatchId last_watch_ = 0;  // 0 stands for wake_
     std::unordered_map<WatchId, Watched> watched_;
-    std::multimap<Clock::time_point, Task> timers_;
+    std::uint64_t last_timer_ = 0;
+    std::map<TimerId, Task> timers_;
     std::vector<Task> deferred_;
 };
 

@@ -79,7 +79,7 @@ void Modem::attach(link::LinkSocket socket)
 
 void Modem::restart()
 {
-    for (Slot& slot : slots_) go_down(slot);
+    restart_asked_ = true;
 }
 
 void Modem::restart(Service& service)
@@ -101,6 +101,7 @@ void Modem::take_down(Slot& slot)
     ++slot.downs;
     if (slot.service == nullptr) return;
     tell_lookups(QRTR_TYPE_DEL_SERVER, slot);
+    for (const auto& [id, client] : clients_) client->greeted.erase(slot.address.port);
     slot.service.reset();
 }
 
@@ -111,6 +112,18 @@ void Modem::go_down(Slot& slot)
         take_down(slot);
         bring_up_later(slot, scenario_.restart);
     });
+}
+
+void Modem::go_down_all(std::chrono::milliseconds delay)
+{
+    if (delay.count() == 0) {
+        for (Slot& slot : slots_) go_down(slot);
+    } else if (!std::exchange(restart_put_off_, true)) {  // one is enough, however many ask for it meanwhile
+        loop_.after(delay, [this] {
+            restart_put_off_ = false;
+            go_down_all({});
+        });
+    }
 }
 
 void Modem::bring_up_later(Slot& slot, std::chrono::milliseconds delay)
@@ -226,29 +239,46 @@ void Modem::answer(Client& client, Slot& slot, const link::QmiMessage& message, 
     for (Indication& indication : call.indications()) plan(slot, std::move(indication), planned);
     if (fault != nullptr && fault->action == FaultAction::indicate) {
         const auto after = planned.empty() ? std::chrono::milliseconds{0} : planned.front().indication.after;
-        if (!fault->also) planned.clear();
+        if (!fault->also) {
+            planned.clear();
+            call.more() = {};
+        }
         planned.insert(planned.begin(),
                        Outgoing{{fault->indication.value_or(call.message), fault->bytes, after}, false});
     }
 
-    link::QmiHead said{link::QmiKind::indication, 0, 0, 0};
-    for (const Outgoing& outgoing : planned) {
-        said.message = outgoing.indication.message;
-        if (outgoing.early) send_message(client, slot, said, outgoing.indication.tlvs);
+    for (Outgoing& outgoing : planned) {
+        if (!outgoing.early) continue;
+        outgoing.indication.after = {};
+        send_planned({}, client, slot, outgoing);
     }
+    // All that follows from the request follows its answer, however late a rule makes that.
     const link::QmiHead head{link::QmiKind::response, message.head.transaction, call.message, 0};
     send_after(delay, client, slot, head, answer_);
     for (const Outgoing& outgoing : planned) {
-        said.message = outgoing.indication.message;
-        if (!outgoing.early)
-            send_after(delay + outgoing.indication.after, client, slot, said, outgoing.indication.tlvs);
+        if (!outgoing.early) send_planned(delay, client, slot, outgoing);
+    }
+    if (call.more().task) put_off(*slot.service, client.id(), delay + call.more().after, call.more().task, 0);
+    if (std::exchange(restart_asked_, false)) go_down_all(delay);
+}
+
+void Modem::send_planned(std::chrono::milliseconds delay, Client& client, Slot& slot, const Outgoing& outgoing)
+{
+    delay += outgoing.indication.after;
+    if (!outgoing.down) {
+        const link::QmiHead head{link::QmiKind::indication, 0, outgoing.indication.message, 0};
+        send_after(delay, client, slot, head, outgoing.indication.tlvs);
+    } else if (delay.count() == 0) {
+        go_down(slot);
+    } else {
+        put_off(
+            *slot.service, client.id(), delay, [this, &slot] { go_down(slot); }, 0);
     }
 }
 
 void Modem::say_unasked(Slot& slot, ClientId id, const UnaskedIndication& said, std::chrono::milliseconds delay)
 {
-    slot.service->after(delay, [this, &slot, id, &said] {
-        if (find_client(id) == nullptr) return;
+    slot.service->after(id, delay, [this, &slot, id, &said] {
         indicate(*slot.service, id, said.message, said.tlvs);
         if (said.every) say_unasked(slot, id, said, *said.every);
     });
@@ -261,10 +291,7 @@ void Modem::indicate(Service& service, ClientId id, std::uint16_t message, Bytes
     if (client == nullptr || slot == nullptr) return;
     std::vector<Outgoing> planned;
     plan(*slot, {message, std::move(tlvs)}, planned);
-    for (const Outgoing& outgoing : planned) {
-        const link::QmiHead head{link::QmiKind::indication, 0, outgoing.indication.message, 0};
-        send_after(outgoing.indication.after, *client, *slot, head, outgoing.indication.tlvs);
-    }
+    for (const Outgoing& outgoing : planned) send_planned({}, *client, *slot, outgoing);
 }
 
 // What becomes of one indication of the modem's own: nothing, itself, or something else.
@@ -275,7 +302,7 @@ void Modem::plan(Slot& slot, Indication indication, std::vector<Outgoing>& plann
     bool early = false;
     switch (fault->action) {
     case FaultAction::silent: return;
-    case FaultAction::down: return go_down(slot);
+    case FaultAction::down: return planned.push_back({std::move(indication), false, true});
     case FaultAction::delay: indication.after += fault->delay; break;
     case FaultAction::raw: indication.tlvs = fault->bytes; break;
     case FaultAction::twice: planned.push_back({indication}); break;
@@ -333,8 +360,22 @@ void Modem::send_after(std::chrono::milliseconds delay, Client& client, Slot& sl
                        const Bytes& tlvs)
 {
     if (delay.count() == 0) return send_message(client, slot, head, tlvs);
-    slot.service->after(delay, [this, id = client.id(), &slot, head, tlvs] {
+    const auto send_now = [this, id = client.id(), &slot, head, tlvs] {
         if (Client* later = find_client(id)) send_message(*later, slot, head, tlvs);
+    };
+    put_off(*slot.service, client.id(), delay, send_now, tlvs.size());
+}
+
+void Modem::put_off(Service& service, ClientId id, std::chrono::milliseconds delay, EventLoop::Task task,
+                    std::size_t size)
+{
+    Client* client = find_client(id);
+    if (client == nullptr) return;
+    const EventLoop::TimerId timer = loop_.new_timer(delay);
+    if (!client->put_off(limits_, timer, size)) return drop(*client);
+    loop_.set(timer, [this, id, timer, alive = service.lifetime(), task = std::move(task)] {
+        if (Client* later = find_client(id)) later->take_up(timer);
+        if (!alive.expired()) task();
     });
 }
 
@@ -350,15 +391,15 @@ void Modem::send(Client& client, link::Address from, ByteView head, ByteView bod
     if (!client.send(limits_, from, head, body)) return drop(client);
     if (waited || !client.has_unsent()) return;
     loop_.change(client.watch, EPOLLIN | EPOLLOUT);
-    if (!std::exchange(client.age_watched, true)) check_unread_later(client, limits_.unsent_age);
+    if (!client.age_timer) check_unread_later(client, limits_.unsent_age);
 }
 
 void Modem::check_unread_later(Client& client, EventLoop::Clock::duration delay)
 {
-    loop_.after(delay, [this, id = client.id()] {
+    client.age_timer = loop_.after(delay, [this, id = client.id()] {
         Client* waiting = find_client(id);
         if (waiting == nullptr) return;
-        waiting->age_watched = waiting->has_unsent();
+        waiting->age_timer.reset();
         if (!waiting->has_unsent()) return;
         const auto age = EventLoop::Clock::now() - waiting->unsent_since();
         if (age >= limits_.unsent_age) return drop(*waiting);
@@ -371,6 +412,8 @@ void Modem::drop(Client& client)
 {
     if (std::exchange(client.leaving, true)) return;
     loop_.unwatch(client.watch);
+    for (const auto& [timer, size] : client.timers()) loop_.cancel(timer);
+    if (client.age_timer) loop_.cancel(*client.age_timer);
     loop_.defer([this, id = client.id()] {
         for (Slot& slot : slots_) {
             if (slot.service != nullptr) slot.service->client_gone(id);

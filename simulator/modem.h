@@ -41,8 +41,11 @@ class Modem {
     // Takes all services away once the handler that runs now has returned and its answer has left, and brings them back,
     // as freshly switched on, after restart_ms.
     void restart();
-    // The same for one service.
+    // The same for one service, whose answers have frames of their own: they have left.
     void restart(Service& service);
+    // As Service::after has it.
+    void put_off(Service& service, ClientId client, std::chrono::milliseconds delay, EventLoop::Task task,
+                 std::size_t size);
     // Sends a datagram of a service that has frames of its own. Without effect when the client has gone.
     void send_datagram(Service& service, ClientId client, ByteView head, ByteView body);
 
@@ -58,6 +61,7 @@ class Modem {
     struct Outgoing {
         Indication indication;
         bool early = false;  // before the answer
+        bool down = false;   // the service goes away in its stead
     };
 
     void bring_up(Slot& slot);
@@ -72,7 +76,9 @@ class Modem {
     void say_unasked(Slot& slot, ClientId client, const UnaskedIndication& said, std::chrono::milliseconds delay);
     void answer(Client& client, Slot& slot, const link::QmiMessage& message, Call& call, const FaultRule* fault);
     void plan(Slot& slot, Indication indication, std::vector<Outgoing>& planned);
+    void send_planned(std::chrono::milliseconds delay, Client& client, Slot& slot, const Outgoing& outgoing);
     void go_down(Slot& slot);
+    void go_down_all(std::chrono::milliseconds delay);
 
     Slot* find_slot(link::Address address);
     Slot* find_slot(const Service& service);
@@ -96,6 +102,8 @@ class Modem {
     ClientId last_client_ = 0;
     std::vector<Slot> slots_;
     std::uint32_t last_port_ = 0x4000;  // behind those that QRTR gives to its own
+    bool restart_asked_ = false;        // by the request that is being handled
+    bool restart_put_off_ = false;      // a timer sees to it
 
     // Reused for every datagram and every answer.
     std::array<std::uint8_t, link::kLongestDatagram> received_;

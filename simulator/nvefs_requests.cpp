@@ -47,19 +47,26 @@ std::uint32_t word(ByteView record, std::size_t at)
     return peek_le<std::uint32_t>(record, at);
 }
 
-// `size` bytes of the record, zeros where it is shorter.
-Bytes piece(ByteView record, std::size_t at, std::size_t size)
+// `size` bytes of the record. Where it is shorter they are made in `room`, with zeros behind its end.
+ByteView piece(ByteView record, std::size_t at, std::size_t size, Bytes& room)
 {
-    Bytes bytes(size);
-    if (at < record.size()) std::copy_n(record.begin() + at, std::min(size, record.size() - at), bytes.begin());
-    return bytes;
+    if (record.size() >= at + size) return record.subspan(at, size);
+    room.assign(size, 0);
+    if (at < record.size()) std::copy(record.begin() + static_cast<std::ptrdiff_t>(at), record.end(), room.begin());
+    return room;
+}
+
+// Empty when it is longer than a path may be, or there is none.
+ByteView efs_path(ByteView request, Bytes& room)
+{
+    const std::size_t size = peek_le<std::uint8_t>(request, kPathLen);
+    return size > kLongestEfsPath ? ByteView{} : piece(request, kPath, size, room);
 }
 
 std::optional<EfsPlace> efs_place(ByteView request)
 {
-    const std::size_t size = peek_le<std::uint8_t>(request, kPathLen);
-    if (size > kLongestEfsPath) return std::nullopt;
-    return EfsPlace::parse(peek_le<std::uint8_t>(request, kSub), piece(request, kPath, size));
+    Bytes room;
+    return EfsPlace::parse(peek_le<std::uint8_t>(request, kSub), efs_path(request, room));
 }
 
 StoredValue read_item(StateStore& store, std::uint32_t sub, std::uint32_t item)
@@ -111,7 +118,8 @@ std::int32_t NvEfsRequests::nv_write(ByteView request)
     const std::uint32_t item = peek_le<std::uint16_t>(request, kNvId);
     const std::uint32_t size = word(request, kDataLenAll);
     if (!nv_exists(sub, item) || size == 0 || size > kLongestNvItem) return -EINVAL;
-    return store_.write(nv_name(sub, item), piece(request, kData, size));
+    Bytes room;
+    return store_.write(nv_name(sub, item), piece(request, kData, size, room));
 }
 
 std::int32_t NvEfsRequests::nv_delete(ByteView request)
@@ -135,12 +143,13 @@ std::int32_t NvEfsRequests::efs_read(ClientId client, ByteView request, std::spa
 
 std::int32_t NvEfsRequests::efs_write(ClientId client, ByteView request)
 {
-    std::optional<EfsPlace> place = efs_place(request);
     const std::uint32_t size = word(request, kDataLenSend);
-    if (!place || size > kDataRoom) return -EINVAL;
-    const Bytes bytes = piece(request, kData, size);
-    return efs_.write(client, {*std::move(place), peek_le<std::uint16_t>(request, kNvId), word(request, kDataLenAll),
-                               word(request, kDataLenCur), bytes});
+    if (size > kDataRoom) return -EINVAL;
+    Bytes path_room;
+    Bytes data_room;
+    return efs_.write(client, {peek_le<std::uint8_t>(request, kSub), efs_path(request, path_room),
+                               peek_le<std::uint16_t>(request, kNvId), word(request, kDataLenAll),
+                               word(request, kDataLenCur), piece(request, kData, size, data_room)});
 }
 
 std::int32_t NvEfsRequests::efs_delete(ByteView request)

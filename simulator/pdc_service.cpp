@@ -20,11 +20,15 @@ constexpr std::size_t kFrame = 32768;  // bytes of a report in one indication
 constexpr std::uint32_t kLastFrame = 0xFFFFFFFF;
 constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;        // bytes: a larger configuration has no room
 constexpr std::size_t kLongestReport = 64UL * 1024 * 1024;  // bytes
+constexpr std::size_t kConfigs = 256;                       // one more has no room either
 constexpr std::size_t kLoads = 16;                          // configurations on their way in
+constexpr std::size_t kDeactivated = 16;                    // remembered; the oldest is forgotten first
 constexpr std::chrono::milliseconds kFramePace{1};          // between frames, for the client to read them
 
 constexpr std::uint32_t kPlatform = 0;  // types of configurations
 constexpr std::uint32_t kSoftware = 1;
+
+constexpr std::uint16_t kValidate = 0x002C;
 
 // TLVs. The first stands in every message, token and error in every indication.
 enum : std::uint8_t { kFirst = 0x01, kError = 0x01, kToken = 0x10 };
@@ -156,7 +160,11 @@ class PdcService final : public Service {
 
  private:
     void handle(Call& call) override { run_message(*this, kMessages, call); }
-    void client_gone(ClientId client) override { listings_.erase(client); }
+    void client_gone(ClientId client) override
+    {
+        listings_.erase(client);
+        std::erase_if(loads_, [client](const Load& load) { return load.client == client; });
+    }
 
     void get_selected(Call& call);
     void set_selected(Call& call);
@@ -189,7 +197,12 @@ class PdcService final : public Service {
     std::optional<Bytes> stored(const std::string& at, std::string_view what);
     bool is_known(const Named& named, const std::string& at);
     bool is_in_use(const Config& config);
-    void stream(ClientId client, const Bytes& head, std::size_t at, std::uint32_t index);
+    std::size_t frame_count() const
+    {
+        return std::max<std::size_t>((settings_.report.size() + kFrame - 1) / kFrame, 1);
+    }
+    Bytes frame(const Bytes& head, std::size_t index) const;
+    void stream(ClientId client, const Bytes& head, std::size_t index);
 
     static const Message<PdcService> kMessages[11];
 
@@ -199,6 +212,7 @@ class PdcService final : public Service {
         std::size_t next = 0;
     };
     struct Load {
+        ClientId client = 0;
         Config config;
         std::uint32_t received = 0;
     };
@@ -207,7 +221,7 @@ class PdcService final : public Service {
     std::vector<Config> configs_;  // what loads and deletions make of the settings' lasts until the modem goes down
     std::vector<std::pair<std::uint32_t, Bytes>> deactivated_;  // stays selectable, whether it is in the list or not
     std::map<ClientId, Listing> listings_;
-    std::vector<Load> loads_;
+    std::vector<Load> loads_;  // unfinished ones
 };
 
 constexpr Message<PdcService> PdcService::kMessages[11] = {
@@ -220,7 +234,7 @@ constexpr Message<PdcService> PdcService::kMessages[11] = {
     {0x0028, &PdcService::tell_info, {{{kFirst, 0}}}},
     {0x002A, &PdcService::tell_default, {{{kFirst, 4}}}},
     {0x002B, &PdcService::deactivate, {{{kFirst, 4}}}},
-    {0x002C, &PdcService::validate, {{{kFirst, 0}}}},
+    {kValidate, &PdcService::validate, {{{kFirst, 0}}}},
     {0x002E, &PdcService::set_feature, {{{kFirst, 4}}}},
 };
 
@@ -315,7 +329,9 @@ void PdcService::deactivate(Call& call)
     const auto active = stored(*at, kActive);
     if (!active) return outcome(call, QmiError::no_effect);
     const std::pair gone(type, *active);
-    if (std::find(deactivated_.begin(), deactivated_.end(), gone) == deactivated_.end()) deactivated_.push_back(gone);
+    std::erase(deactivated_, gone);
+    if (deactivated_.size() == kDeactivated) deactivated_.erase(deactivated_.begin());
+    deactivated_.push_back(gone);
     outcome(call, modem().store().remove(*at + std::string(kActive)) == 0 ? QmiError::none : QmiError::internal);
 }
 
@@ -383,11 +399,14 @@ void PdcService::load(Call& call)
     if (find_config(*named) != nullptr) return outcome(call, QmiError::invalid_identifier);
 
     auto load = std::find_if(loads_.begin(), loads_.end(), [&](const Load& under_way) {
-        return under_way.config.type == named->type && under_way.config.id == named->id;
+        return under_way.client == call.client && under_way.config.type == named->type &&
+               under_way.config.id == named->id;
     });
     if (load == loads_.end()) {
-        if (total > kEfsRoom || loads_.size() == kLoads) return outcome(call, QmiError::no_memory);
-        load = loads_.insert(load, Load{{named->id, named->type, "", 0, total}});
+        if (total > kEfsRoom || loads_.size() == kLoads || configs_.size() + loads_.size() >= kConfigs) {
+            return outcome(call, QmiError::no_memory);
+        }
+        load = loads_.insert(load, Load{call.client, {named->id, named->type, "", 0, total}});
     }
     if (total != load->config.size || frame > total - load->received) {
         loads_.erase(load);
@@ -444,23 +463,29 @@ void PdcService::validate(Call& call)
     const auto named = find_named(call);
     if (!named) return;
     if (find_config(*named) == nullptr) return outcome(call, QmiError::no_such_id);
-    after(settings_.indication,
-          [this, client = call.client, head = begin(call, QmiError::none)] { stream(client, head, 0, 0); });
+    const Bytes head = begin(call, QmiError::none);
+    call.indicate(kValidate, frame(head, 0), settings_.indication);
+    if (frame_count() == 1) return;
+    call.go_on([this, client = call.client, head] { stream(client, head, 1); }, settings_.indication + kFramePace);
 }
 
-// One frame after the other, the last one by its index. `head` is what each indication begins with.
-void PdcService::stream(ClientId client, const Bytes& head, std::size_t at, std::uint32_t index)
+// `head` is what each indication begins with. The last frame is known by its index.
+Bytes PdcService::frame(const Bytes& head, std::size_t index) const
 {
-    const ByteView rest = ByteView(settings_.report).subspan(at);
-    const ByteView frame = rest.first(std::min(kFrame, rest.size()));
-    const bool last = frame.size() == rest.size();
+    const ByteView rest = ByteView(settings_.report).subspan(index * kFrame);
     Bytes tlvs = head;
     TlvWriter writer(tlvs);
-    writer.number(0x11, last ? kLastFrame : index);
-    write_counted<std::uint16_t>(writer, 0x12, frame);
-    modem().indicate(*this, client, 0x002C, std::move(tlvs));
-    if (last) return;
-    after(kFramePace, [this, client, head, next = at + frame.size(), index] { stream(client, head, next, index + 1); });
+    writer.number(0x11, index + 1 == frame_count() ? kLastFrame : static_cast<std::uint32_t>(index));
+    write_counted<std::uint16_t>(writer, 0x12, rest.first(std::min(kFrame, rest.size())));
+    return tlvs;
+}
+
+// One frame after the other.
+void PdcService::stream(ClientId client, const Bytes& head, std::size_t index)
+{
+    modem().indicate(*this, client, kValidate, frame(head, index));
+    if (index + 1 == frame_count()) return;
+    after(client, kFramePace, [this, client, head, index] { stream(client, head, index + 1); });
 }
 
 }  // namespace

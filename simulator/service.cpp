@@ -29,11 +29,9 @@ void Service::write_result(std::uint16_t, std::int32_t error, TlvWriter& answer)
     }
 }
 
-void Service::after(std::chrono::milliseconds delay, std::function<void()> task)
+void Service::after(ClientId client, std::chrono::milliseconds delay, std::function<void()> task, std::size_t size)
 {
-    modem_.loop().after(delay, [alive = lifetime(), task = std::move(task)] {
-        if (!alive.expired()) task();
-    });
+    modem_.put_off(*this, client, delay, std::move(task), size);
 }
 
 bool check_mandatory(Call& call, const std::array<MandatoryTlv, 4>& mandatory)

@@ -108,6 +108,13 @@ class Call {
         indications_.push_back({indication, std::move(bytes), after});
     }
     std::vector<Indication>& indications() { return indications_; }
+    // Calls `task`, `after` from the answer on: it sends the indications that follow those above, one after the other.
+    void go_on(std::function<void()> task, std::chrono::milliseconds after) { more_ = {std::move(task), after}; }
+    struct More {
+        std::function<void()> task;  // empty: nothing follows
+        std::chrono::milliseconds after{0};
+    };
+    More& more() { return more_; }
 
  private:
     const Service& service_;
@@ -115,6 +122,7 @@ class Call {
     bool failed_ = false;
     std::chrono::milliseconds delay_{0};
     std::vector<Indication> indications_;
+    More more_;
 };
 
 class Service {
@@ -150,8 +158,9 @@ class Service {
     // An answer's beginning: the result TLV, and the whole of an answer that fails.
     virtual void write_result(std::uint16_t message, std::int32_t error, TlvWriter& answer) const;
 
-    // Calls `task` later, unless the service has gone down by then.
-    void after(std::chrono::milliseconds delay, std::function<void()> task);
+    // Calls `task` later on a client's behalf, unless the client or the service has gone by then. `size` bytes are kept for
+    // it meanwhile: a client for which too much is put off is dropped.
+    void after(ClientId client, std::chrono::milliseconds delay, std::function<void()> task, std::size_t size = 0);
     // Ends with the service: what outlives it holds this to know.
     std::weak_ptr<const void> lifetime() const { return lifetime_; }
 

@@ -39,14 +39,14 @@ constexpr Field kNrServingCell[] = {
 };
 constexpr Field kSystemMode[] = {{"stack_max", u8}, {"rat", u32}};
 constexpr Field kNrUplinkPower[] = {
-    {"version_hook", u32},   {"tx_power_pusch", f32}, {"tx_power_pucch", f32}, {"tx_power_srs", f32},
-    {"tx_power_prach", f32}, {"mtpl_pusch", f32},     {"mtpl_pucch", f32},     {"mtpl_srs", f32},
-    {"mtpl_prach", f32},     {"pathloss0", f32},      {"pathloss1", f32},      {"pathloss2", f32},
-    {"pathloss3", f32},
+    {"version_hook", u32},   {"tx_power_pusch", f32}, {"tx_power_pucch", u32}, {"tx_power_srs", u32},
+    {"tx_power_prach", u32}, {"mtpl_pusch", u32},     {"mtpl_pucch", u32},     {"mtpl_srs", u32},
+    {"mtpl_prach", u32},     {"pathloss0", u32},      {"pathloss1", u32},      {"pathloss2", u32},
+    {"pathloss3", u32},
 };
 constexpr Field kNrReceiveGain[] = {{"version", u32}, {"rssi0", f32}, {"rssi1", f32}, {"rssi2", f32}, {"rssi3", f32}};
 constexpr Field kLtePuschPower[] = {
-    {"version", u8}, {"pusch_tx_power", i16}, {"dl_path_loss", u8}, {"max_power", i16}, {"pusch_ex_tx_power", i16},
+    {"version", u8}, {"pusch_tx_power", i16}, {"dl_path_loss", u8}, {"max_power", u16}, {"pusch_ex_tx_power", u16},
 };
 constexpr Field kAntennaState[] = {
     {"version", u8},   {"ant_number", u8}, {"ant_switch_path", u16},
@@ -111,7 +111,7 @@ struct BuiltInRow {
 std::vector<double> lte_cell(double earfcn, double pci, double rsrp, double carrier)
 {
     std::vector<double> values{1, 1, earfcn + 198 * carrier, pci + carrier, 1, 15};
-    for (double chain = 0; chain < 4; ++chain) {
+    for (int chain = 0; chain < 4; ++chain) {
         const double loss = carrier + 1.25 * chain;
         values.insert(values.end(), {rsrp - loss, -10.5 - loss / 4, rsrp + 30.75 - loss, 14.5 - loss});
     }
@@ -129,8 +129,8 @@ std::vector<BuiltInRow> built_in_rows()
         {1, 6, {3, -92.5, -93.25, -94, -95.75, -11.5}},
         {0, 7, {3, -105.5, -106.25, -107, -108.75, -14.5}},
         {1, 7, {3, -94.5, -95.25, -96, -97.75, -12.5}},
-        {0, 90, {2, 15.5, 12.25, 10, 17.75, 23, 22.5, 22.25, 23.5, 101, 102, 103, 104}},
-        {1, 90, {2, 17.5, 14.25, 11, 18.75, 24, 23.5, 23.25, 24.5, 91, 92, 93, 94}},
+        {0, 90, {2, 15.5, 12, 10, 17, 23, 22, 21, 24, 101, 102, 103, 104}},
+        {1, 90, {2, 17.5, 14, 11, 18, 25, 24, 23, 26, 91, 92, 93, 94}},
         {0, 94, {2, -68.5, -69.25, -70, -71.75}},
         {1, 94, {2, -58.5, -59.25, -60, -61.75}},
         {0, 98, {1, 13, 98, 23, 12}},

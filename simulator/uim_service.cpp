@@ -101,6 +101,8 @@ class UimService final : public Service {
     std::uint8_t euicc_slot_of(Call& call) const;
     bool stands_on_euicc(std::uint8_t slot) const;
     CardState state_of(std::uint8_t slot) const;
+    bool has_application(std::uint8_t slot) const;
+    std::uint16_t application_index(std::uint8_t slot) const;
     void append_card(std::uint8_t slot, Bytes& status) const;
     void close_channels(std::uint8_t slot);
     void select(Call& call, std::uint8_t slot, ByteView aid_value);
@@ -197,6 +199,20 @@ CardState UimService::state_of(std::uint8_t slot) const
     return stands_on_euicc(slot) ? CardState::present : cards_.state(slot);
 }
 
+// A card with power has one, an eUICC only with a profile.
+bool UimService::has_application(std::uint8_t slot) const
+{
+    return state_of(slot) == CardState::present && cards_.has_power(slot) &&
+           (!stands_on_euicc(slot) || !cards_.profiles(slot).empty());
+}
+
+// Of a slot's first application, as the status names it: slot and application, a byte each, both counted from 0.
+std::uint16_t UimService::application_index(std::uint8_t slot) const
+{
+    if (slot > cards_.slot_count() || !has_application(slot)) return kNoApplication;
+    return static_cast<std::uint16_t>((slot - 1) << 8);
+}
+
 void UimService::append_card(std::uint8_t slot, Bytes& status) const
 {
     CardState state = state_of(slot);
@@ -205,7 +221,7 @@ void UimService::append_card(std::uint8_t slot, Bytes& status) const
         state = CardState::error;
         error = kPoweredDown;
     }
-    const bool subscribed = state == CardState::present && (!stands_on_euicc(slot) || !cards_.profiles(slot).empty());
+    const bool subscribed = has_application(slot);
     const std::uint8_t head[] = {
         static_cast<std::uint8_t>(state), 0, 0, 0, error, static_cast<std::uint8_t>(subscribed ? 1 : 0)};
     status.insert(status.end(), std::begin(head), std::end(head));
@@ -215,8 +231,11 @@ void UimService::append_card(std::uint8_t slot, Bytes& status) const
 void UimService::card_status(Call& call)
 {
     Bytes status;
-    append_le(status, std::uint16_t{0});  // the primary subscription: the first application of the first slot
-    for (int others = 0; others < 3; ++others) append_le(status, kNoApplication);
+    // Of the primary and the secondary subscription, which the first two slots' cards have; neither has a 1X application.
+    for (const std::uint8_t slot : {1, 2}) {
+        append_le(status, application_index(slot));
+        append_le(status, kNoApplication);
+    }
     const std::uint8_t count = cards_.slot_count();
     status.push_back(count);
     for (std::uint8_t slot = 1; slot <= count; ++slot) append_card(slot, status);

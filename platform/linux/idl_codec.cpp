@@ -20,15 +20,21 @@ inline void copy_short(std::uint8_t* to, const std::uint8_t* from, std::size_t c
     }
 }
 
-void copy_numbers(std::uint8_t* to, std::size_t to_width, const std::uint8_t* from, std::size_t from_width,
-                  std::size_t count)
+[[gnu::noinline]] void copy_converted(std::uint8_t* to, std::size_t to_width, const std::uint8_t* from,
+                                      std::size_t from_width, std::size_t count)
 {
-    if (to_width == from_width) {
-        copy_short(to, from, count * to_width);
-        return;
-    }
+    if (to_width > from_width) std::memset(to, 0, count * to_width);
     for (std::size_t i = 0; i < count; ++i)
         std::memcpy(to + i * to_width, from + i * from_width, std::min(to_width, from_width));
+}
+
+inline void copy_numbers(std::uint8_t* to, std::size_t to_width, const std::uint8_t* from, std::size_t from_width,
+                         std::size_t count)
+{
+    if (to_width == from_width)
+        copy_short(to, from, count * to_width);
+    else
+        copy_converted(to, to_width, from, from_width, count);
 }
 
 // ---- Encoding ----
@@ -97,98 +103,143 @@ bool put_value(const idl_field& field, const std::uint8_t* structure, Room& room
 
 // ---- Decoding ----
 
-// Received bytes, taken from the front.
-class Rest {
- public:
-    explicit Rest(ByteView bytes) : bytes_(bytes) {}
-
-    const std::uint8_t* take(std::size_t count)
-    {
-        if (count > bytes_.size()) return nullptr;
-        const std::uint8_t* taken = bytes_.data();
-        bytes_ = bytes_.subspan(count);
-        return taken;
-    }
-    std::size_t size() const { return bytes_.size(); }
-
- private:
-    ByteView bytes_;
-};
-
 // Both walks over the bytes are one piece of code: the first, with kCheck, proves that everything is there, and the
 // second stores it, so that a refused message leaves the structure alone.
 enum Walk { kCheck, kStore };
 
-template <Walk walk>
-bool take_value(const idl_field& field, Rest& rest, std::uint8_t* structure);
+// How far a walk has come. It goes from hand to hand by value: as far as the compiler knows, a byte that is stored might be
+// part of anything with an address, the tables' figures included.
+struct Walker {
+    const std::uint8_t* next;  // received bytes that come next; null: they aren't all there
+    std::uint8_t* front;       // the structure's bytes before it are filled
 
-template <Walk walk>
-bool take_record(const idl_record& record, Rest& rest, std::uint8_t* structure)
-{
-    const std::uint8_t* head = rest.take(record.head_size);
-    if (head == nullptr) return false;
-    if constexpr (walk == kStore) copy_short(structure, head, record.head_size);
-    for (std::uint32_t f = record.head_count; f < record.field_count; ++f) {
-        if (!take_value<walk>(record.fields[f], rest, structure)) return false;
+    bool has(const std::uint8_t* end, std::size_t count) const { return count <= static_cast<std::size_t>(end - next); }
+
+    // `count` bytes of the structure, for the caller to write. Those between them and the front are passed over, and
+    // zeroed. A field that comes late, behind the front, finds zeros already.
+    std::uint8_t* room(std::uint8_t* place, std::size_t count)
+    {
+        if (place < front) return place;
+        zero_up_to(place);
+        front = place + count;
+        return place;
     }
-    return true;
+    void zero_up_to(std::uint8_t* place)
+    {
+        if (place != front) std::memset(front, 0, static_cast<std::size_t>(place - front));
+        front = place;
+    }
+};
+constexpr Walker kCutShort{nullptr, nullptr};
+
+bool is_counted(const idl_field& field)
+{
+    return field.form == IDL_COUNTED || (field.form == IDL_CHARACTERS && field.tlv == IN_RECORD);
 }
 
 template <Walk walk>
-bool take_elements(const idl_field& field, std::size_t count, Rest& rest, std::uint8_t* structure)
+[[gnu::always_inline]] inline Walker take_count(const idl_field& field, Walker at, const std::uint8_t* end,
+                                                std::uint8_t* structure, std::size_t& count)
 {
-    std::uint8_t* value = structure + field.offset;
-    if (!idl_is_record(field)) {
-        const std::uint8_t* from = rest.take(count * field.wire_width);
-        if (from == nullptr) return false;
-        if constexpr (walk == kStore)
-            copy_numbers(value, field.memory_width, from, field.wire_width, std::min<std::size_t>(count, field.limit));
-        return true;
+    if (!at.has(end, field.count_width)) return kCutShort;
+    count = field.count_width == 1 ? *at.next : load_le<std::uint16_t>(at.next);
+    at.next += field.count_width;
+    if (walk == kStore && field.form == IDL_COUNTED)
+        store_le(at.room(structure + field.count_offset, 4), static_cast<std::uint32_t>(count));
+    return at;
+}
+
+// A value that is no record: its count where it has one, and its numbers or characters.
+template <Walk walk>
+[[gnu::always_inline]] inline Walker take_numbers(const idl_field& field, Walker at, const std::uint8_t* end,
+                                                  std::uint8_t* structure)
+{
+    std::size_t count = field.limit;  // of a single one, too
+    if (is_counted(field)) {
+        at = take_count<walk>(field, at, end, structure, count);
+        if (at.next == nullptr) return at;
+    } else if (field.form == IDL_CHARACTERS) {
+        count = static_cast<std::size_t>(end - at.next);
+    }
+    const std::size_t size = count * field.wire_width;
+    if (!at.has(end, size)) return kCutShort;
+    if constexpr (walk == kStore) {
+        const std::size_t stored = std::min<std::size_t>(count, field.limit);
+        const std::size_t width = field.memory_width;
+        copy_numbers(at.room(structure + field.offset, stored * width), width, at.next, field.wire_width, stored);
+    }
+    at.next += size;
+    return at;
+}
+
+template <Walk walk>
+Walker take_records(const idl_field& field, Walker at, const std::uint8_t* end, std::uint8_t* structure);
+
+template <Walk walk>
+Walker take_value(const idl_field& field, Walker at, const std::uint8_t* end, std::uint8_t* structure)
+{
+    if (field.form == IDL_RESERVED_BYTES) return at;
+    return idl_is_record(field) ? take_records<walk>(field, at, end, structure)
+                                : take_numbers<walk>(field, at, end, structure);
+}
+
+// `count` elements of a record's form; `take_tail` takes what stands behind an element's head.
+template <Walk walk, typename TakeTail>
+[[gnu::always_inline]] inline Walker take_elements(const idl_field& field, std::size_t count, Walker at,
+                                                   const std::uint8_t* end, std::uint8_t* structure, TakeTail take_tail)
+{
+    const std::size_t head_size = field.record->head_size;
+    const std::size_t width = field.memory_width;
+    std::uint8_t* to = structure + field.offset;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!at.has(end, head_size)) return kCutShort;
+        if constexpr (walk == kStore) copy_short(at.room(to, head_size), at.next, head_size);
+        at.next += head_size;
+        at = take_tail(at, to);
+        if (at.next == nullptr) return at;
+        if constexpr (walk == kStore) to += width;
+    }
+    return at;
+}
+
+template <Walk walk>
+Walker take_elements(const idl_field& field, std::size_t count, Walker at, const std::uint8_t* end,
+                     std::uint8_t* structure)
+{
+    const idl_record& record = *field.record;
+    const idl_field* tail = record.fields + record.head_count;
+    if (record.head_count + 1 == record.field_count && is_counted(*tail) && !idl_is_record(*tail)) {
+        const idl_field only = *tail;  // a copy, whose figures stay in registers
+        return take_elements<walk>(field, count, at, end, structure, [&only, end](Walker from, std::uint8_t* to) {
+            return take_numbers<walk>(only, from, end, to);
+        });
+    }
+    return take_elements<walk>(field, count, at, end, structure, [&record, tail, end](Walker from, std::uint8_t* to) {
+        for (const idl_field* each = tail; each != record.fields + record.field_count && from.next != nullptr; ++each)
+            from = take_value<walk>(*each, from, end, to);
+        return from;
+    });
+}
+
+template <Walk walk>
+Walker take_records(const idl_field& field, Walker at, const std::uint8_t* end, std::uint8_t* structure)
+{
+    std::size_t count = field.limit;
+    if (is_counted(field)) {
+        at = take_count<walk>(field, at, end, structure, count);
+        if (at.next == nullptr) return at;
     }
     const std::size_t stored = walk == kStore ? std::min<std::size_t>(count, field.limit) : 0;
-    for (std::size_t i = 0; i < stored; ++i) {
-        if (!take_record<kStore>(*field.record, rest, value + i * field.memory_width)) return false;
-    }
-    for (std::size_t i = stored; i < count; ++i) {
-        if (!take_record<kCheck>(*field.record, rest, value)) return false;
-    }
-    return true;
-}
-
-bool take_count(const idl_field& field, Rest& rest, std::uint32_t& count)
-{
-    const std::uint8_t* from = rest.take(field.count_width);
-    if (from == nullptr) return false;
-    count = field.count_width == 1 ? *from : load_le<std::uint16_t>(from);
-    return true;
-}
-
-template <Walk walk>
-bool take_value(const idl_field& field, Rest& rest, std::uint8_t* structure)
-{
-    switch (field.form) {
-    case IDL_SINGLE: return take_elements<walk>(field, 1, rest, structure);
-    case IDL_FIXED: return take_elements<walk>(field, field.limit, rest, structure);
-    case IDL_COUNTED: {
-        std::uint32_t count;
-        if (!take_count(field, rest, count)) return false;
-        if constexpr (walk == kStore) store_le(structure + field.count_offset, count);
-        return take_elements<walk>(field, count, rest, structure);
-    }
-    case IDL_CHARACTERS: {
-        auto length = static_cast<std::uint32_t>(rest.size());
-        if (field.tlv == IN_RECORD && !take_count(field, rest, length)) return false;
-        return take_elements<walk>(field, length, rest, structure);
-    }
-    case IDL_RESERVED_BYTES: break;
-    }
-    return true;
+    if (stored > 0) at = take_elements<walk>(field, stored, at, end, structure);
+    // What has no room is passed over.
+    return at.next == nullptr ? at : take_elements<kCheck>(field, count - stored, at, end, structure);
 }
 
 // Walks all TLVs; `seen` has a bit for each row whose TLV was there.
 template <Walk walk>
 bool take_message(const idl_message& message, ByteView tlvs, std::uint8_t* structure)
 {
+    Walker at{nullptr, structure};
     std::uint64_t seen = 0;
     static_assert(IDL_ROWS_MAX <= 64);
     std::uint32_t next_row = 0;  // TLVs mostly come in the order of the rows
@@ -197,7 +248,7 @@ bool take_message(const idl_message& message, ByteView tlvs, std::uint8_t* struc
         const std::uint8_t type = tlvs[0];
         const std::size_t length = load_le<std::uint16_t>(&tlvs[1]);
         if (length > tlvs.size() - 3) return false;
-        Rest value(tlvs.subspan(3, length));
+        at.next = tlvs.data() + 3;
         tlvs = tlvs.subspan(3 + length);
 
         for (std::uint32_t tried = 0; tried < message.field_count; ++tried, ++next_row) {
@@ -207,12 +258,14 @@ bool take_message(const idl_message& message, ByteView tlvs, std::uint8_t* struc
             const std::uint64_t row_bit = std::uint64_t{1} << next_row;
             if ((seen & row_bit) == 0) {
                 seen |= row_bit;
-                if (!take_value<walk>(field, value, structure)) return false;
-                if (walk == kStore && field.optional) structure[field.flag_offset] = 1;
+                if (walk == kStore && field.optional) *at.room(structure + field.flag_offset, 1) = 1;
+                at = take_value<walk>(field, at, at.next + length, structure);
+                if (at.next == nullptr) return false;
             }
             break;
         }
     }
+    if constexpr (walk == kStore) at.zero_up_to(structure + message.size);
     for (std::uint32_t i = 0; i < message.field_count; ++i) {
         const idl_field& field = message.fields[i];
         const bool mandatory = !field.optional && field.form != IDL_RESERVED_BYTES;
@@ -249,9 +302,7 @@ std::optional<std::size_t> encode(const idl_message& message, const void* struct
 bool decode(const idl_message& message, ByteView tlvs, void* structure)
 {
     auto* to = static_cast<std::uint8_t*>(structure);
-    if (!take_message<kCheck>(message, tlvs, to)) return false;
-    if (message.size > 0) std::memset(to, 0, message.size);
-    return take_message<kStore>(message, tlvs, to);
+    return take_message<kCheck>(message, tlvs, to) && take_message<kStore>(message, tlvs, to);
 }
 
 }  // namespace rbk::platform

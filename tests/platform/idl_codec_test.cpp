@@ -96,6 +96,10 @@ TEST(IdlCodec, ReadsAndWritesEachForm)
     EXPECT_EQ(read.serial, 0x0807060504030201u);
     EXPECT_EQ(read.wide_len, 3u);
     EXPECT_EQ(read.wide[2], 0xC3);
+    forms late;
+    std::memset(&late, 0x11, sizeof late);
+    ASSERT_TRUE(decode(kForms, kOptional + kMandatory, &late));
+    EXPECT_EQ(std::memcmp(&read, &late, sizeof read), 0) << "what nothing fills isn't zero, or what is filled is";
 
     Bytes room(kLongest);
     const auto length = encode(kForms, &read, room);
@@ -151,7 +155,7 @@ TEST(IdlCodec, KeepsForeignCountsAndStoresWhatHasRoom)
     const Bytes three_points = {0x11, 2 + 18, 0, 3, 0, 1, 1, 1, 1, 1, 0, 2, 2, 2, 2, 2, 0, 3, 3, 3, 3, 3, 0};
     const Bytes long_name = {0x12, 9, 0, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'};
     const Bytes first_wins = {0x10, 2, 0, 1, 1, 0x10, 2, 0, 2, 2};
-    Bytes wire = kMandatory + three_points + long_name + first_wins;
+    Bytes wire = kMandatory + long_name + first_wins + three_points;
     wire[7] = 0x01;  // the numbers: five of them where three have room
     const Bytes five = {0x01, 11, 0, 5, 1, 0, 2, 0, 3, 0, 4, 0, 5, 0};
     wire = Bytes(wire.begin(), wire.begin() + 7) + five + Bytes(wire.begin() + 15, wire.end());

@@ -88,11 +88,13 @@ TEST(Diag, FaultRulesDecideAboutRequestsAndPackets)
         {"LostPacket", "on = 'indication'\nprefix = '01'\naction = 'silent'", "=0 2"},
         {"ReplacedPacket", "on = 'indication'\nnth = 2\naction = 'raw'\nbytes = '08'", "=0 1 8"},
         {"DoublePacket", "on = 'indication'\nnth = 1\naction = 'twice'", "=0 1 1 2"},
+        {"DownBeforeItsPacket", "on = 'indication'\nprefix = '02'\naction = 'down'", "=0 1 - +"},
         {"LatePacket", "on = 'indication'\nprefix = '01'\naction = 'delay'\nms = 20", "=0 2 1"},
     };
     for (const auto& row : rows) {
         RunningModem modem("[modem]\nrestart_ms = 20\nservices = ['diag']\n[[fault]]\nservice = 'diag'\n" + row.rule +
-                           "\n[[diag.response]]\nrequest = '4B'\npackets = [ { bytes = '01' }, { bytes = '02' } ]\n");
+                           "\n[[diag.response]]\nrequest = '4B'\npackets = [ { bytes = '01', after_ms = 1 }, { bytes = "
+                           "'02', after_ms = 2 } ]\n");
         DiagWire wire(modem);
         EXPECT_EQ(wire.ask(row.traffic), row.traffic) << row.catches;
     }
@@ -137,6 +139,24 @@ TEST(Diag, DciCallsAreForClientsThatAreRegistered)
     std::string expected;
     for (int i = 0; i < 40; ++i) expected.append(i == 0 ? "" : " ").append(i < 16 ? "=1001" : "=-1");
     EXPECT_EQ(wire.traffic(expected), expected) << "registrations without bound";
+}
+
+TEST(Diag, AStreamEndsWithItsRegistration)
+{
+    RunningModem modem("[[diag.stream]]\nkind = 'log'\nbytes = '10'\nevery_ms = 20\n");
+    DiagWire wire(modem);
+    const auto start = [&] {
+        wire.call(DiagCall::dci_register, 1);
+        wire.call(DiagCall::dci_stream, 1);
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(wire.next(), "=1001");
+    };
+    start();
+    wire.call(DiagCall::dci_release, 1);
+    EXPECT_EQ(wire.next(), "=1001");
+    const auto began = std::chrono::steady_clock::now();
+    start();
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(wire.next(), "16");
+    EXPECT_GE(std::chrono::steady_clock::now() - began, milliseconds(200)) << "the earlier stream goes on beside it";
 }
 
 TEST(Diag, RubbishIsDroppedAndTheNextCallAnswered)

@@ -92,6 +92,44 @@ TEST(Fault, ErrorResultAndRawChangeTheAnswer)
     }
 }
 
+TEST(Fault, WhatFollowsFromARequestFollowsItsAnswer)
+{
+    const TempDir folder;
+    write_file(folder.path() / "two_frames", std::string(40000, 'a'));
+    const std::string pdc = "[modem]\nrestart_ms = 30\n[pdc]\nindication_ms = 1\nreport = '" +
+                            (folder.path() / "two_frames").string() +
+                            "'\n[[pdc.config]]\nid = 'A1'\n[[fault]]\nservice = 'pdc'\n";
+    const std::string nas = "[nas]\nscan_ms = 1\n[[fault]]\nservice = 'nas'\n";
+    const std::string late = "action = 'delay'\nms = 40\n";
+    const Bytes restart = envelope_tlvs(4, 512, common_record(2, 31, Bytes{0, 0x10, 0, 0}).bytes);
+    const Bytes validate = {0x01, 6, 0, 1, 0, 0, 0, 1, 0xA1};
+    const Bytes activate = {0x01, 4, 0, 1, 0, 0, 0};
+    struct {
+        const char* catches;
+        std::string scenario;
+        std::uint32_t service;
+        std::uint16_t message;
+        Bytes tlvs;
+        std::string traffic;
+    } const rows[] = {
+        {"RestartBeforeItsAnswer", fault(late), 0xFFE4, 2, restart, "r2 - +"},
+        {"OutcomeBeforeItsAnswer", pdc + late, 36, 0x27, activate, "r39 i39"},
+        {"FramesBeforeTheirAnswer", pdc + late, 36, 0x2C, validate, "r44 i44 i44"},
+        {"FramesThatAreReplaced", pdc + "action = 'indicate'\nindication = 3\nbytes = ''\n", 36, 0x2C, validate,
+         "r44 i3"},
+        {"EarlyFrameAfterItsAnswer", pdc + "on = 'indication'\naction = 'early'\n", 36, 0x2C, validate, "i44 r44 i44"},
+        {"DownBeforeTheAnswer", pdc + late + "[[fault]]\nservice = 'pdc'\non = 'indication'\naction = 'down'\n", 36,
+         0x27, activate, "r39 - +"},
+        {"ScanResultBeforeItsAnswer", nas + late, 3, 0x85, {}, "r133 i133 i133"},
+    };
+    for (const auto& row : rows) {
+        RunningModem modem(row.scenario);
+        WireClient client = modem.connect();
+        client.send(client.lookup(row.service).at(0).address, row.message, row.tlvs);
+        EXPECT_EQ(traffic(client, row.traffic), row.traffic) << row.catches;
+    }
+}
+
 TEST(Fault, ARequestIsCarriedOutOrLeftUndone)
 {
     struct {
@@ -213,15 +251,18 @@ TEST(Lookup, RowsMatchServiceAndInstance)
 
 TEST(Client, OneThatDoesNotReadIsDroppedAndStallsNobody)
 {
+    const std::string late = fault("qmi_id = 3\naction = 'delay'\nms = 60000");
     struct {
         const char* catches;
+        std::string scenario;
         ClientLimits limits;
     } const rows[] = {
-        {"BoundInBytes", {100 * 1024, milliseconds(60000)}},
-        {"BoundInAge", {SIZE_MAX, milliseconds(50)}},
+        {"BoundInBytes", "", {100UL * 1024, milliseconds(60000)}},
+        {"BoundInAge", "", {SIZE_MAX, milliseconds(50)}},
+        {"BoundOfWhatIsPutOff", late, {100UL * 1024, milliseconds(60000)}},
     };
     for (const auto& row : rows) {
-        RunningModem modem("", std::nullopt, row.limits);
+        RunningModem modem(row.scenario, std::nullopt, row.limits);
         WireClient stalled = modem.connect();
         WireClient other = modem.connect();
         const link::Address to = stalled.extended();
@@ -233,6 +274,24 @@ TEST(Client, OneThatDoesNotReadIsDroppedAndStallsNobody)
         EXPECT_TRUE(stalled.closed()) << row.catches;
         EXPECT_EQ(other.envelope(0, Bytes{1}).data_len, 1u) << row.catches;
     }
+}
+
+TEST(Client, WhatIsPutOffEndsWithIt)
+{
+    RunningModem modem(fault("qmi_id = 3\naction = 'delay'\nms = 60000") +
+                       "[[indication]]\nservice = 'extended'\nmessage = 7\nbytes = ''\nafter_ms = 60000\n"
+                       "[nas]\nscan_ms = 60000\n");
+    WireClient other = modem.connect();
+    {
+        WireClient gone = modem.connect();
+        const link::Address nas = gone.lookup(3).at(0).address;
+        for (int i = 0; i < 10; ++i) gone.send(nas, i % 2 == 0 ? 0x21 : 0x85, {});
+        for (int i = 0; i < 10; ++i) gone.send(gone.extended(), 2, kEcho);
+        EXPECT_EQ(gone.envelope(0, Bytes{1}).data_len, 1u);
+    }
+    for (int i = 0; i < 3; ++i) other.lookup(3);  // by the last answer the modem has met the other's end
+    modem.stop();
+    EXPECT_EQ(modem.modem().loop().timer_count(), 0u);
 }
 
 TEST(Client, OneThatReadsLateGetsEverythingInOrder)

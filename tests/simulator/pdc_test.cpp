@@ -205,6 +205,29 @@ TEST_F(Pdc, ConfigurationComesInFrames)
     EXPECT_EQ(ask(kInfo, named({0xD1})), error(0) + word(0x11, 10) + tlv(0x12, {0}) + word(0x13, 0));
 }
 
+TEST_F(Pdc, RoomForConfigurationsEndsAndComesBack)
+{
+    start(kTwo);
+    const Bytes full = error(2);
+    const auto id = [](int number) { return Bytes{0xE0, static_cast<std::uint8_t>(number), 0}; };
+    {
+        WireClient gone = modem_->connect();
+        for (std::uint8_t i = 0; i < 16; ++i) gone.send(address_, kLoad, load_frame({0xD0, i}, 10, 4));
+        while (gone.receive()->kind != 4) {
+        }
+        EXPECT_EQ(ask(kLoad, load_frame(id(0), 10, 4)), full) << "loads without bound";
+    }
+    Bytes begun = full;
+    for (int tries = 0; tries < 100 && begun == full; ++tries) begun = ask(kLoad, load_frame(id(0), 10, 4));
+    EXPECT_EQ(begun, error(0) + word(0x11, 4) + word(0x12, 6)) << "loads of a client that has gone stay";
+
+    for (int i = 1; i < 254; ++i) EXPECT_NE(ask(kLoad, load_frame(id(i), 0, 0)), full) << i;
+    EXPECT_EQ(ask(kLoad, load_frame(id(254), 0, 0)), full) << "finished ones without bound";
+    EXPECT_EQ(ask(kLoad, load_frame(id(0), 10, 6)), error(0) + word(0x11, 10) + word(0x12, 0));
+    EXPECT_EQ(ask(kDelete, word(1, 1) + tlv(0x11, counted(id(7)))), error(0));
+    EXPECT_NE(ask(kLoad, load_frame(id(254), 0, 0)), full);
+}
+
 TEST_F(Pdc, ReportIsStreamedInFrames)
 {
     const TempDir folder;

@@ -79,12 +79,22 @@ TEST(Stats, RequestsAreAnsweredOrRefused)
 
 TEST(Stats, FieldsMakeTheBytesOfTheirSample)
 {
-    EXPECT_EQ(sample_of(98, "98 = { version = 1, pusch_tx_power = -2, dl_path_loss = 3, max_power = 4 }"),
-              (Bytes{1, 0xFE, 0xFF, 3, 4, 0, 0, 0}));
+    EXPECT_EQ(sample_of(98,
+                        "98 = { version = 1, pusch_tx_power = -2, dl_path_loss = 3, max_power = 0xF1E2, "
+                        "pusch_ex_tx_power = 0xD3C4 }"),
+              (Bytes{1, 0xFE, 0xFF, 3, 0xE2, 0xF1, 0xC4, 0xD3}));
     EXPECT_EQ(sample_of(44, "44 = { rat = 0xF1E2D3C4 }"), (Bytes{0, 0xC4, 0xD3, 0xE2, 0xF1}));
     EXPECT_EQ(sample_of(111, "111 = { rx_drx = -93.5, rx_prx = inf }"), (Bytes{0, 0, 0, 0x80, 0x7F, 0, 0, 0xBB, 0xC2}));
     EXPECT_EQ(sample_of(82, "82 = {}").size(), 75u);
-    EXPECT_EQ(sample_of(90, "90 = { pathloss3 = 1 }").size(), 52u);
+    std::string words = "90 = { version_hook = 1, tx_power_pusch = -93.5";
+    Bytes sample{1, 0, 0, 0, 0, 0, 0xBB, 0xC2};
+    for (const char* name : {"tx_power_pucch", "tx_power_srs", "tx_power_prach", "mtpl_pusch", "mtpl_pucch", "mtpl_srs",
+                             "mtpl_prach", "pathloss0", "pathloss1", "pathloss2", "pathloss3"}) {
+        append_le(sample, static_cast<std::uint32_t>(0xF1000000 + sample.size()));
+        words.append(", ").append(name).append(" = ").append(
+            std::to_string(load_le<std::uint32_t>(&*sample.end() - 4)));
+    }
+    EXPECT_EQ(sample_of(90, words + " }"), sample);
     EXPECT_EQ(sample_of(111, "112 = ''").size(), 9u);  // the built-in one stays
     EXPECT_EQ(sample_of(999, "999 = '01 02'"), (Bytes{1, 2}));
 }

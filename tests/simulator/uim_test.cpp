@@ -116,6 +116,35 @@ TEST_F(UimPhone, EidIsThereAsLongAsTheSlotStandsOnThePoweredEsim)
     EXPECT_EQ(error(client, kEid, slot(2)), 0);
 }
 
+TEST_F(UimPhone, IndicesNameTheApplicationsThatThereAre)
+{
+    const Bytes none{0xFF, 0xFF};
+    const Bytes first{0x00, 0x00};
+    const Bytes second{0x00, 0x01};  // slot in the high byte
+    const struct {
+        const char* catches;
+        const char* scenario;
+        std::uint16_t message;  // before the status is asked for
+        Bytes tlvs;
+        Bytes primary, secondary;
+    } rows[] = {
+        {"BothCards", "", kEid, slot(1), first, second},
+        {"NoFirstCard", "[[card]]\nstate = 'absent'\n[[card]]\n", kEid, slot(1), none, second},
+        {"FirstCardInError", "[[card]]\nstate = 'error'\n", kEid, slot(1), none, none},
+        {"FirstCardWithoutPower", "", kPowerDown, slot(1), none, second},
+        {"EmptyEuicc", "", kSimTypes, kToEsim, first, none},
+        {"NoSlot", "card = []\n", kEid, slot(1), none, none},
+    };
+    for (const auto& row : rows) {
+        start(row.scenario);
+        WireClient client = connect();
+        ask(client, row.message, row.tlvs);
+        std::filesystem::remove(state() / "card/2/profiles");
+        const Bytes status = value(ask(client, kStatus, {}), 0x10);
+        EXPECT_EQ(Bytes(status.begin(), status.begin() + 8), row.primary + none + row.secondary + none) << row.catches;
+    }
+}
+
 TEST_F(UimPhone, EuiccIsThereWithoutACardInTheTray)
 {
     start("[[card]]\n[[card]]\nstate = 'absent'\neid = '89049032123451234512345678901235'\neid_after = 0\n");
