@@ -98,7 +98,7 @@ class Modem {
     std::uint32_t last_port_ = 0x4000;  // behind those that QRTR gives to its own
 
     // Reused for every datagram and every answer.
-    std::array<std::uint8_t, link::kLongestDatagram> received_;
+    Bytes received_ = Bytes(link::kLongestDatagram);
     Bytes answer_;
 };
 

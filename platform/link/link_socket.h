@@ -71,7 +71,8 @@ class LinkSocket {
     // Sends head and body as one datagram. Blocks while the queue is full unless `wait` is false.
     SendResult send(Address peer, ByteView head, ByteView body, bool wait) const;
     // The next datagram, without waiting for one. Empty when there is none, when the far end has closed (`closed` is
-    // set) or when the datagram had no address or was longer than the buffer.
+    // set) or when the datagram had no address or was longer than the buffer. The buffer is a block of the heap: under the
+    // address sanitizer what lies behind the datagram is out of bounds until the next call, or the block's end.
     std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool& closed) const;
     // Waits for a datagram, an end or a wake-up, at most `timeout_ms` milliseconds.
     void wait(int timeout_ms) const;
