@@ -1,6 +1,7 @@
 // Messages over the link to a modem in another process, against bare round trips of the same bytes.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <semaphore.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -13,6 +14,7 @@
 
 #include "bench/home.h"
 #include "bench/ratios.h"
+#include "diag_lsm.h"
 #include "platform/link/link_socket.h"
 #include "velmor_diag_send.h"
 #include "velmor_extend_api.h"
@@ -176,6 +178,33 @@ void diag_by_callback(benchmark::State& state)
 }
 BENCHMARK(diag_by_callback)->UseRealTime();
 
+// The same within one start of the library and without a thread of its own: from the send of the request, over its answer,
+// until the packet that follows is in the hands of the thread that waits for it.
+sem_t packet_came;
+
+int32_t on_packet(uint8_t*, int32_t, void*)
+{
+    sem_post(&packet_came);
+    return 0;
+}
+
+void diag_packet(benchmark::State& state)
+{
+    use_modem();
+    sem_init(&packet_came, 0, 0);
+    if (Diag_LSM_Init(nullptr) == 0) return state.SkipWithError("the diag library can't be started");
+    diag_register_callback(on_packet, nullptr);
+    diag_switch_logging(CALLBACK_MODE, nullptr);
+    const uint8_t request[] = {0x7C};
+    for (auto _ : state) {
+        if (diag_callback_send_data(0, request, sizeof request) != 0) state.SkipWithError("the diag request failed");
+        sem_wait(&packet_came);
+    }
+    Diag_LSM_DeInit();
+    sem_destroy(&packet_came);
+}
+BENCHMARK(diag_packet)->UseRealTime();
+
 void reactivation(benchmark::State& state)
 {
     use_modem();
@@ -187,10 +216,12 @@ BENCHMARK(reactivation)->UseRealTime();
 const AddRatio reactivation_row({"a reactivation of one subscription over unix: / its bare messages", "reactivation",
                                  "bare_reactivation", 3});
 const AddRatio envelope_row({"an envelope over unix: / a bare round trip of its bytes", "envelope_over_unix",
-                             "bare_round_trip", 2});
+                             "bare_round_trip", 1.4});
 const AddRatio efs_row({"an EFS write of 102410 bytes over unix: / its 248 bare round trips", "efs_write_102410",
                         "bare_round_trips_248", 2});
 const AddRatio diag_row({"a diag request in callback mode over unix: / a bare round trip", "diag_by_callback",
                          "bare_round_trip", 10});
+const AddRatio diag_packet_row({"a diag request until its packet, library started / a round trip", "diag_packet",
+                                "bare_round_trip", 3});
 
 }  // namespace

@@ -3,10 +3,12 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "simulator/event_loop.h"
 #include "simulator/fd.h"
+#include "simulator/path_claim.h"
 
 namespace rbk::sim {
 
@@ -14,8 +16,8 @@ class AtTerminal {
  public:
     using Answers = std::map<std::string, std::string>;  // by command
 
-    // Makes a terminal and a link to it at `path`, in the place of an older link. Null, with the reason in `error`, when
-    // something else lies there or there is no terminal to be had.
+    // Makes a terminal and a link to it at `path`. A link that an ended server has left is replaced. Null, with the reason
+    // in `error`, when a server has the path, when something else lies there or there is no terminal to be had.
     static std::unique_ptr<AtTerminal> open(const std::string& path, Answers answers, std::string& error);
     // Removes the link, unless it leads elsewhere by now.
     ~AtTerminal();
@@ -26,18 +28,27 @@ class AtTerminal {
     void serve(EventLoop& loop);
 
  private:
-    AtTerminal(std::string path, std::string device, Fd master, Fd slave, Answers answers);
+    AtTerminal(std::string path, PathClaim claim, std::string device, Fd master, Fd slave, Answers answers);
     void on_ready();
-    void answer(const std::string& command);
+    void take(char byte);
+    void on_line(const std::string& line);
+    bool is_echo(const std::string& line);
+    void answer(const std::string& text);
+    void write_unwritten();
 
     std::string path_;
+    PathClaim claim_;
     std::string device_;
     Fd master_;
     Fd slave_;  // held open: without an opener the terminal would be at its end between two commands
     Answers answers_;
+    std::set<std::string> answer_lines_;
     EventLoop* loop_ = nullptr;
     EventLoop::WatchId watch_ = 0;
-    std::string line_;  // what has come since the last line's end
+    char last_byte_ = 0;
+    std::string line_;        // what has come since the last line's end
+    bool in_answer_ = false;  // the last line may have been one of an answer that comes back
+    std::string unwritten_;   // answers that the terminal has no room for yet
 };
 
 }  // namespace rbk::sim

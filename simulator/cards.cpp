@@ -120,8 +120,11 @@ Card read_card(const ScenarioNode& node)
     }
     card.eid_after = table.number("eid_after", 0, UINT16_MAX).value_or(card.eid_after);
     if (const ScenarioNode* apdu = table.find("apdu")) {
+        EachOnce<std::string> once;
         for (const auto& [key, value] : apdu->table("[card.apdu]")) {
-            card.answers.emplace_back(command_of(key, value), value.bytes(key, kLongestApdu));
+            const Bytes command = command_of(key, value);
+            once.add(value, key, {command.begin(), command.end()});
+            card.answers.emplace_back(command, value.bytes(key, kLongestApdu));
         }
     }
     table.finish();

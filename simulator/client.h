@@ -14,7 +14,7 @@ namespace rbk::sim {
 
 // What a client may leave unread before it is dropped, so that it never stalls the others.
 struct ClientLimits {
-    std::size_t unsent_bytes = 16 * 1024 * 1024;
+    std::size_t unsent_bytes = 16UL * 1024 * 1024;
     std::chrono::milliseconds unsent_age{5000};  // of the oldest datagram that waits
 };
 

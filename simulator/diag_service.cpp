@@ -92,7 +92,7 @@ Stream read_stream(const ScenarioNode& node)
     const ScenarioNode& every = table.need("every_ms");
     Stream stream{name == "log" ? DiagPacket::dci_log : DiagPacket::dci_event,
                   table.need("bytes").bytes("bytes", link::kLongestDiagBytes),
-                  milliseconds(every.number("every_ms", 1, 24 * 60 * 60 * 1000))};
+                  milliseconds(every.number("every_ms", 1, 24L * 60 * 60 * 1000))};
     table.finish();
     return stream;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 namespace rbk::sim {
 
@@ -27,18 +28,18 @@ std::optional<EfsPlace> EfsPlace::parse(std::uint32_t sub, ByteView path)
 
 Efs::ReadChunk Efs::read(ClientId client, const EfsPlace& place, std::uint32_t offset, std::span<std::uint8_t> room)
 {
-    std::list<OpenRead>& reads = transfers_[client].reads;
-    auto open = std::find_if(reads.begin(), reads.end(), [&](const OpenRead& read) { return read.place == place; });
-    if (open != reads.end() && offset == 0) {
-        reads.erase(open);
-        open = reads.end();
+    auto open = std::find_if(reads_.begin(), reads_.end(),
+                             [&](const OpenRead& read) { return read.client == client && read.place == place; });
+    if (open != reads_.end() && offset == 0) {
+        reads_.erase(open);
+        open = reads_.end();
     }
-    if (open == reads.end()) {
+    if (open == reads_.end()) {
         StoredFile file = store_.open_in(place.tree(), place.parts);
         if (file.error != 0) return {file.error, 0, 0};
-        if (reads.size() == kOpenReads) reads.pop_back();
-        reads.push_front({place, std::move(file.fd), file.size});
-        open = reads.begin();
+        make_room_for_read(client);
+        reads_.push_front({client, place, std::move(file.fd), file.size});
+        open = reads_.begin();
     }
 
     ReadChunk chunk{0, open->size, 0};
@@ -48,24 +49,34 @@ Efs::ReadChunk Efs::read(ClientId client, const EfsPlace& place, std::uint32_t o
         if (got < 0) chunk.error = -EIO;
         chunk.size = got < 0 ? 0 : static_cast<std::size_t>(got);
     }
-    if (offset + chunk.size >= open->size || chunk.error != 0) reads.erase(open);
+    if (offset + chunk.size >= open->size || chunk.error != 0) reads_.erase(open);
     return chunk;
+}
+
+void Efs::make_room_for_read(ClientId client)
+{
+    const auto is_own = [&](const OpenRead& read) { return read.client == client; };
+    if (std::count_if(reads_.begin(), reads_.end(), is_own) == kOpenReads) {
+        reads_.erase(std::prev(std::find_if(reads_.rbegin(), reads_.rend(), is_own).base()));
+    } else if (reads_.size() == kOpenReadsOfAll) {
+        reads_.pop_back();
+    }
 }
 
 int Efs::write(ClientId client, const WriteChunk& chunk)
 {
     if (chunk.bytes.empty() || chunk.total == 0) return -EINVAL;
     if (chunk.total > kLongestEfsFile) return -ENOSPC;
-    Transfers& transfers = transfers_[client];
+    OpenWrites& writes = writes_[client];
     std::uint32_t instance = chunk.instance;
     if (instance == kNewInstance) {
         if (chunk.offset != 0 || chunk.bytes.size() > chunk.total) return -EINVAL;
-        const int opened = open_instance(transfers, chunk);
+        const int opened = open_instance(writes, chunk);
         if (opened < 0) return opened;
         instance = static_cast<std::uint32_t>(opened);
     }
-    const auto found = transfers.writes.find(instance);
-    if (found == transfers.writes.end()) return -EINVAL;
+    const auto found = writes.find(instance);
+    if (found == writes.end()) return -EINVAL;
     OpenWrite& open = found->second;
     if (open.place != chunk.place || open.total != chunk.total || chunk.offset != open.received.size() ||
         chunk.bytes.size() > open.total - open.received.size()) {
@@ -75,20 +86,26 @@ int Efs::write(ClientId client, const WriteChunk& chunk)
     open.received.insert(open.received.end(), chunk.bytes.begin(), chunk.bytes.end());
     if (open.received.size() < open.total) return static_cast<int>(instance);
     const int error = store_.write_in(open.place.tree(), open.place.parts, open.received);
-    transfers.writes.erase(found);
+    writes.erase(found);
     return error != 0 ? error : static_cast<int>(instance);
 }
 
-int Efs::open_instance(Transfers& transfers, const WriteChunk& chunk)
+int Efs::open_instance(OpenWrites& writes, const WriteChunk& chunk)
 {
     for (std::uint32_t instance = 0; instance < kOpenInstances; ++instance) {
-        const auto [open, made] = transfers.writes.try_emplace(instance);
+        const auto [open, made] = writes.try_emplace(instance);
         if (!made) continue;
         open->second = {chunk.place, chunk.total, {}};
         open->second.received.reserve(chunk.total);
         return static_cast<int>(instance);
     }
     return -EMFILE;
+}
+
+void Efs::client_gone(ClientId client)
+{
+    std::erase_if(reads_, [&](const OpenRead& read) { return read.client == client; });
+    writes_.erase(client);
 }
 
 }  // namespace rbk::sim

@@ -1,6 +1,7 @@
 // The modem's files: a real directory tree for each subscription, read and written in chunks.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -23,7 +24,7 @@ struct EfsPlace {
     // The path ends at its first zero byte. Empty when there is no file that it could mean.
     static std::optional<EfsPlace> parse(std::uint32_t sub, ByteView path);
     std::string tree() const { return "efs/" + std::to_string(sub); }
-    bool operator==(const EfsPlace&) const = default;
+    auto operator<=>(const EfsPlace&) const = default;
 };
 
 // Bytes of a path, and of the largest file that a client may write.
@@ -33,6 +34,9 @@ inline constexpr std::size_t kLongestEfsFile = 102410;
 // Transfers of all clients. Errors are negative numbers of <errno.h>.
 class Efs {
  public:
+    // Files that stay open between the chunks of their readers, of all clients; the oldest makes room.
+    static constexpr std::size_t kOpenReadsOfAll = 32;
+
     explicit Efs(StateStore& store) : store_(store) {}
 
     struct ReadChunk {
@@ -59,13 +63,14 @@ class Efs {
     int remove(const EfsPlace& place) { return store_.remove_in(place.tree(), place.parts); }
 
     // Its transfers end, and what it hasn't sent whole is forgotten.
-    void client_gone(ClientId client) { transfers_.erase(client); }
+    void client_gone(ClientId client);
 
  private:
     static constexpr std::uint32_t kOpenInstances = 8;  // of one client
-    static constexpr std::size_t kOpenReads = 8;        // of one client; the oldest makes room
+    static constexpr std::ptrdiff_t kOpenReads = 8;     // of one client; the oldest makes room
 
     struct OpenRead {
+        ClientId client = 0;
         EfsPlace place;
         Fd fd;
         std::uint64_t size = 0;
@@ -75,15 +80,14 @@ class Efs {
         std::uint32_t total = 0;
         Bytes received;
     };
-    struct Transfers {
-        std::list<OpenRead> reads;                  // the latest one first
-        std::map<std::uint32_t, OpenWrite> writes;  // by instance
-    };
+    using OpenWrites = std::map<std::uint32_t, OpenWrite>;  // by instance
 
-    int open_instance(Transfers& transfers, const WriteChunk& chunk);
+    void make_room_for_read(ClientId client);
+    static int open_instance(OpenWrites& writes, const WriteChunk& chunk);
 
     StateStore& store_;
-    std::map<ClientId, Transfers> transfers_;
+    std::list<OpenRead> reads_;  // the latest one first
+    std::map<ClientId, OpenWrites> writes_;
 };
 
 }  // namespace rbk::sim

@@ -35,7 +35,7 @@ class EventLoop {
     void defer(Task task) { deferred_.push_back(std::move(task)); }
 
     void run();   // until stop()
-    void stop();  // from any thread, also before run()
+    void stop();  // from any thread or signal handler, also before run()
 
  private:
     struct Watched {

@@ -75,7 +75,7 @@ constexpr Message<ExtendedService> ExtendedService::kMessages[5] = {
     {2, &ExtendedService::envelope, {{{kQmiId, 4}, {kDataLen, 4}}}},
     {3, &ExtendedService::echo, {{{kQmiId, 4}, {kDataLen, 4}}}},
     {4, &ExtendedService::acknowledge, {{{kQmiId, 4}, {kDataLen, 4}}}},
-    {10, &ExtendedService::acknowledge, {{{0x01, 4}, {0x02, 4}, {0x03, 64 * 24}}}},
+    {10, &ExtendedService::acknowledge, {{{0x01, 4}, {0x02, 4}, {0x03, 64UL * 24}}}},
     {12, &ExtendedService::acknowledge, {{{0x01, 4}, {0x02, 4}, {0x03, 1}}}},
 };
 

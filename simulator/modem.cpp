@@ -20,18 +20,13 @@ bool wanted(std::pair<std::uint32_t, std::uint32_t> lookup, std::uint32_t servic
 }
 
 // A fresh phone's memory.
-bool fill_state(const Scenario& scenario, StateStore& fresh, Complaints& complaints)
+bool fill_state(const Scenario& scenario, StateStore& fresh)
 {
     for (const auto& [key, bytes] : scenario.nv) {
         if (fresh.write(nv_name(key.first, key.second), bytes) != 0) return false;
     }
     for (const auto& [place, bytes] : scenario.efs) {
-        const int error = fresh.write_in(place.tree(), place.parts, bytes);
-        if (error == 0) continue;
-        std::string name = place.tree();
-        for (const std::string& part : place.parts) name += "/" + part;
-        complaints.say(name + " of the scenario: " + std::generic_category().message(-error));
-        return false;
+        if (fresh.write_in(place.tree(), place.parts, bytes) != 0) return false;
     }
     return std::all_of(scenario.settings.begin(), scenario.settings.end(),
                        [&](const auto& row) { return row.second == nullptr || row.second->fill(fresh); });
@@ -48,7 +43,7 @@ Modem::Modem(Scenario scenario, const std::filesystem::path& state, Complaints& 
       store_(state, complaints),
       faults_(std::move(scenario_.faults))
 {
-    store_.prepare([this](StateStore& fresh) { return fill_state(scenario_, fresh, complaints_); });
+    store_.prepare([this](StateStore& fresh) { return fill_state(scenario_, fresh); });
     // What only a fresh state needs is the largest part of a scenario.
     scenario_.nv.clear();
     scenario_.efs.clear();

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -20,10 +18,10 @@ constexpr std::size_t kLongestDescription = 255;
 constexpr std::size_t kChunk = 25;     // configurations in one indication
 constexpr std::size_t kFrame = 32768;  // bytes of a report in one indication
 constexpr std::uint32_t kLastFrame = 0xFFFFFFFF;
-constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;       // bytes: a larger configuration has no room
-constexpr std::size_t kLongestReport = 256 * 1024 * 1024;  // bytes
-constexpr std::size_t kLoads = 16;                         // configurations on their way in
-constexpr std::chrono::milliseconds kFramePace{1};         // between frames, for the client to read them
+constexpr std::uint32_t kEfsRoom = 16 * 1024 * 1024;        // bytes: a larger configuration has no room
+constexpr std::size_t kLongestReport = 64UL * 1024 * 1024;  // bytes
+constexpr std::size_t kLoads = 16;                          // configurations on their way in
+constexpr std::chrono::milliseconds kFramePace{1};          // between frames, for the client to read them
 
 constexpr std::uint32_t kPlatform = 0;  // types of configurations
 constexpr std::uint32_t kSoftware = 1;
@@ -103,15 +101,6 @@ struct PdcSettings final : ServiceSettings {
         return true;
     }
 };
-
-Bytes read_report(const ScenarioNode& node)
-{
-    std::ifstream stream(node.beside(node.text("report")), std::ios::binary);
-    Bytes bytes{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream.is_open() || stream.bad()) node.refuse("report", "a file that can be read");
-    if (bytes.size() > kLongestReport) node.refuse("report", "at most " + std::to_string(kLongestReport) + " bytes");
-    return bytes;
-}
 
 Config read_config(const ScenarioNode& node)
 {
@@ -398,7 +387,7 @@ void PdcService::load(Call& call)
     });
     if (load == loads_.end()) {
         if (total > kEfsRoom || loads_.size() == kLoads) return outcome(call, QmiError::no_memory);
-        load = loads_.insert(load, {{named->id, named->type, "", 0, total}});
+        load = loads_.insert(load, Load{{named->id, named->type, "", 0, total}});
     }
     if (total != load->config.size || frame > total - load->received) {
         loads_.erase(load);
@@ -483,7 +472,7 @@ std::unique_ptr<const ServiceSettings> read_pdc_settings(TableReader* file)
     if (node == nullptr) return settings;
     TableReader table("[pdc]", *node);
     settings->indication = table.milliseconds("indication_ms").value_or(settings->indication);
-    if (const ScenarioNode* report = table.find("report")) settings->report = read_report(*report);
+    if (const ScenarioNode* report = table.find("report")) settings->report = report->file("report", kLongestReport);
     if (const ScenarioNode* configs = table.find("config")) {
         settings->configs.clear();
         for (const ScenarioNode& config : configs->list("[[pdc.config]]")) {

@@ -1,12 +1,13 @@
 // The simulated modem as a server: clients connect over a Unix socket.
-#include <sys/epoll.h>
-#include <sys/signalfd.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <string>
-#include <system_error>
 
 #include "platform/linux/environment.h"
 #include "simulator/at_terminal.h"
@@ -29,22 +30,45 @@ void say(const std::string& line)
     std::fprintf(stderr, "rbk-modem: %s\n", line.c_str());
 }
 
-// SIGTERM and SIGINT as a descriptor, for the modem's loop. Before any thread: they inherit the mask.
-rbk::sim::Fd signals_to_end()
+// ---- Signals: they end the program at any moment of its life ----
+
+constexpr unsigned kLongestEnd_s = 5;  // SIGALRM ends what hangs longer
+
+std::atomic<bool> g_has_made_something = false;  // that its end has to remove
+std::atomic<bool> g_asked_to_end = false;
+std::atomic<rbk::sim::Modem*> g_modem = nullptr;  // the one that runs
+
+void on_ending_signal(int)
 {
-    sigset_t ending;
-    sigemptyset(&ending);
-    sigaddset(&ending, SIGTERM);
-    sigaddset(&ending, SIGINT);
-    ::sigprocmask(SIG_BLOCK, &ending, nullptr);
-    return rbk::sim::Fd(::signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!g_has_made_something) ::_exit(0);
+    const int error = errno;
+    ::alarm(kLongestEnd_s);
+    g_asked_to_end = true;
+    if (rbk::sim::Modem* modem = g_modem) modem->stop();
+    errno = error;
+}
+
+// Whatever the starter has blocked or ignored; but a SIGHUP that it ignores stays so, as nohup wants it. Without
+// SA_RESTART: a signal ends what waits.
+void handle_signals()
+{
+    struct sigaction ending {};
+    ending.sa_handler = on_ending_signal;
+    struct sigaction before {};
+    ::sigaction(SIGHUP, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) ::sigaction(SIGHUP, &ending, nullptr);
+    ::sigaction(SIGTERM, &ending, nullptr);
+    ::sigaction(SIGINT, &ending, nullptr);
+    std::signal(SIGALRM, SIG_DFL);
+    std::signal(SIGPIPE, SIG_IGN);  // whoever read the messages may be gone
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 int serve(const Arguments& arguments)
 {
     namespace sim = rbk::sim;
-    std::signal(SIGPIPE, SIG_IGN);  // whoever read the messages may be gone
-    const sim::Fd ending = signals_to_end();
     std::filesystem::path state = arguments.state;
     if (state.empty()) {
         std::string problem;
@@ -60,6 +84,7 @@ int serve(const Arguments& arguments)
     sim::Scenario scenario = sim::read_scenario(file);
 
     // Socket and terminal first: a start that is refused must not touch the state, which another server may be using.
+    g_has_made_something = true;
     std::string error;
     const std::unique_ptr<sim::Listener> listener = sim::Listener::open(arguments.listen, error);
     std::unique_ptr<sim::AtTerminal> terminal;
@@ -73,30 +98,42 @@ int serve(const Arguments& arguments)
 
     sim::Complaints complaints(say);
     sim::Modem modem(std::move(scenario), state, complaints);
-    modem.loop().watch(ending.get(), EPOLLIN, [&](std::uint32_t) { modem.stop(); });
+    if (!modem.store().is_usable()) return 1;  // it has said why
     listener->serve(modem);
     if (terminal != nullptr) terminal->serve(modem.loop());
+    g_modem = &modem;
+    if (g_asked_to_end) return 0;
     std::puts("ready");
     std::fflush(stdout);
     modem.run();
+    g_modem = nullptr;
     terminal.reset();  // before the loop that it is watched by
     for (const std::string& line : modem.faults().unused()) say(line);
     return 0;
 }
 
-}  // namespace
+constexpr char kHelp[] =
+    R"(Prints "ready" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.
+A socket that no living server holds is taken over; the server's own is removed at the end, and so is PATH.lock
+beside it, which keeps a second server away. The same holds for the terminal's link: one that an ended server has
+left is replaced, and all else that lies there is refused. A folder that others may write to can be kept from you
+by their files: take a private one.
+A command on the terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] doesn't
+name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
+Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there
+are.
+A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.
+What is wrong is told on standard error, each line once, and at most a hundred a minute.
+Exit status: 0 after a signal, when fault rules that never matched are named on standard error (nohup keeps SIGHUP
+away); 1 for a bad scenario, whose file and line are named, and for a socket, a terminal, a home or a state
+directory that can't be had.)";
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
+    handle_signals();
     Arguments arguments;
-    CLI::App app("A simulated modem that serves rbk over a Unix socket until SIGTERM or SIGINT.", "rbk-modem");
-    app.footer(
-        "Prints \"ready\" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.\n"
-        "A socket that no living server holds is taken over; the server's own is removed at the end.\n"
-        "A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.\n"
-        "Exit status: 0 after a signal, when fault rules that never matched are named on standard error;\n"
-        "1 for a bad scenario, whose file and line are named, and for a socket, a terminal or a home directory that\n"
-        "can't be had.");
+    CLI::App app("A simulated modem that serves rbk over a Unix socket until SIGTERM, SIGINT or SIGHUP.", "rbk-modem");
+    app.footer(kHelp);
     app.add_option("--listen", arguments.listen, "where to listen")
         ->type_name("unix:PATH")
         ->required()
@@ -116,12 +153,17 @@ int main(int argc, char** argv)
         return app.exit(error) == 0 ? 0 : 1;
     }
     arguments.listen.erase(0, 5);
+    return serve(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        return serve(arguments);
-    } catch (const rbk::sim::ScenarioError& error) {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
         say(error.what());
-    } catch (const std::system_error& error) {
-        say(error.what());
+        return 1;
     }
-    return 1;
 }

@@ -6,12 +6,13 @@
 #include "platform/link/qmi_frame.h"
 #include "simulator/built_in_phone.h"
 #include "simulator/nv_limits.h"
+#include "simulator/printable.h"
 #include "simulator/scenario_reader.h"
 
 namespace rbk::sim {
 namespace {
 
-constexpr std::size_t kLongestScenarioFile = 16 * 1024 * 1024;  // of EFS: more than a client can write, for its tests
+constexpr std::size_t kLongestScenarioFile = 16UL * 1024 * 1024;  // of EFS: more than a client can write, for its tests
 
 std::string service_names()
 {
@@ -64,6 +65,7 @@ void read_nv(TableReader& file, Scenario& scenario)
 {
     const ScenarioNode* node = file.find("nv");
     if (node == nullptr) return;
+    EachOnce<std::pair<std::uint32_t, std::uint32_t>> once;
     for (const auto& [key, value] : node->table("[nv]")) {
         const std::size_t slash = std::min(key.find('/'), key.size());
         const auto sub = whole_number(std::string_view(key).substr(0, slash), 2);
@@ -73,21 +75,31 @@ void read_nv(TableReader& file, Scenario& scenario)
             value.refuse(key, "\"<sub>/<item>\" with sub 0 or 1 (2 for item 550 alone) and item 0 to " +
                                   std::to_string(kHighestNvItem));
         }
+        once.add(value, key, {*sub, *item});
         scenario.nv[{*sub, *item}] = value.bytes(key, kLongestNvItem);
     }
 }
 
-// Whether a file at `inner` makes a folder of what stands at `outer`.
-bool is_below(const EfsPlace& inner, const EfsPlace& outer)
+// Whether a file at `place` would make a folder of another one, or the other way round.
+bool crosses(const std::map<EfsPlace, Bytes>& files, EfsPlace place)
 {
-    return inner.sub == outer.sub && inner.parts.size() > outer.parts.size() &&
-           std::equal(outer.parts.begin(), outer.parts.end(), inner.parts.begin());
+    const auto next = files.upper_bound(place);  // what lies below a place comes right behind it
+    if (next != files.end() && next->first.sub == place.sub && next->first.parts.size() > place.parts.size() &&
+        std::equal(place.parts.begin(), place.parts.end(), next->first.parts.begin())) {
+        return true;
+    }
+    while (place.parts.size() > 1) {
+        place.parts.pop_back();
+        if (files.contains(place)) return true;
+    }
+    return false;
 }
 
 void read_efs(TableReader& file, Scenario& scenario)
 {
     const ScenarioNode* node = file.find("efs");
     if (node == nullptr) return;
+    EachOnce<EfsPlace> once;
     for (const auto& [key, value] : node->table("[efs]")) {
         const std::size_t colon = std::min(key.find(':'), key.size());
         const auto sub = whole_number(std::string_view(key).substr(0, colon), 1);
@@ -100,12 +112,11 @@ void read_efs(TableReader& file, Scenario& scenario)
             value.refuse(key, "\"<sub>:<path>\" with sub 0 or 1 and the path of a file, at most " +
                                   std::to_string(kLongestEfsPath) + " bytes without ..");
         }
-        for (const auto& [other, bytes] : scenario.efs) {
-            if (is_below(*place, other) || is_below(other, *place)) {
-                value.refuse(key, "the path of a file that neither lies below another one nor holds it");
-            }
+        if (crosses(scenario.efs, *place)) {
+            value.refuse(key, "the path of a file that neither lies below another one nor holds it");
         }
-        scenario.efs.emplace_back(*std::move(place), value.bytes(key, kLongestScenarioFile));
+        once.add(value, key, *place);
+        scenario.efs[*place] = value.bytes(key, kLongestScenarioFile);
     }
 }
 
@@ -195,7 +206,7 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
 {
     TableReader table("[[fault]]", node);
     FaultRule rule;
-    rule.where = node.where;
+    rule.where = printable(node.where);
     rule.service = service_name(table.need("service"), "service");
     read_fault_matching(table, rule);
     read_fault_call(table, rule);

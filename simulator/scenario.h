@@ -55,8 +55,8 @@ struct Scenario {
     std::chrono::milliseconds restart{300};
 
     std::map<std::pair<std::uint32_t, std::uint32_t>, Bytes> nv;  // by subscription and item
-    std::vector<std::pair<EfsPlace, Bytes>> efs;                  // later ones replace earlier ones
-    std::map<std::string, std::string> at;                        // answer by command
+    std::map<EfsPlace, Bytes> efs;
+    std::map<std::string, std::string> at;  // answer by command
     std::vector<UnaskedIndication> indications;
     std::vector<FaultRule> faults;
     std::map<std::string, std::unique_ptr<const ServiceSettings>> settings;  // by service

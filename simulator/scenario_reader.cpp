@@ -12,33 +12,91 @@
 #define TOML_ASSERT(expression) ((expression) ? static_cast<void>(0) : assertion_failed(#expression))
 #include <toml++/toml.h>
 
+#include <fcntl.h>
+
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <cerrno>
+
+#include "simulator/printable.h"
+#include "simulator/scenario_text.h"
+#include "simulator/stored_file.h"
 
 namespace rbk::sim {
 namespace {
 
-constexpr std::int64_t kLongestWaitMs = 24 * 60 * 60 * 1000;
+constexpr std::int64_t kLongestWaitMs = 24L * 60 * 60 * 1000;
+constexpr std::int64_t kMostFilled = 64L * 1024 * 1024;  // bytes, of all fillings together
 
-ScenarioNode convert(const toml::node& from, const std::string& file)
+// The parser's tree as one of our own.
+class Conversion {
+ public:
+    explicit Conversion(const std::string& file) : file_(file) {}
+    ScenarioNode convert(const toml::node& from);
+
+ private:
+    void count_filling(const toml::table& table, const ScenarioNode& node);
+
+    const std::string& file_;
+    std::int64_t room_ = kMostFilled;
+};
+
+ScenarioNode Conversion::convert(const toml::node& from)
 {
-    ScenarioNode node{file + ":" + std::to_string(from.source().begin.line), {}};
+    ScenarioNode node{file_ + ":" + std::to_string(from.source().begin.line), {}};
     if (const auto* flag = from.as_boolean()) node.value = flag->get();
     if (const auto* number = from.as_integer()) node.value = number->get();
     if (const auto* real = from.as_floating_point()) node.value = real->get();
     if (const auto* text = from.as_string()) node.value = text->get();
     if (const auto* list = from.as_array()) {
         ScenarioNode::List values;
-        for (const toml::node& value : *list) values.push_back(convert(value, file));
+        for (const toml::node& value : *list) values.push_back(convert(value));
         node.value = std::move(values);
     }
     if (const auto* table = from.as_table()) {
+        count_filling(*table, node);
         ScenarioNode::Table values;
-        for (const auto& [key, value] : *table) values.emplace(std::string(key.str()), convert(value, file));
+        for (const auto& [key, value] : *table) values.emplace(std::string(key.str()), convert(value));
         node.value = std::move(values);
     }
     return node;
+}
+
+// { fill = byte, size = bytes }: a few letters that ask for much memory.
+void Conversion::count_filling(const toml::table& table, const ScenarioNode& node)
+{
+    const auto* size = table.get_as<std::int64_t>("size");
+    if (size == nullptr || !table.contains("fill") || size->get() <= 0) return;
+    if (size->get() > room_)
+        node.refuse("size", "at most " + std::to_string(kMostFilled) + " bytes of fillings in all");
+    room_ -= size->get();
+}
+
+// The parser tells of a failed assertion without a place. It is in the first line with which the text makes it fail.
+std::size_t line_of_failed_assertion(std::string_view content)
+{
+    const auto fails = [&](std::size_t end) {
+        try {
+            static_cast<void>(toml::parse(content.substr(0, end)));
+        } catch (const toml::parse_error&) {
+        } catch (const std::logic_error&) {
+            return true;
+        }
+        return false;
+    };
+    std::vector<std::size_t> ends;
+    for (std::size_t at = 0; at < content.size(); ends.push_back(at)) {
+        at = std::min(content.find('\n', at), content.size() - 1) + 1;
+    }
+    const auto line = std::partition_point(ends.begin(), ends.end(), [&](std::size_t end) { return !fails(end); });
+    return static_cast<std::size_t>(line - ends.begin()) + 1;
+}
+
+// What is wrong with a file that couldn't be read whole.
+std::string file_expected(int error, std::size_t longest)
+{
+    if (error == -EFBIG) return "expected at most " + std::to_string(longest) + " bytes";
+    if (error == -EISDIR || error == kNoRegularFile) return file_error_text(kNoRegularFile);
+    return "expected a file that can be read: " + file_error_text(error);
 }
 
 int hex_digit(char c)
@@ -75,6 +133,8 @@ std::string joined(const std::vector<std::string>& names)
 }
 
 }  // namespace
+
+ScenarioError::ScenarioError(const std::string& line) : std::runtime_error(printable(line)) {}
 
 void ScenarioNode::refuse(const std::string& key, const std::string& expected) const
 {
@@ -136,31 +196,32 @@ Bytes ScenarioNode::bytes(const std::string& key, std::size_t longest) const
     return Bytes(static_cast<std::size_t>(size), fill);
 }
 
-std::filesystem::path ScenarioNode::beside(const std::string& file) const
+Bytes ScenarioNode::file(const std::string& key, std::size_t longest) const
 {
-    return std::filesystem::path(where.substr(0, where.rfind(':'))).parent_path() / file;
+    const std::string& name = text(key);
+    if (name.find('\0') != std::string::npos) refuse(key, "a file's name, without a zero byte");
+    const std::filesystem::path folder = std::filesystem::path(where.substr(0, where.rfind(':'))).parent_path();
+    StoredValue content = read_whole(open_regular(AT_FDCWD, folder / name, 0), longest);
+    if (content.error != 0) throw ScenarioError(where + ": " + key + ": " + file_expected(content.error, longest));
+    return std::move(content.bytes);
 }
 
 ScenarioNode load_scenario_file(const std::filesystem::path& file)
 {
-    const std::string name = file.string();
-    std::string content;
+    const std::string& name = file.native();
+    const StoredValue content = read_whole(open_regular(AT_FDCWD, name, 0), kLongestScenario);
+    if (content.error != 0) throw ScenarioError(name + ": " + file_expected(content.error, kLongestScenario));
+    const std::string_view text(reinterpret_cast<const char*>(content.bytes.data()), content.bytes.size());
+    check_scenario_text(text, name);
     try {
-        std::ifstream stream;
-        stream.exceptions(std::ios::failbit | std::ios::badbit);
-        stream.open(file, std::ios::binary);
-        content.assign(std::istreambuf_iterator<char>(stream), {});
-    } catch (const std::ios_base::failure&) {
-        throw ScenarioError(name + ": expected a file that can be read");
-    }
-    try {
-        return convert(toml::parse(content, name), name);
+        return Conversion(name).convert(toml::parse(text, name));
     } catch (const toml::parse_error& error) {
-        std::string line(error.description());
-        std::replace(line.begin(), line.end(), '\n', ' ');
-        throw ScenarioError(name + ":" + std::to_string(error.source().begin.line) + ": " + line);
+        // The parser's words about a repeated key show another one.
+        const bool repeated = error.description().find("cannot redefine") != std::string_view::npos;
+        const std::string words = repeated ? "expected each key and table once" : std::string(error.description());
+        throw ScenarioError(name + ":" + std::to_string(error.source().begin.line) + ": " + words);
     } catch (const std::logic_error&) {
-        throw ScenarioError(name + ": expected TOML");
+        throw ScenarioError(name + ":" + std::to_string(line_of_failed_assertion(text)) + ": expected TOML");
     }
 }
 

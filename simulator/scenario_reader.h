@@ -21,7 +21,8 @@ namespace rbk::sim {
 
 class ScenarioError : public std::runtime_error {
  public:
-    using std::runtime_error::runtime_error;
+    // The line may show what stands in the file: its control characters are escaped.
+    explicit ScenarioError(const std::string& line);
 };
 
 // One value of the file. Lists and tables hold their values.
@@ -44,12 +45,26 @@ struct ScenarioNode {
     // Hex text with optional blanks, or { fill = byte, size = bytes }.
     Bytes bytes(const std::string& key, std::size_t longest) const;
 
-    // A file that the scenario names, where its own folder is meant.
-    std::filesystem::path beside(const std::string& file) const;
+    // The content of the regular file that this text names, beside the scenario.
+    Bytes file(const std::string& key, std::size_t longest) const;
 };
 
 // Reads the file. An empty tree for one without content.
 ScenarioNode load_scenario_file(const std::filesystem::path& file);
+
+// Refuses a key that means the same as an earlier one of its table, though it is written in another way.
+template <typename Meaning>
+class EachOnce {
+ public:
+    void add(const ScenarioNode& value, const std::string& key, const Meaning& meaning)
+    {
+        const auto [first, is_new] = keys_.emplace(meaning, key);
+        if (!is_new) value.refuse(key, "each one once, and " + first->second + " is the same");
+    }
+
+ private:
+    std::map<Meaning, std::string> keys_;
+};
 
 // A table with the keys that are known in it. finish() refuses all that wasn't asked for.
 class TableReader {

@@ -7,36 +7,21 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
+#include <charconv>
+#include <csignal>
 #include <system_error>
+
+#include "simulator/printable.h"
 
 namespace rbk::sim {
 namespace {
 
 constexpr char kTemporaries[] = "tmp";
-constexpr std::uint64_t kLongestValue = 16 * 1024 * 1024;  // far above what a modem keeps in one
-
-std::string error_text(int error)
-{
-    return std::generic_category().message(-error);
-}
-
-// For a line on the screen: a client may have put any byte into a name.
-std::string printable(std::string_view text)
-{
-    std::string shown;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            shown += c;
-        } else {
-            char escaped[5];
-            std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
-            shown += escaped;
-        }
-    }
-    return shown;
-}
+// In a root without content: a folder for each build that is under way, and the one that was taken, `whole`.
+constexpr char kUnfinished[] = ".new";
+constexpr char kWhole[] = "whole";
+constexpr char kContent[] = "content";                       // within a build
+constexpr std::uint64_t kLongestValue = 16UL * 1024 * 1024;  // far above what a modem keeps in one
 
 std::vector<std::string> split(std::string_view name)
 {
@@ -49,12 +34,23 @@ std::vector<std::string> split(std::string_view name)
     return parts;
 }
 
+std::atomic<unsigned> names_taken = 0;
+
 // A name for something new. Whoever makes it goes on to the next one where it is taken: a killed process may have had the
 // same number, and where two containers share the directory a living one may have it.
 std::string next_name()
 {
-    static std::atomic<unsigned> last = 0;
-    return std::to_string(::getpid()) + "-" + std::to_string(++last);
+    return std::to_string(::getpid()) + "-" + std::to_string(++names_taken);
+}
+
+// Whether a process that no longer lives has left what has this name.
+bool is_left_over(const std::string& name)
+{
+    int pid = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), pid);
+    if (error != std::errc{} || pid <= 0 || *end != '-') return false;
+    if (pid == ::getpid()) return names_taken == 0;
+    return ::kill(pid, 0) != 0 && errno == ESRCH;
 }
 
 // Goes down from `folder` along the parts before the last `keep`; `folder` is where the way ended.
@@ -86,35 +82,6 @@ int write_all(int fd, ByteView bytes)
     return 0;
 }
 
-StoredFile open_regular(const Fd& folder, const std::string& name)
-{
-    // Not blocking: a person may have left a pipe there, whose open would wait for a writer.
-    Fd fd(::openat(folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!fd.is_open()) return {-errno, {}, 0};
-    struct stat status {};
-    if (::fstat(fd.get(), &status) != 0) return {-errno, {}, 0};
-    if (S_ISDIR(status.st_mode)) return {-EISDIR, {}, 0};
-    if (!S_ISREG(status.st_mode)) return {-EIO, {}, 0};
-    return {0, std::move(fd), static_cast<std::uint64_t>(status.st_size)};
-}
-
-StoredValue read_whole(StoredFile file)
-{
-    if (file.error != 0) return {file.error, {}};
-    if (file.size > kLongestValue) return {-EFBIG, {}};
-    StoredValue value{0, Bytes(file.size)};
-    std::size_t filled = 0;
-    while (filled < value.bytes.size()) {
-        const ssize_t got = ::read(file.fd.get(), value.bytes.data() + filled, value.bytes.size() - filled);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return {-errno, {}};
-        if (got == 0) break;  // somebody shortens it in place
-        filled += static_cast<std::size_t>(got);
-    }
-    value.bytes.resize(filled);
-    return value;
-}
-
 // Writes the value beside its place and renames it into it.
 int replace(const Fd& temporaries, const Fd& folder, const std::string& name, ByteView bytes)
 {
@@ -131,29 +98,72 @@ int replace(const Fd& temporaries, const Fd& folder, const std::string& name, By
     return error;
 }
 
-enum class Folder { fresh, filled, unusable };
+struct Names {
+    int error = 0;
+    std::vector<std::string> names;
+};
 
-Folder look_at(const std::filesystem::path& folder, int& error)
+Names names_in(const std::filesystem::path& folder)
 {
     DIR* entries = ::opendir(folder.c_str());
-    error = entries == nullptr ? -errno : 0;
-    if (entries == nullptr) return error == -ENOENT ? Folder::fresh : Folder::unusable;
-    Folder state = Folder::fresh;
-    while (const dirent* entry = state == Folder::fresh ? ::readdir(entries) : nullptr) {
+    if (entries == nullptr) return {-errno, {}};
+    Names found;
+    errno = 0;
+    while (const dirent* entry = ::readdir(entries)) {
         const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") state = Folder::filled;
+        if (name != "." && name != "..") found.names.emplace_back(name);
     }
+    found.error = -errno;
     ::closedir(entries);
-    return state;
+    return found;
+}
+
+bool has_content(const Names& root)
+{
+    return std::any_of(root.names.begin(), root.names.end(), [](const std::string& name) {
+        return name != kUnfinished && name != "lost+found";  // a new volume's own
+    });
+}
+
+// The folder and those above it. `failed` is the one that can't be made.
+int make_folders(const std::filesystem::path& folder, std::filesystem::path& failed)
+{
+    const auto make = [&] { return ::mkdir(folder.c_str(), 0777) == 0 || errno == EEXIST ? 0 : -errno; };
+    int error = make();
+    if (error == -ENOENT && folder.has_relative_path() && folder.has_parent_path()) {
+        if (const int above = make_folders(folder.parent_path(), failed)) return above;
+        error = make();
+    }
+    if (error != 0) failed = folder;
+    return error;
+}
+
+// Makes a new folder in `folder` and gives its path; empty, with errno set, when that fails.
+std::filesystem::path make_new_folder(const std::filesystem::path& folder)
+{
+    std::filesystem::path made;
+    int result = 0;
+    do {
+        made = folder / next_name();
+        result = ::mkdir(made.c_str(), 0777);
+    } while (result != 0 && errno == EEXIST);
+    return result == 0 ? made : std::filesystem::path{};
 }
 
 }  // namespace
 
 StateStore::StateStore(std::filesystem::path root, Complaints& complaints)
-    : root_(std::move(root)), complaints_(complaints)
+    : root_(std::move(root)), shown_(root_.string()), complaints_(complaints)
 {
-    if (!root_.has_filename()) root_ = root_.parent_path();  // "state/": the build beside needs the last name
 }
+
+// ---- A fresh root ----
+//
+// The content is built within the root, which may be all that the process can write to (a volume of its own), in a folder
+// that no other process uses, .new/PID-N. One rename takes a build, and refuses all others: .new/whole is there. What it
+// holds is then moved to the root, entry by entry, by whoever finds it there, so that a kill at any moment is made good
+// by the next start. At last .new goes away as a whole, and with it builds that came too late: none of them can be taken
+// any more, for the name .new that their renames go through is gone, or is another folder.
 
 bool StateStore::prepare(const std::function<bool(StateStore& fresh)>& fill)
 {
@@ -161,42 +171,100 @@ bool StateStore::prepare(const std::function<bool(StateStore& fresh)>& fill)
         broken_ = true;  // whoever had no place to name has said so
         return false;
     }
-    int error = 0;
-    const Folder state = look_at(root_, error);
-    if (state == Folder::filled) return true;
-    if (state == Folder::unusable) {
-        broken_ = true;
-        complain("", error);
-        return false;
+    Names there = names_in(root_);
+    if (there.error == -ENOENT) {
+        std::error_code failure;
+        const std::filesystem::path place = std::filesystem::weakly_canonical(root_, failure);  // a link stays a link
+        std::filesystem::path failed;
+        const int error = make_folders(failure ? root_ : place, failed);
+        if (error != 0) return give_up(failed, error);
+        there = names_in(root_);
+    }
+    if (there.error != 0) return give_up(root_, there.error);
+    if (!has_content(there)) return build(fill) && take_whole();
+    if (std::find(there.names.begin(), there.names.end(), kUnfinished) != there.names.end()) return take_whole();
+    sweep();
+    return true;
+}
+
+// False when no build can be had. True doesn't tell whose it is.
+bool StateStore::build(const std::function<bool(StateStore& fresh)>& fill)
+{
+    const std::filesystem::path unfinished = root_ / kUnfinished;
+    std::filesystem::path own;
+    do {
+        if (::mkdir(unfinished.c_str(), 0777) != 0 && errno != EEXIST) return give_up(root_, -errno);
+        own = make_new_folder(unfinished);
+    } while (own.empty() && errno == ENOENT);  // another start has just done with .new
+    if (own.empty()) return give_up(root_, -errno);
+    // Looked at again, now that this build can go nowhere but into the .new that it stands in: while the root is without
+    // content, no build has been taken from there.
+    if (::access((unfinished / kWhole).c_str(), F_OK) == 0 || has_content(names_in(root_))) {
+        ::rmdir(own.c_str());
+        return true;
     }
 
-    std::error_code failed;
-    const std::filesystem::path place = std::filesystem::weakly_canonical(root_, failed);  // a link stays a link
-    if (!failed) root_ = place;
-    std::filesystem::create_directories(root_.parent_path(), failed);  // when it fails, so does the next step
-    std::filesystem::path beside;
-    bool made = false;
-    do {
-        beside = root_.parent_path() / ("." + root_.filename().string() + "-" + next_name());
-        made = ::mkdir(beside.c_str(), 0777) == 0;
-    } while (!made && errno == EEXIST);
-    error = made ? 0 : -errno;
-    StateStore fresh(beside, complaints_);
-    if (made && !fill(fresh)) {
-        broken_ = true;  // and `fresh` has complained
-    } else if (made && ::rename(beside.c_str(), root_.c_str()) == 0) {
-        return true;
-    } else if (made) {
-        error = -errno;
-    }
-    if (made) std::filesystem::remove_all(beside, failed);
-    if (error == -ENOTEMPTY || error == -EEXIST) return true;  // another modem has filled it meanwhile
-    if (error != 0) {
-        broken_ = true;
-        complain("", error);
-    }
-    return !broken_;
+    std::vector<std::string> lines;
+    Complaints aside([&lines](const std::string& line) { lines.push_back(line); });
+    StateStore fresh(own / kContent, aside);
+    fresh.shown_ = shown_;
+    fresh.filling_ = true;
+    int error = ::mkdir(fresh.root_.c_str(), 0777) == 0 ? 0 : -errno;
+    const bool filled = error == 0 && fill(fresh);
+    if (filled && ::rename(own.c_str(), (unfinished / kWhole).c_str()) == 0) return true;
+    if (filled) error = -errno;
+
+    const bool too_late = error == -ENOTEMPTY || error == -EEXIST || ::access(own.c_str(), F_OK) != 0;
+    std::error_code ignored;
+    std::filesystem::remove_all(own, ignored);
+    if (too_late) return true;
+    ::rmdir(unfinished.c_str());
+    if (error != 0) return give_up(root_, error);
+    broken_ = true;
+    for (const std::string& line : lines) complaints_.say(line);
+    return false;
 }
+
+bool StateStore::take_whole()
+{
+    const std::filesystem::path unfinished = root_ / kUnfinished;
+    const std::filesystem::path content = unfinished / kWhole / kContent;
+    for (const std::string& name : names_in(content).names) {
+        if (::rename((content / name).c_str(), (root_ / name).c_str()) == 0) continue;
+        // Another start has been quicker, or a person, and what they have put there stays.
+        if (errno != ENOENT && errno != ENOTEMPTY && errno != EEXIST && errno != ENOTDIR && errno != EISDIR) {
+            return give_up(root_ / name, -errno);
+        }
+    }
+    const std::filesystem::path temporaries = root_ / kTemporaries;
+    int error = ::mkdir(temporaries.c_str(), 0777) == 0 || errno == EEXIST ? 0 : -errno;
+    const std::filesystem::path away = error == 0 ? make_new_folder(temporaries) : "";
+    if (error == 0 && (away.empty() || ::rename(unfinished.c_str(), away.c_str()) != 0)) error = -errno;
+    std::error_code ignored;
+    if (!away.empty()) std::filesystem::remove_all(away, ignored);
+    // The content is whole without that; the next start tries again.
+    if (error != 0 && error != -ENOENT) complaints_.say(printable(unfinished.string()) + ": " + file_error_text(error));
+    return true;
+}
+
+// What killed processes have left among the temporaries.
+void StateStore::sweep()
+{
+    const std::filesystem::path temporaries = root_ / kTemporaries;
+    for (const std::string& name : names_in(temporaries).names) {
+        std::error_code ignored;
+        if (is_left_over(name)) std::filesystem::remove_all(temporaries / name, ignored);
+    }
+}
+
+bool StateStore::give_up(const std::filesystem::path& place, int error)
+{
+    broken_ = true;
+    complaints_.say(printable(place.string()) + ": " + file_error_text(error));
+    return false;
+}
+
+// ---- Values ----
 
 StoredValue StateStore::read(std::string_view name)
 {
@@ -205,7 +273,7 @@ StoredValue StateStore::read(std::string_view name)
     if (open_folder("", false, folder) != 0) return {-EIO, {}};
     const int error = descend(folder, parts, 1, false);
     if (error != 0) return {error == -ENOENT ? error : complain(name, error), {}};
-    StoredValue value = read_whole(open_regular(folder, parts.back()));
+    StoredValue value = read_whole(open_regular(folder.get(), parts.back(), O_NOFOLLOW), kLongestValue);
     if (value.error != 0 && value.error != -ENOENT) value.error = complain(name, value.error);
     return value;
 }
@@ -229,7 +297,7 @@ StoredFile StateStore::open_in(std::string_view base, const std::vector<std::str
     if (error != 0) return {error, {}, 0};
     const int lost = descend(folder, parts, 1, false);
     if (lost != 0) return {judge(base, parts, lost), {}, 0};
-    StoredFile file = open_regular(folder, parts.back());
+    StoredFile file = open_regular(folder.get(), parts.back(), O_NOFOLLOW);
     if (file.error != 0) file.error = judge(base, parts, file.error);
     return file;
 }
@@ -242,7 +310,10 @@ int StateStore::write_in(std::string_view base, const std::vector<std::string>& 
     if (error == 0) error = open_folder(kTemporaries, true, temporaries);
     if (error != 0) return error;
     error = descend(folder, parts, 1, true);
-    return judge(base, parts, error != 0 ? error : replace(temporaries, folder, parts.back(), bytes));
+    if (error == 0) error = replace(temporaries, folder, parts.back(), bytes);
+    // A modem of another container, which doesn't see this process, may have swept the new file away.
+    if (error == -ENOENT) error = replace(temporaries, folder, parts.back(), bytes);
+    return judge(base, parts, error);
 }
 
 int StateStore::remove_in(std::string_view base, const std::vector<std::string>& parts)
@@ -267,17 +338,17 @@ int StateStore::open_folder(std::string_view base, bool make, Fd& folder)
 
 int StateStore::complain(std::string_view name, int error)
 {
-    std::string line = root_.string();
+    std::string line = shown_;
     if (!name.empty()) line.append("/").append(name);
-    complaints_.say(printable(line) + ": " + error_text(error));
+    complaints_.say(printable(line) + ": " + file_error_text(error));
     return -EIO;
 }
 
 // What a client may hear of trouble within its tree; all that isn't its own doing is -EIO and a complaint.
 int StateStore::judge(std::string_view base, const std::vector<std::string>& parts, int error)
 {
-    switch (-error) {
-    case 0:
+    if (error == 0) return 0;
+    switch (filling_ ? EIO : -error) {
     case ENOENT:
     case ENOTDIR:
     case EISDIR:

@@ -16,30 +16,20 @@
 #include "platform/link/bytes.h"
 #include "simulator/complaints.h"
 #include "simulator/fd.h"
+#include "simulator/stored_file.h"
 
 namespace rbk::sim {
-
-// Errors are negative numbers of <errno.h>, 0 is success.
-struct StoredFile {
-    int error = 0;
-    Fd fd;
-    std::uint64_t size = 0;
-};
-
-struct StoredValue {
-    int error = 0;
-    Bytes bytes;
-};
 
 class StateStore {
  public:
     // Nothing is opened or read here. `complaints` hears of each file that can't be read or written.
     StateStore(std::filesystem::path root, Complaints& complaints);
 
-    // Makes a missing or empty root: builds it beside, lets `fill` put content into it, and renames it into place. When
-    // another process was quicker, its content stays. False when there is no root to work with; from then on every
-    // operation answers -EIO.
+    // Fills a missing or empty root with what `fill` puts into a store of its own. When another process was quicker, its
+    // content stays. False, after a complaint, when there is no root to work with; from then on every operation answers
+    // -EIO. `fill` gives up at the first failure, which has been told.
     bool prepare(const std::function<bool(StateStore& fresh)>& fill);
+    bool is_usable() const { return !broken_; }
 
     // A value by its name ("nv/0/550"). -ENOENT when there is none; -EIO, after a complaint, for any other trouble.
     StoredValue read(std::string_view name);
@@ -54,13 +44,20 @@ class StateStore {
     int remove_in(std::string_view base, const std::vector<std::string>& parts);
 
  private:
+    bool build(const std::function<bool(StateStore& fresh)>& fill);
+    bool take_whole();
+    void sweep();
+    bool give_up(const std::filesystem::path& place, int error);
+
     int open_folder(std::string_view base, bool make, Fd& folder);
     int complain(std::string_view name, int error);
     int judge(std::string_view base, const std::vector<std::string>& parts, int error);
 
     std::filesystem::path root_;
+    std::string shown_;  // the root's name in complaints
     Complaints& complaints_;
     bool broken_ = false;
+    bool filling_ = false;  // there is no client to hear of any error
 };
 
 }  // namespace rbk::sim

@@ -219,8 +219,10 @@ StatsSamples read_stats_samples(TableReader* file)
         const std::string name = "sub" + std::to_string(sub);
         const ScenarioNode* rows = stats.find(name);
         if (rows == nullptr) continue;
+        EachOnce<std::uint32_t> once;
         for (const auto& [key, row] : rows->table("[stats." + name + "]")) {
             const std::uint32_t parameter = read_parameter(key, row);
+            once.add(row, key, parameter);
             samples[{sub, parameter}] = read_sample(key, parameter, row);
         }
     }

@@ -10,6 +10,8 @@
  * Callbacks run on the library's own thread, one at a time and under no lock of the library. They may call nothing of
  * the library. `ptr` lives for the call only, and isn't null, also for a packet without bytes.
  *
+ * At the end of the process the library ends as the QMI client library does: see qmi_client.h.
+ *
  * Codes: diag_callback_send_data answers 0 for success; the DCI operations DIAG_DCI_NO_ERROR. Any other number is a
  * failure: DIAG_REFUSED with `errno` set when the library itself refuses (ENOTCONN not started or modem gone, EBADF
  * unknown client, EINVAL bad argument, EMSGSIZE too long, ETIMEDOUT no word from the modem), else the modem's own code. */

@@ -6,7 +6,11 @@
  * A handle is a name that the library looks up and never follows: a released one is refused with -1.
  *
  * Callbacks run on the library's own thread, one at a time and never under a lock of the library. They may decode and
- * may release; a synchronous send from a callback is refused with -1, since the answer couldn't be awaited there. */
+ * may release; a synchronous send from a callback is refused with -1, since the answer couldn't be awaited there.
+ *
+ * The library ends in an exit handler registered at its first use, so before the caller's file-scope objects go. A callback
+ * that runs then is waited for, up to a second. From then on calls of the thread that ends the process fail, and wait for
+ * nothing; one of any other thread, also one that is under way, doesn't return. */
 #ifndef QMI_CLIENT_H
 #define QMI_CLIENT_H
 
@@ -114,8 +118,10 @@ int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, cons
 int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_message kind, uint32_t msg_id,
                                   const void *raw, uint32_t raw_len, void *structure, uint32_t size);
 
-/* Closes a client or a notifier. Requests in flight on it end with -2. No callback of it runs once this has returned;
- * one that is running is waited for, except from within it.
+/* Closes a client or a notifier. Requests in flight on it end with -2. No callback of it runs once this has returned: one
+ * that is running is waited for, and where its service has gone and that hasn't been told yet, its error callback comes
+ * first. Indications that wait are dropped. Since callbacks come one at a time, the caller may hold no lock that a callback
+ * of any client takes. From within a callback, of this client or another, nothing is waited for or told.
  * Result: 0, or -1 for a handle that is unknown or released already. Threads: any. */
 int32_t qmi_client_release(qmi_client_handle client);
 

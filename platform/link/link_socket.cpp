@@ -3,10 +3,12 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/uio.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -106,28 +108,8 @@ Address LinkSocket::local() const
 
 SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wait) const
 {
-    std::uint8_t prefix[kAddressSize];
-    store_le(prefix, peer.node);
-    store_le(prefix + 4, peer.port);
-    sockaddr_qrtr address{};
-    address.sq_family = AF_QIPCRTR;
-    address.sq_node = peer.node;
-    address.sq_port = peer.port;
-
-    iovec pieces[] = {{prefix, sizeof prefix},
-                      {const_cast<std::uint8_t*>(head.data()), head.size()},
-                      {const_cast<std::uint8_t*>(body.data()), body.size()}};
-    msghdr message{};
-    message.msg_iov = pieces;
-    message.msg_iovlen = 3;
-    if (carrier_ == Carrier::qrtr) {
-        message.msg_name = &address;
-        message.msg_namelen = sizeof address;
-        message.msg_iov = pieces + 1;
-        message.msg_iovlen = 2;
-    }
     const int flags = MSG_NOSIGNAL | (wait ? 0 : MSG_DONTWAIT);
-    while (::sendmsg(fd_, &message, flags) < 0) {
+    while (send_once(peer, head, body, flags) < 0) {
         if (errno == EINTR) continue;
         return errno == EAGAIN || errno == EWOULDBLOCK || errno == ENOBUFS ? SendResult::would_block
                                                                            : SendResult::closed;
@@ -135,33 +117,76 @@ SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wai
     return SendResult::sent;
 }
 
-std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool& closed) const
+ssize_t LinkSocket::send_once(Address peer, ByteView head, ByteView body, int flags) const
 {
-    sockaddr_qrtr address{};
-    iovec room{buffer.data(), buffer.size()};
+    const std::size_t size = kAddressSize + head.size() + body.size();
+    std::uint8_t prefix[kAddressSize];
+    store_le(prefix, peer.node);
+    store_le(prefix + 4, peer.port);
+    iovec pieces[] = {{prefix, sizeof prefix},
+                      {const_cast<std::uint8_t*>(head.data()), head.size()},
+                      {const_cast<std::uint8_t*>(body.data()), body.size()}};
+    // Most datagrams are short, and cost less put together here than as pieces that the kernel has to look at.
+    std::uint8_t whole[1024];
+    if (carrier_ == Carrier::seqpacket && size <= sizeof whole) {
+        std::uint8_t* end = whole;
+        for (const iovec& piece : pieces)
+            end = std::copy_n(static_cast<const std::uint8_t*>(piece.iov_base), piece.iov_len, end);
+        return ::send(fd_, whole, size, flags);
+    }
+
     msghdr message{};
-    message.msg_iov = &room;
-    message.msg_iovlen = 1;
+    message.msg_iov = pieces;
+    message.msg_iovlen = 3;
+    sockaddr_qrtr address{};
     if (carrier_ == Carrier::qrtr) {
+        address.sq_family = AF_QIPCRTR;
+        address.sq_node = peer.node;
+        address.sq_port = peer.port;
         message.msg_name = &address;
         message.msg_namelen = sizeof address;
+        message.msg_iov = pieces + 1;
+        message.msg_iovlen = 2;
     }
+    return ::sendmsg(fd_, &message, flags);
+}
+
+std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool& closed, bool wait) const
+{
+    Address peer;
     // Under the address sanitizer the room behind a datagram is out of bounds: an earlier one's bytes stand there, which
     // would hide a read past its end.
     ASAN_UNPOISON_MEMORY_REGION(buffer.data(), buffer.size());
     ssize_t received;
     do {
-        received = ::recvmsg(fd_, &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
+        received = receive_once(buffer, peer, wait ? 0 : MSG_DONTWAIT);
     } while (received < 0 && errno == EINTR);
 
     closed = received == 0 ? carrier_ == Carrier::seqpacket : received < 0 && errno != EAGAIN && errno != EWOULDBLOCK;
-    if (received <= 0 || (message.msg_flags & MSG_TRUNC) != 0) return std::nullopt;
+    if (received <= 0 || static_cast<std::size_t>(received) > buffer.size()) return std::nullopt;
     const ByteView bytes(buffer.data(), static_cast<std::size_t>(received));
     ASAN_POISON_MEMORY_REGION(bytes.data() + bytes.size(), buffer.size() - bytes.size());
-    if (carrier_ == Carrier::qrtr) return Datagram{{address.sq_node, address.sq_port}, bytes};
+    if (carrier_ == Carrier::qrtr) return Datagram{peer, bytes};
     if (bytes.size() < kAddressSize) return std::nullopt;
     return Datagram{{load_le<std::uint32_t>(&bytes[0]), load_le<std::uint32_t>(&bytes[4])},
                     bytes.subspan(kAddressSize)};
+}
+
+// The datagram's own length, also when the buffer has no room for all of it.
+ssize_t LinkSocket::receive_once(std::span<std::uint8_t> buffer, Address& peer, int flags) const
+{
+    if (carrier_ == Carrier::seqpacket) return ::recv(fd_, buffer.data(), buffer.size(), flags | MSG_TRUNC);
+    sockaddr_qrtr address{};
+    iovec room{buffer.data(), buffer.size()};
+    msghdr message{};
+    message.msg_iov = &room;
+    message.msg_iovlen = 1;
+    message.msg_name = &address;
+    message.msg_namelen = sizeof address;
+    const ssize_t received = ::recvmsg(fd_, &message, flags);
+    peer = {address.sq_node, address.sq_port};
+    // QRTR tells of a cut, and not of the length.
+    return received > 0 && (message.msg_flags & MSG_TRUNC) != 0 ? received + 1 : received;
 }
 
 void LinkSocket::wait(int timeout_ms) const
@@ -174,8 +199,9 @@ void LinkSocket::wait(int timeout_ms) const
 
 bool LinkSocket::make_wakeable()
 {
+    const timeval turn{0, std::chrono::microseconds(kTurn).count()};
     wake_fd_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    return wake_fd_ >= 0;
+    return wake_fd_ >= 0 && ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &turn, sizeof turn) == 0;
 }
 
 void LinkSocket::wake() const

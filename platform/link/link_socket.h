@@ -2,8 +2,10 @@
 #pragma once
 
 #include <linux/qrtr.h>
+#include <sys/types.h>
 
 #include <array>
+#include <chrono>
 #include <compare>
 #include <cstdint>
 #include <optional>
@@ -51,6 +53,7 @@ struct Datagram {
 class LinkSocket {
  public:
     enum class Carrier { seqpacket, qrtr };
+    static constexpr std::chrono::milliseconds kTurn{100};
 
     LinkSocket() = default;
     LinkSocket(int fd, Carrier carrier) : fd_(fd), carrier_(carrier) {}
@@ -70,19 +73,24 @@ class LinkSocket {
 
     // Sends head and body as one datagram. Blocks while the queue is full unless `wait` is false.
     SendResult send(Address peer, ByteView head, ByteView body, bool wait) const;
-    // The next datagram, without waiting for one. Empty when there is none, when the far end has closed (`closed` is
-    // set) or when the datagram had no address or was longer than the buffer. The buffer is a block of the heap: under the
-    // address sanitizer what lies behind the datagram is out of bounds until the next call, or the block's end.
-    std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool& closed) const;
+    // The next datagram. Empty when there is none, when the far end has closed (`closed` is set) or when the datagram
+    // had no address or was longer than the buffer. With `wait` it waits for one, kTurn at the longest: that costs a
+    // system call less than wait() and then receive(), but no wake-up ends it. The buffer is a block of the heap: under
+    // the address sanitizer what lies behind the datagram is out of bounds until the next call, or the block's end.
+    std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool& closed, bool wait = false) const;
     // Waits for a datagram, an end or a wake-up, at most `timeout_ms` milliseconds.
     void wait(int timeout_ms) const;
-    // Ends a wait that another thread is in, or else the next one. Without effect before make_wakeable().
+    // Ends a wait() that another thread is in, or else the next one. Without effect before make_wakeable().
     void wake() const;
+    // For the end that waits; false when the system has no descriptor left.
     bool make_wakeable();
     // Ends the connection for both ends, where the carrier has one.
     void shut_down() const;
 
  private:
+    ssize_t send_once(Address peer, ByteView head, ByteView body, int flags) const;
+    ssize_t receive_once(std::span<std::uint8_t> buffer, Address& peer, int flags) const;
+
     int fd_ = -1;
     int wake_fd_ = -1;  // an event beside the socket
     Carrier carrier_ = Carrier::seqpacket;

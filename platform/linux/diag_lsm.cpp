@@ -7,19 +7,14 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <map>
-#include <mutex>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 #include "platform/link/diag_frame.h"
-#include "platform/linux/callback_thread.h"
+#include "platform/linux/callback_queue.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/modem_link.h"
 
@@ -73,9 +68,8 @@ struct Pending {
 struct Packet {
     DiagHead head;
     Bytes bytes;
+    std::size_t size() const { return sizeof(Packet) + bytes.size(); }
 };
-
-thread_local bool on_callback_thread = false;
 
 class DiagLibrary final : public LinkListener {
  public:
@@ -98,38 +92,34 @@ class DiagLibrary final : public LinkListener {
 
     void on_datagram(const Server& from, ByteView bytes) override;
     void on_server_gone(const Server& server) override;
+    void on_process_end() override;
 
  private:
     DiagLibrary();
-    void stop();
-    std::optional<DiagHead> call(std::unique_lock<std::mutex>& lock, DiagHead head, ByteView bytes = {})
-        REQUIRES(mutex_);
-    std::optional<DiagHead> exchange(std::unique_lock<std::mutex>& lock, const Server& modem, DiagHead head,
-                                     ByteView bytes) REQUIRES(mutex_);
+    std::optional<DiagHead> call(DiagHead head, ByteView bytes = {}) REQUIRES(mutex_);
+    std::optional<DiagHead> exchange(const Server& modem, DiagHead head, ByteView bytes) REQUIRES(mutex_);
     DciClient* find_client(std::int32_t id) REQUIRES(mutex_);
     void finish(Pending& pending, std::optional<DiagHead> answer) REQUIRES(mutex_);
     void fail_pending() REQUIRES(mutex_);
-    bool start_callbacks() REQUIRES(mutex_);
     void call_callbacks() REQUIRES(mutex_);
-    void await_callback_end(std::unique_lock<std::mutex>& lock) REQUIRES(mutex_);
+    void await_callback_end() REQUIRES(mutex_);
     void run_callbacks();
-    void deliver(std::unique_lock<std::mutex>& lock, Packet& packet) REQUIRES(mutex_);
+    void deliver(Packet& packet) REQUIRES(mutex_);
 
     ModemLink& link_;
 
-    std::mutex mutex_;
+    Mutex mutex_;
     std::optional<Session> session_ GUARDED_BY(mutex_);
     std::vector<Pending*> pending_ GUARDED_BY(mutex_);
     std::uint16_t last_sequence_ GUARDED_BY(mutex_) = 0;
     std::int32_t last_client_ GUARDED_BY(mutex_) = 0;
 
-    std::thread callbacks_ GUARDED_BY(mutex_);
-    std::deque<Packet> packets_ GUARDED_BY(mutex_);
+    LibraryThread callbacks_;
+    CallbackQueue<Packet> packets_ GUARDED_BY(mutex_);
     std::atomic<bool> called_ = false;  // the callback thread is to look around
-    std::condition_variable session_came_;
-    std::condition_variable callback_ended_;
+    Condition session_came_;
+    Condition callback_ended_;
     bool in_callback_ GUARDED_BY(mutex_) = false;
-    bool stopped_ GUARDED_BY(mutex_) = false;
 };
 
 std::int32_t refused(int error)
@@ -142,11 +132,7 @@ std::int32_t refused(int error)
 
 DiagLibrary& DiagLibrary::get()
 {
-    static DiagLibrary* const library = [] {
-        auto* built = new DiagLibrary;  // never destroyed: detached workers may come after the end of main
-        std::atexit([] { get().stop(); });
-        return built;
-    }();
+    static DiagLibrary* const library = new DiagLibrary;  // never destroyed, as the link isn't
     return *library;
 }
 
@@ -155,29 +141,29 @@ DiagLibrary::DiagLibrary() : link_(ModemLink::get())
     link_.add_listener(*this);
 }
 
-void DiagLibrary::stop()
+void DiagLibrary::on_process_end()
 {
-    std::unique_lock lock(mutex_);
-    stopped_ = true;
-    packets_.clear();
-    call_callbacks();
-    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return !in_callback_; });
+    {
+        const MutexLock lock(mutex_);
+        call_callbacks();
+        callback_ended_.notify_all();
+    }
+    callbacks_.await_end();
 }
 
 // ---- Calls ----
 
 // The modem's answer; nothing, with errno, when there is none to be had.
-std::optional<DiagHead> DiagLibrary::call(std::unique_lock<std::mutex>& lock, DiagHead head, ByteView bytes)
+std::optional<DiagHead> DiagLibrary::call(DiagHead head, ByteView bytes)
 {
-    if (!session_ || session_->gone || stopped_ || on_callback_thread) {
+    if (!session_ || session_->gone || process_ends() || callbacks_.is_current()) {
         errno = ENOTCONN;
         return std::nullopt;
     }
-    return exchange(lock, session_->modem, head, bytes);
+    return exchange(session_->modem, head, bytes);
 }
 
-std::optional<DiagHead> DiagLibrary::exchange(std::unique_lock<std::mutex>& lock, const Server& modem, DiagHead head,
-                                              ByteView bytes)
+std::optional<DiagHead> DiagLibrary::exchange(const Server& modem, DiagHead head, ByteView bytes)
 {
     const Deadline deadline = steady_clock::now() + kAnswerBound;
     head.sequence = ++last_sequence_;
@@ -186,13 +172,14 @@ std::optional<DiagHead> DiagLibrary::exchange(std::unique_lock<std::mutex>& lock
     pending_.push_back(&pending);
     const link::Address address = modem.address;
 
-    lock.unlock();
+    mutex_.unlock();
     const auto head_bytes = link::pack_diag(head);
     const std::int32_t sent = link_.send(address, head_bytes, bytes, deadline, [&](LinkTrace& trace) {
+        trace.assert_locked();
         if (!bytes.empty()) trace.diag(Direction::to_modem, bytes);
     });
     const bool done = sent == 0 && link_.wait(pending.done, deadline);
-    lock.lock();
+    mutex_.lock();
     std::erase(pending_, &pending);
     if (!pending.answer) errno = done || sent == ModemLink::kModemGone ? ENOTCONN : ETIMEDOUT;
     return pending.answer;
@@ -214,19 +201,19 @@ void DiagLibrary::fail_pending()
 
 bool DiagLibrary::start()
 {
-    std::unique_lock lock(mutex_);
-    if (stopped_ || on_callback_thread) return false;
+    const MutexLock lock(mutex_);
+    if (process_ends() || callbacks_.is_current()) return false;
     if (session_ && !session_->gone) return true;
-    lock.unlock();
     std::vector<Server> servers;
-    if (link_.list_servers(link::kDiagService, servers) != 0 || servers.empty()) return false;
-    lock.lock();
+    {
+        const MutexUnlock unlocked(mutex_);
+        if (link_.list_servers(link::kDiagService, servers) != 0 || servers.empty()) return false;
+    }
     // Not yet a session: packets and calls of others are refused until the modem has agreed.
-    const auto answer =
-        exchange(lock, servers.front(), {DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_init)}, {});
+    const auto answer = exchange(servers.front(), {DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_init)}, {});
     if (!answer || answer->code != link::kDiagSuccess) return false;
     if (session_ && !session_->gone) return true;  // another thread was quicker
-    if (!start_callbacks()) return false;
+    if (!callbacks_.start("diag callbacks", [this] { run_callbacks(); })) return false;
     session_.emplace();
     session_->modem = servers.front();
     session_->remote_mask = static_cast<std::uint16_t>(answer->value);
@@ -237,19 +224,19 @@ bool DiagLibrary::start()
 
 bool DiagLibrary::stop_session()
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     const bool started = session_.has_value();
     const std::optional<Session> ended = std::exchange(session_, std::nullopt);
     packets_.clear();
     fail_pending();
     call_callbacks();
-    if (ended && !ended->gone && !stopped_) {
-        lock.unlock();
+    if (ended && !ended->gone && !process_ends()) {
+        mutex_.unlock();
         const auto head = link::pack_diag({DiagKind::call, static_cast<std::uint8_t>(DiagCall::lsm_deinit)});
         link_.send(ended->modem.address, head, {}, steady_clock::now() + kAnswerBound, [](LinkTrace&) {});
-        lock.lock();
+        mutex_.lock();
     }
-    await_callback_end(lock);
+    await_callback_end();
     return started;
 }
 
@@ -257,7 +244,7 @@ bool DiagLibrary::stop_session()
 
 std::int32_t DiagLibrary::set_logging_mode(std::int32_t mode)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!session_) return refused(ENOTCONN);
     session_->logging_mode = mode;
     return link::kDiagSuccess;
@@ -265,7 +252,7 @@ std::int32_t DiagLibrary::set_logging_mode(std::int32_t mode)
 
 std::int32_t DiagLibrary::set_callback(std::int32_t processor, diag_packet_cb callback, void* context)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!session_) return refused(ENOTCONN);
     session_->callbacks[static_cast<std::size_t>(processor)] = {callback, context};
     return link::kDiagSuccess;
@@ -273,7 +260,7 @@ std::int32_t DiagLibrary::set_callback(std::int32_t processor, diag_packet_cb ca
 
 std::int32_t DiagLibrary::remote_mask(std::uint16_t& mask)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!session_) return refused(ENOTCONN);
     mask = session_->remote_mask;
     return link::kDiagSuccess;
@@ -281,8 +268,8 @@ std::int32_t DiagLibrary::remote_mask(std::uint16_t& mask)
 
 std::int32_t DiagLibrary::send(ByteView request)
 {
-    std::unique_lock lock(mutex_);
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::send)}, request);
+    const MutexLock lock(mutex_);
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::send)}, request);
     return answer ? answer->code : DIAG_REFUSED;
 }
 
@@ -302,9 +289,9 @@ DciClient* DiagLibrary::find_client(std::int32_t id)
 
 std::int32_t DiagLibrary::register_client(std::int32_t& id, std::uint16_t peripherals, std::int32_t os_params)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     const std::int32_t wanted = ++last_client_;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_register), 0, wanted});
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_register), 0, wanted});
     if (!answer) return DIAG_REFUSED;
     if (answer->code != link::kDciSuccess) return answer->code;
     if (!session_) return refused(ENOTCONN);  // stopped meanwhile
@@ -317,18 +304,18 @@ std::int32_t DiagLibrary::register_client(std::int32_t& id, std::uint16_t periph
 
 std::int32_t DiagLibrary::set_signal(std::int32_t id, std::int32_t signal)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     DciClient* client = find_client(id);
     if (client == nullptr) return DIAG_REFUSED;
     client->signal = signal;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_signal), 0, id, signal});
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_signal), 0, id, signal});
     return answer ? answer->code : DIAG_REFUSED;
 }
 
 std::int32_t DiagLibrary::support_list(std::uint16_t& peripherals)
 {
-    std::unique_lock lock(mutex_);
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_support)});
+    const MutexLock lock(mutex_);
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_support)});
     if (!answer) return DIAG_REFUSED;
     if (answer->code == link::kDciSuccess) peripherals = static_cast<std::uint16_t>(answer->value);
     return answer->code;
@@ -336,40 +323,40 @@ std::int32_t DiagLibrary::support_list(std::uint16_t& peripherals)
 
 std::int32_t DiagLibrary::start_streams(std::int32_t id, diag_dci_stream_cb log, diag_dci_stream_cb event)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     DciClient* client = find_client(id);
     if (client == nullptr) return DIAG_REFUSED;
     client->log = log;
     client->event = event;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_stream), 0, id});
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_stream), 0, id});
     return answer ? answer->code : DIAG_REFUSED;
 }
 
 std::int32_t DiagLibrary::send_dci(std::int32_t id, ByteView request, std::span<std::uint8_t> packet_room,
                                    diag_dci_response_cb callback, void* context)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     DciClient* client = find_client(id);
     if (client == nullptr) return DIAG_REFUSED;
     // Before the send: the answer's first packet may be here before the call's own answer is.
     client->response = callback;
     client->context = context;
     client->packet_room = packet_room;
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_send), 0, id}, request);
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_send), 0, id}, request);
     return answer ? answer->code : DIAG_REFUSED;
 }
 
 std::int32_t DiagLibrary::release_client(std::int32_t& id)
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     if (find_client(id) == nullptr) {
         id = 0;
         return DIAG_REFUSED;
     }
     const std::int32_t ended = std::exchange(id, 0);
     session_->dci_clients.erase(ended);
-    await_callback_end(lock);
-    const auto answer = call(lock, {DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_release), 0, ended});
+    await_callback_end();
+    const auto answer = call({DiagKind::call, static_cast<std::uint8_t>(DiagCall::dci_release), 0, ended});
     return answer ? answer->code : DIAG_REFUSED;
 }
 
@@ -381,13 +368,15 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
     const auto frame = link::parse_diag(bytes);
     if (!frame || frame->head.kind == DiagKind::call) return;
     if (frame->head.kind == DiagKind::packet) {
-        const auto traced = link_.trace().lock();
-        link_.trace().diag(Direction::from_modem, frame->bytes);
+        if (LinkTrace& trace = link_.trace(); trace.is_on()) {
+            const MutexLock lock(trace.mutex());
+            trace.diag(Direction::from_modem, frame->bytes);
+        }
     }
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (frame->head.kind == DiagKind::packet) {
         if (!session_ || session_->modem.address != from.address) return;
-        packets_.push_back({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
+        packets_.push({frame->head, Bytes(frame->bytes.begin(), frame->bytes.end())});
         call_callbacks();
         return;
     }
@@ -400,28 +389,16 @@ void DiagLibrary::on_datagram(const Server& from, ByteView bytes)
 void DiagLibrary::on_server_gone(const Server& server)
 {
     if (server.service != link::kDiagService) return;
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     fail_pending();
     if (session_ && session_->modem == server) session_->gone = true;
 }
 
 // ---- Callbacks ----
 
-void DiagLibrary::await_callback_end(std::unique_lock<std::mutex>& lock)
+void DiagLibrary::await_callback_end()
 {
-    if (!on_callback_thread) callback_ended_.wait(lock, [&] { return !in_callback_; });
-}
-
-bool DiagLibrary::start_callbacks()
-{
-    if (callbacks_.joinable()) return true;
-    try {
-        callbacks_ = std::thread([this] { run_callbacks(); });
-        return true;
-    } catch (const std::system_error& error) {
-        complain(std::string("no thread for diag callbacks: ") + error.what());
-        return false;
-    }
+    while (!callbacks_.is_current() && !process_ends() && in_callback_) callback_ended_.wait(mutex_);
 }
 
 void DiagLibrary::call_callbacks()
@@ -433,33 +410,31 @@ void DiagLibrary::call_callbacks()
 
 void DiagLibrary::run_callbacks()
 {
-    on_callback_thread = true;
-    std::unique_lock lock(mutex_);
-    while (!stopped_) {
+    const MutexLock lock(mutex_);
+    while (!process_ends()) {
         if (!packets_.empty()) {
-            Packet packet = std::move(packets_.front());
-            packets_.pop_front();
-            deliver(lock, packet);
+            Packet packet = packets_.pop();
+            deliver(packet);
         } else if (!session_) {
-            session_came_.wait(lock);
+            session_came_.wait(mutex_);
         } else {
             called_.store(false, std::memory_order_relaxed);
-            lock.unlock();
+            mutex_.unlock();
             link_.wait(called_, Deadline::max());
-            lock.lock();
+            mutex_.lock();
         }
     }
 }
 
 // To whom it is for now; a packet for nobody is dropped.
-void DiagLibrary::deliver(std::unique_lock<std::mutex>& lock, Packet& packet)
+void DiagLibrary::deliver(Packet& packet)
 {
     if (!session_) return;
-    const auto call_back = [&](auto callback, auto... arguments) {
+    const auto call_back = [&](auto callback, auto... arguments) REQUIRES(mutex_) {
         in_callback_ = true;
-        lock.unlock();
+        mutex_.unlock();
         callback(arguments...);
-        lock.lock();
+        mutex_.lock();
         in_callback_ = false;
         callback_ended_.notify_all();
     };
@@ -507,6 +482,7 @@ bool is_request(const uint8_t* data, int32_t len)
 
 using rbk::platform::DiagLibrary;
 using rbk::platform::is_request;
+using rbk::platform::LibraryCall;
 using rbk::platform::refused;
 
 static_assert(DIAG_REQUEST_MAX == rbk::link::kLongestDiagBytes && DIAG_PACKET_MAX == rbk::link::kLongestDiagBytes);
@@ -514,38 +490,45 @@ static_assert(DIAG_DCI_NO_ERROR == rbk::link::kDciSuccess);
 
 uint8_t Diag_LSM_Init(uint8_t* /*params*/)
 {
+    const LibraryCall call;
     return DiagLibrary::get().start() ? 1 : 0;
 }
 
 uint8_t Diag_LSM_DeInit(void)
 {
+    const LibraryCall call;
     return DiagLibrary::get().stop_session() ? 1 : 0;
 }
 
 int32_t diag_switch_logging(int32_t mode, char* /*proc_type*/)
 {
+    const LibraryCall call;
     return DiagLibrary::get().set_logging_mode(mode);
 }
 
 int32_t diag_register_callback(diag_packet_cb callback, void* context_data)
 {
+    const LibraryCall call;
     return DiagLibrary::get().set_callback(0, callback, context_data);
 }
 
 int32_t diag_has_remote_device(uint16_t* remote_mask)
 {
+    const LibraryCall call;
     if (remote_mask == nullptr) return refused(EINVAL);
     return DiagLibrary::get().remote_mask(*remote_mask);
 }
 
 int32_t diag_register_remote_callback(diag_packet_cb callback, int32_t processor, void* context_data)
 {
+    const LibraryCall call;
     if (processor < 1 || processor > DIAG_REMOTE_MAX) return refused(EINVAL);
     return DiagLibrary::get().set_callback(processor, callback, context_data);
 }
 
 int32_t diag_callback_send_data(int32_t processor, const uint8_t* data, int32_t len)
 {
+    const LibraryCall call;
     if (processor != 0) return refused(EINVAL);
     if (!is_request(data, len)) return DIAG_REFUSED;
     return DiagLibrary::get().send({data, static_cast<std::size_t>(len)});
@@ -554,6 +537,7 @@ int32_t diag_callback_send_data(int32_t processor, const uint8_t* data, int32_t 
 int32_t diag_register_dci_client(int32_t* client_id, const uint16_t* peripherals, int32_t processor,
                                  const int32_t* os_params)
 {
+    const LibraryCall call;
     if (client_id == nullptr || peripherals == nullptr || processor != 0 || os_params == nullptr)
         return refused(EINVAL);
     return DiagLibrary::get().register_client(*client_id, *peripherals, *os_params);
@@ -561,11 +545,13 @@ int32_t diag_register_dci_client(int32_t* client_id, const uint16_t* peripherals
 
 int32_t diag_register_dci_signal_data(int32_t client_id, int32_t signal_number)
 {
+    const LibraryCall call;
     return DiagLibrary::get().set_signal(client_id, signal_number);
 }
 
 int32_t diag_get_dci_support_list_proc(int32_t processor, uint16_t* peripherals)
 {
+    const LibraryCall call;
     if (processor != 0 || peripherals == nullptr) return refused(EINVAL);
     return DiagLibrary::get().support_list(*peripherals);
 }
@@ -573,12 +559,14 @@ int32_t diag_get_dci_support_list_proc(int32_t processor, uint16_t* peripherals)
 int32_t diag_register_dci_stream_proc(int32_t client_id, diag_dci_stream_cb log_callback,
                                       diag_dci_stream_cb event_callback)
 {
+    const LibraryCall call;
     return DiagLibrary::get().start_streams(client_id, log_callback, event_callback);
 }
 
 int32_t diag_send_dci_async_req(int32_t client_id, const uint8_t* data, int32_t len, uint8_t* packet_buf,
                                 int32_t packet_size, diag_dci_response_cb callback, void* context_data)
 {
+    const LibraryCall call;
     if (packet_buf == nullptr || packet_size <= 0 || callback == nullptr) return refused(EINVAL);
     if (!is_request(data, len)) return DIAG_REFUSED;
     return DiagLibrary::get().send_dci(client_id, {data, static_cast<std::size_t>(len)},
@@ -587,6 +575,7 @@ int32_t diag_send_dci_async_req(int32_t client_id, const uint8_t* data, int32_t 
 
 int32_t diag_release_dci_client(int32_t* client_id)
 {
+    const LibraryCall call;
     if (client_id == nullptr) return refused(EINVAL);
     return DiagLibrary::get().release_client(*client_id);
 }

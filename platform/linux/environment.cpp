@@ -1,23 +1,36 @@
 #include "platform/linux/environment.h"
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
-#include <mutex>
 #include <set>
 #include <system_error>
 #include <vector>
 
+#include "platform/linux/line_output.h"
+#include "platform/linux/thread_safety.h"
+
 namespace rbk::platform {
 namespace {
 
+// Before anything else of the program opens a file, which would get the number of a closed standard stream and then the
+// stream's text. The wrong way round, so that a read or a write fails as it does on a closed one.
+[[gnu::constructor(101)]] void fill_closed_streams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) >= 0) continue;
+        const int way = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (open("/dev/null", way) < 0 && open("/", O_RDONLY | O_DIRECTORY) < 0) return;
+    }
+}
+
 std::optional<std::string> variable(const char* name)
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
-    const char* text = std::getenv(name);
+    const char* text = std::getenv(name);  // nothing in the process changes its environment
     if (text == nullptr || *text == 0) return std::nullopt;
     return text;
 }
@@ -77,15 +90,15 @@ std::filesystem::path rbk_home(std::string& problem)
 
 void complain(std::string_view line)
 {
-    static auto* const mutex = new std::mutex;
+    static auto* const mutex = new Mutex;
     static auto* const said = new std::set<std::string>;
     const std::string text = "rbk: " + std::string(line) + "\n";
     {
-        const std::scoped_lock lock(*mutex);
+        const MutexLock lock(*mutex);
         if (!said->insert(text).second) return;
     }
     // One write a line, so that lines of two threads don't tear. Nobody can be told that standard error is closed.
-    if (write(STDERR_FILENO, text.data(), text.size()) < 0) return;
+    write_without_signal(STDERR_FILENO, text);
 }
 
 }  // namespace rbk::platform

@@ -1,5 +1,5 @@
 // What the platform is told from outside, and how it tells a person that something is wrong. No other place reads
-// environment variables.
+// environment variables. Whoever links this has its closed standard streams on /dev/null before anything else is opened.
 #pragma once
 
 #include <filesystem>

@@ -1,14 +1,7 @@
 #include "platform/linux/link_trace.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <ctime>
-#include <system_error>
-
-#include "platform/linux/environment.h"
 
 namespace rbk::platform {
 namespace {
@@ -25,21 +18,8 @@ const char* kind_text(link::QmiKind kind)
 
 }  // namespace
 
-LinkTrace::LinkTrace(const std::optional<std::string>& path)
-{
-    if (!path) return;
-    fd_ = ::open(path->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    if (fd_ < 0) complain("RBK_TRACE=" + *path + ": " + std::generic_category().message(errno));
-}
-
-LinkTrace::~LinkTrace()
-{
-    if (fd_ >= 0) ::close(fd_);
-}
-
 void LinkTrace::qmi(Direction direction, std::uint32_t service, const link::QmiHead& head, ByteView tlvs)
 {
-    if (!is_on()) return;
     begin(direction);
     char text[96];
     std::snprintf(text, sizeof text, "svc=0x%04X %s txn=%u msg=0x%04X len=%zu ", service, kind_text(head.kind),
@@ -50,7 +30,6 @@ void LinkTrace::qmi(Direction direction, std::uint32_t service, const link::QmiH
 
 void LinkTrace::diag(Direction direction, ByteView bytes)
 {
-    if (!is_on()) return;
     begin(direction);
     line_ += "diag len=" + std::to_string(bytes.size()) + ' ';
     end(bytes);
@@ -74,9 +53,7 @@ void LinkTrace::end(ByteView bytes)
         line_ += kDigits[byte & 0xF];
     }
     line_ += '\n';
-    // A line that the disk has no room for is lost; the command it watches goes on.
-    while (::write(fd_, line_.data(), line_.size()) < 0 && errno == EINTR) {
-    }
+    output_.write(line_);
 }
 
 }  // namespace rbk::platform

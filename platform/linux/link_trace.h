@@ -2,39 +2,40 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "platform/link/qmi_frame.h"
+#include "platform/linux/line_output.h"
+#include "platform/linux/thread_safety.h"
 
 namespace rbk::platform {
 
 enum class Direction : char { to_modem = '>', from_modem = '<' };
 
 // Appends whole lines, each with one write, so that they survive a kill and those of several processes stay apart.
-// Threads: lock() orders a send and its line against the answer's line; the writers expect it to be held.
+// Threads: the mutex orders a send and its line against the answer's line; a sender holds it over both.
 class LinkTrace {
  public:
-    // Opens the file for appending; complains and stays silent when that fails. Without a path there is no trace.
-    explicit LinkTrace(const std::optional<std::string>& path);
-    ~LinkTrace();
-    LinkTrace(const LinkTrace&) = delete;
-    LinkTrace& operator=(const LinkTrace&) = delete;
+    // Opens the file for appending. Without a path there is no trace.
+    explicit LinkTrace(const std::optional<std::string>& path) : output_("RBK_TRACE", path.value_or("")) {}
 
-    bool is_on() const { return fd_ >= 0; }
-    std::unique_lock<std::mutex> lock() { return is_on() ? std::unique_lock(mutex_) : std::unique_lock<std::mutex>(); }
+    bool is_on() const { return output_.is_open(); }
+    Mutex& mutex() RETURN_CAPABILITY(mutex_) { return mutex_; }
 
-    void qmi(Direction direction, std::uint32_t service, const link::QmiHead& head, ByteView tlvs);
-    void diag(Direction direction, ByteView bytes);
+    // For a function that is handed the trace with the mutex held, where the analysis can't follow it.
+    void assert_locked() ASSERT_CAPABILITY(mutex_) {}
+
+    void qmi(Direction direction, std::uint32_t service, const link::QmiHead& head, ByteView tlvs) REQUIRES(mutex_);
+    void diag(Direction direction, ByteView bytes) REQUIRES(mutex_);
 
  private:
-    void begin(Direction direction);
-    void end(ByteView bytes);
+    void begin(Direction direction) REQUIRES(mutex_);
+    void end(ByteView bytes) REQUIRES(mutex_);
 
-    int fd_ = -1;
-    std::mutex mutex_;
-    std::string line_;
+    LineOutput output_;
+    Mutex mutex_;
+    std::string line_ GUARDED_BY(mutex_);
 };
 
 }  // namespace rbk::platform

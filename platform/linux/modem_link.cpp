@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <system_error>
 
 #include "platform/linux/environment.h"
 
@@ -15,9 +14,8 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 // After an answer the next request often follows at once, from a thread that will read by itself: so long nobody reads in
-// its stead. An indication that comes in this time is read at its end, unless it is expected.
+// its stead.
 constexpr milliseconds kIdle{2};
-constexpr milliseconds kExpecting{1000};
 
 // A modem that takes a lookup and never ends its answer counts as one without the service after this long.
 constexpr milliseconds kLookupBound{5000};
@@ -32,7 +30,7 @@ ModemLink& ModemLink::get()
 {
     static ModemLink* const link = [] {
         auto* built = new ModemLink;
-        std::atexit([] { get().stop(); });
+        std::atexit([] { get().end(); });
         return built;
     }();
     return *link;
@@ -89,108 +87,108 @@ std::int32_t ModemLink::open()
     if (state_ == State::stopped) return -4;
     modem_.reset();
     if (!connect()) return -4;
-    if (!idle_reader_.joinable()) {
-        try {
-            idle_reader_ = std::thread([this] { read_while_nobody_waits(); });
-        } catch (const std::system_error& error) {
-            complain(std::string("no thread for the link to the modem: ") + error.what());
-            return -4;
-        }
-    }
-    last_read_ = steady_clock::now();
+    if (!idle_reader_.start("the link to the modem", [this] { read_while_nobody_waits(); })) return -4;
     state_ = State::open;
     opened_.notify_all();
     return 0;
 }
 
-void ModemLink::stop()
+void ModemLink::end()
 {
-    std::thread idle_reader;
+    begin_process_end();
     std::unique_ptr<sim::EmbeddedModem> modem;
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         if (state_ == State::open) socket_->shut_down();
         state_ = State::stopped;
-        idle_reader.swap(idle_reader_);
         modem.swap(modem_);
     }
     opened_.notify_all();
     changed_.notify_all();
-    if (idle_reader.joinable()) idle_reader.join();
+    for (const auto& slot : listeners_)
+        if (LinkListener* listener = slot.load()) listener->on_process_end();
+    idle_reader_.await_end();
 }
 
 // ---- Reading and waiting ----
 
 template <typename Done>
-bool ModemLink::wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done done)
+bool ModemLink::wait_until(Deadline deadline, Done done)
 {
     ++waiting_;
-    while (!done() && state_ != State::stopped && steady_clock::now() < deadline) {
+    while (!done() && state_ != State::stopped) {
+        const Deadline now = steady_clock::now();
+        if (now >= deadline) break;
         if (state_ == State::open && !is_read_)
-            read(lock, deadline);
+            read(now, deadline);
         else if (deadline == Deadline::max())
-            changed_.wait(lock);
+            changed_.wait(mutex_);
         else
-            changed_.wait_until(lock, deadline);
+            changed_.wait_until(mutex_, deadline);
     }
-    if (--waiting_ == 0 && steady_clock::now() < expecting_until_) opened_.notify_one();
+    if (--waiting_ == 0 && state_ == State::open && !is_read_) {
+        // What the modem said right behind the answer is here as well; and where it says much, there is no quiet.
+        const Deadline now = steady_clock::now();
+        quiet_until_ = now + kIdle;
+        if (read(now, now)) {
+            quiet_until_ = now;
+            opened_.notify_one();
+        }
+    }
     return done();
 }
 
-// One turn: waits for something to come, and hands it on.
-void ModemLink::read(std::unique_lock<std::mutex>& lock, Deadline deadline)
+// One turn: waits for something to come, and hands it on. Whether something came.
+bool ModemLink::read(Deadline now, Deadline deadline)
 {
-    constexpr std::int64_t kLongestTurn = 60000;
     const auto socket = socket_;
     is_read_ = true;
     reader_ = std::this_thread::get_id();
-    lock.unlock();
-    const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
-    socket->wait(static_cast<int>(std::clamp<std::int64_t>(left, 0, kLongestTurn)));
+    mutex_.unlock();
+    bool waits = false;
+    if (deadline == Deadline::max())
+        socket->wait(-1);
+    else if (deadline - now >= link::LinkSocket::kTurn)
+        waits = true;
+    else if (deadline > now)
+        socket->wait(static_cast<int>(std::chrono::ceil<milliseconds>(deadline - now).count()));
     bool closed = false;
-    const auto datagram = socket->receive(buffer_, closed);
+    const auto datagram = socket->receive(buffer_, closed, waits);
     if (datagram) dispatch(*datagram);
     if (closed) on_closed();
-    lock.lock();
+    mutex_.lock();
     is_read_ = false;
-    last_read_ = steady_clock::now();
     changed_.notify_all();
+    return datagram.has_value();
 }
 
 void ModemLink::read_while_nobody_waits()
 {
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     while (state_ != State::stopped) {
-        const auto now = steady_clock::now();
-        const Deadline idle_from = now < expecting_until_ ? now : last_read_ + kIdle;
+        const Deadline now = steady_clock::now();
         if (state_ != State::open)
-            opened_.wait(lock);
+            opened_.wait(mutex_);
         else if (is_read_ || waiting_ > 0)
-            opened_.wait_for(lock, kIdle);
-        else if (now < idle_from)
-            opened_.wait_until(lock, idle_from);
+            opened_.wait_until(mutex_, now + kIdle);
+        else if (now < quiet_until_)
+            opened_.wait_until(mutex_, quiet_until_);
         else
-            read(lock, Deadline::max());
+            read(now, Deadline::max());
     }
 }
 
 bool ModemLink::wait(const std::atomic<bool>& done, Deadline deadline)
 {
-    std::unique_lock lock(mutex_);
-    return wait(lock, deadline, [&] { return done.load(std::memory_order_acquire); });
+    const MutexLock lock(mutex_);
+    return wait_until(deadline, [&] { return done.load(std::memory_order_acquire); });
 }
 
 void ModemLink::wake()
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     changed_.notify_all();
     if (is_read_ && reader_ != std::this_thread::get_id()) socket_->wake();
-}
-
-void ModemLink::expect_indication()
-{
-    const std::lock_guard lock(mutex_);
-    expecting_until_ = steady_clock::now() + kExpecting;
 }
 
 void ModemLink::dispatch(const link::Datagram& datagram)
@@ -201,7 +199,7 @@ void ModemLink::dispatch(const link::Datagram& datagram)
     }
     Server from;
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         const auto server = std::find_if(servers_.begin(), servers_.end(),
                                          [&](const Server& known) { return known.address == datagram.peer; });
         if (server == servers_.end()) return;
@@ -216,7 +214,7 @@ void ModemLink::on_control(const link::ControlPacket& packet)
     const Server server{packet.service, packet.instance, packet.address};
     switch (packet.type) {
     case QRTR_TYPE_NEW_SERVER: {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         if (server == Server{}) {
             lookup_ = 0;
         } else if (std::find(servers_.begin(), servers_.end(), server) == servers_.end()) {
@@ -234,7 +232,7 @@ void ModemLink::on_control(const link::ControlPacket& packet)
 void ModemLink::on_server_lost(const Server& server)
 {
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         if (std::erase(servers_, server) == 0) return;
         ++news_[server.service];
         changed_.notify_all();
@@ -248,11 +246,11 @@ void ModemLink::on_closed()
 {
     std::vector<Server> lost;
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         lost = servers_;
     }
     for (const Server& server : lost) on_server_lost(server);
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     looked_up_.clear();
     lookup_ = 0;
     if (state_ == State::open) state_ = State::closed;
@@ -264,8 +262,8 @@ void ModemLink::on_closed()
 std::int32_t ModemLink::list_servers(std::uint32_t service, std::vector<Server>& servers)
 {
     servers.clear();
-    std::unique_lock lock(mutex_);
-    const std::int32_t result = look_up(lock, service);
+    const MutexLock lock(mutex_);
+    const std::int32_t result = look_up(service);
     if (result != 0) return result;
     std::copy_if(servers_.begin(), servers_.end(), std::back_inserter(servers),
                  [&](const Server& known) { return known.service == service; });
@@ -273,7 +271,7 @@ std::int32_t ModemLink::list_servers(std::uint32_t service, std::vector<Server>&
 }
 
 // The end of an answer doesn't name its service, so lookups go one at a time.
-std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_t service)
+std::int32_t ModemLink::look_up(std::uint32_t service)
 {
     for (;;) {
         const std::int32_t opened = open();
@@ -281,7 +279,7 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
         if (looked_up_.contains(service)) return 0;
         if (lookup_ == 0) break;
         // Once an answer's time has passed, nobody waits for it again: callers ask many times over.
-        if (!wait(lock, lookup_until_, [&] { return lookup_ == 0; })) return -4;
+        if (!wait_until(lookup_until_, [&]() REQUIRES(mutex_) { return lookup_ == 0; })) return -4;
     }
     const Deadline deadline = steady_clock::now() + kLookupBound;
     const std::uint32_t own = lookup_ = ++last_lookup_;
@@ -290,15 +288,15 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
     const link::Address router{socket->local().node, QRTR_PORT_CTRL};
     const auto packet = link::pack_control({QRTR_TYPE_NEW_LOOKUP, service, 0, {}});
 
-    lock.unlock();
-    const std::int32_t sent = send(router, {}, packet, deadline);
-    lock.lock();
+    mutex_.unlock();
+    const std::int32_t sent = send(*socket, router, {}, packet, deadline);
+    mutex_.lock();
     if (sent != 0 && lookup_ == own) {
         lookup_ = 0;
         changed_.notify_all();
     }
     // The end of the connection ends a lookup too, and by now somebody may have opened the next one.
-    const bool ended = sent == 0 && wait(lock, deadline, [&] { return lookup_ != own; });
+    const bool ended = sent == 0 && wait_until(deadline, [&]() REQUIRES(mutex_) { return lookup_ != own; });
     if (!ended || state_ != State::open || socket_ != socket) return -4;
     looked_up_.insert(service);
     return 0;
@@ -306,52 +304,55 @@ std::int32_t ModemLink::look_up(std::unique_lock<std::mutex>& lock, std::uint32_
 
 std::uint32_t ModemLink::news(std::uint32_t service)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return news_[service];
 }
 
 bool ModemLink::wait_for_news(std::uint32_t service, std::uint32_t& seen, Deadline deadline)
 {
-    std::unique_lock lock(mutex_);
-    const bool changed = wait(lock, deadline, [&] { return news_[service] != seen; });
+    const MutexLock lock(mutex_);
+    const bool changed = wait_until(deadline, [&]() REQUIRES(mutex_) { return news_[service] != seen; });
     seen = news_[service];
     return changed;
 }
 
 bool ModemLink::knows(const Server& server)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return std::find(servers_.begin(), servers_.end(), server) != servers_.end();
 }
 
 // ---- Sending ----
 
-// A sender meets the end of the connection before a reader does: what was known of its servers goes before it returns.
-// QRTR has no connection: there the router tells of a server that can't be reached.
-void ModemLink::await_end()
+// Null where the link isn't open.
+ModemLink::Socket ModemLink::open_socket()
 {
-    std::unique_lock lock(mutex_);
-    if (socket_ == nullptr || socket_->carrier() == link::LinkSocket::Carrier::qrtr) return;
-    wait(lock, steady_clock::now() + kLookupBound, [&] { return state_ != State::open; });
+    const MutexLock lock(mutex_);
+    return state_ == State::open ? socket_ : nullptr;
 }
 
-std::int32_t ModemLink::send(link::Address to, ByteView head, ByteView body, Deadline deadline)
+// A sender meets the end of the connection before a reader does: what was known of its servers goes before it returns.
+// QRTR has no connection: there the router tells of a server that can't be reached.
+void ModemLink::await_end(const Socket& socket)
 {
-    std::shared_ptr<link::LinkSocket> socket;
-    {
-        const std::lock_guard lock(mutex_);
-        if (state_ != State::open) return kModemGone;
-        socket = socket_;
-    }
+    if (socket->carrier() == link::LinkSocket::Carrier::qrtr) return;
+    const MutexLock lock(mutex_);
+    wait_until(steady_clock::now() + kLookupBound,
+               [&]() REQUIRES(mutex_) { return state_ != State::open || socket_ != socket; });
+}
+
+std::int32_t ModemLink::send(const link::LinkSocket& socket, link::Address to, ByteView head, ByteView body,
+                             Deadline deadline)
+{
     for (;;) {
-        switch (socket->send(to, head, body, false)) {
+        switch (socket.send(to, head, body, false)) {
         case link::SendResult::sent: return 0;
         case link::SendResult::closed: return kModemGone;
         case link::SendResult::would_block: break;
         }
         const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
         if (left <= 0) return -3;
-        pollfd ready{socket->fd(), POLLOUT, 0};
+        pollfd ready{socket.fd(), POLLOUT, 0};
         ::poll(&ready, 1, static_cast<int>(std::min<std::int64_t>(left, 1000)));
     }
 }

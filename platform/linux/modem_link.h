@@ -2,17 +2,16 @@
 // of the modem's services. The QMI client library and the diag library stand on it.
 //
 // One thread at a time reads the link. A thread that waits for something reads while nobody else does, so that an answer
-// costs no switch to another thread; while nobody waits, a thread of the link's own reads.
+// costs no switch to another thread; while nobody waits, a thread of the link's own reads, for as long as there is
+// something to read.
 #pragma once
 
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
@@ -20,6 +19,7 @@
 
 #include "platform/link/link_socket.h"
 #include "platform/linux/link_trace.h"
+#include "platform/linux/process_end.h"
 #include "platform/linux/thread_safety.h"
 #include "simulator/embedded.h"
 
@@ -42,6 +42,8 @@ class LinkListener {
     // `bytes` live for the call.
     virtual void on_datagram(const Server& from, ByteView bytes) = 0;
     virtual void on_server_gone(const Server& server) = 0;
+    // In the exit handler, once the link has been shut down: ends the library's thread.
+    virtual void on_process_end() = 0;
 
  protected:
     ~LinkListener() = default;
@@ -51,8 +53,9 @@ class ModemLink {
  public:
     static constexpr std::int32_t kModemGone = -2;
 
-    // Built at the first use and never destroyed: detached workers may come after the end of main. Its thread, and the
-    // embedded modem's, are stopped and joined by an exit handler registered then; later calls fail.
+    // Built at the first use and never destroyed: detached workers may come after the end of main. The end of the process
+    // begins in an exit handler registered then, which shuts the link down and ends all threads of the platform: the
+    // libraries', the link's own and the embedded modem's. Later calls fail, on the one thread that they return to.
     static ModemLink& get();
 
     // Never removed: a listener lives as long as the process. There is room for the libraries that stand on the link.
@@ -70,53 +73,59 @@ class ModemLink {
 
     // Waits until `done` is set, and reads the link meanwhile. False when the time has run out or the process ends.
     bool wait(const std::atomic<bool>& done, Deadline deadline);
-    // After setting what somebody waits for.
+    // After setting what somebody waits for. A wait with a deadline that reads at this moment ends within a tenth of a
+    // second, any other one at once.
     void wake();
-    // Before a request that an indication follows: for the next second the link is read without a pause, so that the
-    // indication doesn't wait for the link's own thread to take over.
-    void expect_indication();
 
     // Sends one datagram. `traced` writes its line of the trace, under the trace's lock, when the send has succeeded.
     // 0, -2 the modem is gone, -3 the deadline has passed while the link was full.
     template <typename Traced>
     std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline, Traced traced)
     {
+        const Socket socket = open_socket();
+        if (socket == nullptr) return kModemGone;
         std::int32_t result;
-        {
-            const auto lock = trace_->lock();
-            result = send(to, head, body, deadline);
+        if (trace_->is_on()) {
+            const MutexLock lock(trace_->mutex());
+            result = send(*socket, to, head, body, deadline);
             if (result == 0) traced(*trace_);
+        } else {
+            result = send(*socket, to, head, body, deadline);
         }
-        if (result == kModemGone) await_end();
+        if (result == kModemGone) await_end(socket);
         return result;
     }
 
     LinkTrace& trace() { return *trace_; }
 
  private:
+    using Socket = std::shared_ptr<link::LinkSocket>;  // senders hold their own share while they send
+
     ModemLink();
-    std::int32_t send(link::Address to, ByteView head, ByteView body, Deadline deadline);
-    void await_end();
+    Socket open_socket();
+    static std::int32_t send(const link::LinkSocket& socket, link::Address to, ByteView head, ByteView body,
+                             Deadline deadline);
+    void await_end(const Socket& socket);
     std::int32_t open() REQUIRES(mutex_);
     bool connect() REQUIRES(mutex_);
-    std::int32_t look_up(std::unique_lock<std::mutex>& lock, std::uint32_t service) REQUIRES(mutex_);
+    std::int32_t look_up(std::uint32_t service) REQUIRES(mutex_);
     template <typename Done>
-    bool wait(std::unique_lock<std::mutex>& lock, Deadline deadline, Done done) REQUIRES(mutex_);
-    void read(std::unique_lock<std::mutex>& lock, Deadline deadline) REQUIRES(mutex_);
+    bool wait_until(Deadline deadline, Done done) REQUIRES(mutex_);
+    bool read(Deadline now, Deadline deadline) REQUIRES(mutex_);
     void read_while_nobody_waits();
     void dispatch(const link::Datagram& datagram);
     void on_control(const link::ControlPacket& packet);
     void on_server_lost(const Server& server);
     void on_closed();
-    void stop();
+    void end();
 
     std::unique_ptr<LinkTrace> trace_;
     std::array<std::atomic<LinkListener*>, 2> listeners_{};
 
-    std::mutex mutex_;
-    std::condition_variable changed_;  // something that is waited for, or nobody reads any more
+    Mutex mutex_;
+    Condition changed_;  // something that is waited for, or nobody reads any more
     enum class State { closed, open, stopped } state_ GUARDED_BY(mutex_) = State::closed;
-    std::shared_ptr<link::LinkSocket> socket_ GUARDED_BY(mutex_);  // senders hold their own share while they send
+    Socket socket_ GUARDED_BY(mutex_);
     std::unique_ptr<sim::EmbeddedModem> modem_ GUARDED_BY(mutex_);
     std::vector<Server> servers_ GUARDED_BY(mutex_);
     std::set<std::uint32_t> looked_up_ GUARDED_BY(mutex_);            // services whose whole list is known
@@ -127,12 +136,11 @@ class ModemLink {
 
     bool is_read_ GUARDED_BY(mutex_) = false;  // somebody reads; the buffer is theirs
     std::thread::id reader_ GUARDED_BY(mutex_);
-    Deadline last_read_ GUARDED_BY(mutex_);
-    Deadline expecting_until_ GUARDED_BY(mutex_);
+    Deadline quiet_until_ GUARDED_BY(mutex_);       // the link's own thread leaves the link alone
     std::uint32_t waiting_ GUARDED_BY(mutex_) = 0;  // threads that would read
     std::vector<std::uint8_t> buffer_;
-    std::thread idle_reader_ GUARDED_BY(mutex_);
-    std::condition_variable opened_;  // for the idle reader: the link has opened, or is to stop
+    LibraryThread idle_reader_;
+    Condition opened_;  // for the idle reader: the link has opened, or is to stop
 };
 
 }  // namespace rbk::platform

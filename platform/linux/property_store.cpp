@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -49,13 +50,17 @@ bool survives_boot(std::string_view name)
 // Writes a value into a new file in `directory` and returns its path; empty, with errno set, when that fails.
 fs::path write_beside(const fs::path& directory, std::string_view value)
 {
-    std::string path = directory / ".new.XXXXXX";
-    const int fd = mkostemp(path.data(), O_CLOEXEC);
+    static std::atomic<unsigned> last = 0;
+    fs::path path;
+    int fd = -1;
+    do {  // a killed process may have had the same number, and where two containers share the store a living one has it
+        path = directory / (".new." + std::to_string(getpid()) + "-" + std::to_string(++last));
+        fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (fd < 0 && errno == EEXIST);
     if (fd < 0) return {};
     const std::string text = std::string(value) + "\n";
     const ssize_t written = write(fd, text.data(), text.size());
     int error = written < 0 ? errno : written == static_cast<ssize_t>(text.size()) ? 0 : ENOSPC;
-    fchmod(fd, 0644);
     if (close(fd) != 0 && error == 0) error = errno;
     if (error == 0) return path;
     unlink(path.c_str());

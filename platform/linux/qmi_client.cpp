@@ -6,16 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <condition_variable>
-#include <cstdlib>
-#include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <thread>
 
-#include "platform/linux/callback_thread.h"
+#include "platform/linux/callback_queue.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/idl_codec.h"
 #include "platform/linux/modem_link.h"
@@ -38,7 +33,8 @@ struct Client {
     qmi_client_error_cb error_cb = nullptr;
     void* error_data = nullptr;
     bool is_notifier = false;
-    bool gone = false;  // its server has gone; nothing brings this client back
+    bool gone = false;      // its server has gone; nothing brings this client back
+    bool released = false;  // stays for the callback that its release waits for, and is unknown to callers
 };
 
 // A request that waits, on its caller's stack.
@@ -62,9 +58,8 @@ struct Indication {
 struct Event {
     qmi_client_handle client = nullptr;
     std::optional<Indication> indication;  // none: the service has gone
+    std::size_t size() const { return indication ? sizeof(Event) + indication->tlvs.size() : 0; }
 };
-
-thread_local bool on_callback_thread = false;
 
 class ClientLibrary final : public LinkListener {
  public:
@@ -84,43 +79,44 @@ class ClientLibrary final : public LinkListener {
 
     void on_datagram(const Server& from, ByteView bytes) override;
     void on_server_gone(const Server& server) override;
+    void on_process_end() override;
+
+    // Whether the caller is in a callback.
+    bool is_calling_back() const { return callbacks_.is_current(); }
 
  private:
     ClientLibrary();
+    Client* open_client(qmi_client_handle handle) REQUIRES(mutex_);
+    void lose(qmi_client_handle handle, Client& client) REQUIRES(mutex_);
+    bool is_due(qmi_client_handle handle) const REQUIRES(mutex_);
     void enqueue(Event event) REQUIRES(mutex_);
     void finish(Transaction& transaction, std::int32_t result) REQUIRES(mutex_);
     void start_transaction(Transaction& transaction) REQUIRES(mutex_);
     void end_transaction(Transaction& transaction) REQUIRES(mutex_);
     void run_callbacks();
-    void stop();
 
     ModemLink& link_;
     const double timeout_scale_;
 
-    std::mutex mutex_;
+    Mutex mutex_;
     std::map<qmi_client_handle, Client> clients_ GUARDED_BY(mutex_);
     std::uintptr_t last_handle_ GUARDED_BY(mutex_) = 0;
     Transaction* waiting_ GUARDED_BY(mutex_) = nullptr;
     std::uint16_t last_transaction_ GUARDED_BY(mutex_) = 0;
 
-    std::thread callbacks_ GUARDED_BY(mutex_);
-    std::deque<Event> events_ GUARDED_BY(mutex_);
-    std::condition_variable event_came_;
-    std::condition_variable callback_ended_;
+    LibraryThread callbacks_;
+    CallbackQueue<Event> events_ GUARDED_BY(mutex_);
+    Condition event_came_;
+    Condition callback_ended_;
     qmi_client_handle in_callback_ GUARDED_BY(mutex_) = nullptr;  // whose callback is running
     const Client* told_ GUARDED_BY(mutex_) = nullptr;             // the same client, as it was when the callback began
-    bool stopped_ GUARDED_BY(mutex_) = false;
 };
 
 // ---- Life of the library ----
 
 ClientLibrary& ClientLibrary::get()
 {
-    static ClientLibrary* const library = [] {
-        auto* built = new ClientLibrary;  // never destroyed: detached workers may come after the end of main
-        std::atexit([] { get().stop(); });
-        return built;
-    }();
+    static ClientLibrary* const library = new ClientLibrary;  // never destroyed, as the link isn't
     return *library;
 }
 
@@ -129,13 +125,14 @@ ClientLibrary::ClientLibrary() : link_(ModemLink::get()), timeout_scale_(environ
     link_.add_listener(*this);
 }
 
-void ClientLibrary::stop()
+void ClientLibrary::on_process_end()
 {
-    std::unique_lock lock(mutex_);
-    stopped_ = true;
-    events_.clear();
-    event_came_.notify_all();
-    end_callback_thread(lock, callbacks_, callback_ended_, [&] { return in_callback_ == nullptr; });
+    {
+        const MutexLock lock(mutex_);
+        event_came_.notify_all();
+        callback_ended_.notify_all();
+    }
+    callbacks_.await_end();
 }
 
 Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
@@ -149,56 +146,82 @@ Deadline ClientLibrary::deadline(std::uint32_t timeout_ms) const
 
 qmi_client_handle ClientLibrary::add(const Client& client)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto handle = reinterpret_cast<qmi_client_handle>(++last_handle_);
     clients_.emplace(handle, client);
     return handle;
 }
 
+// Null for a handle that is unknown or released.
+Client* ClientLibrary::open_client(qmi_client_handle handle)
+{
+    const auto found = clients_.find(handle);
+    return found == clients_.end() || found->second.released ? nullptr : &found->second;
+}
+
 bool ClientLibrary::find(qmi_client_handle handle, Client& client)
 {
-    const std::lock_guard lock(mutex_);
-    const auto found = clients_.find(handle);
-    if (found == clients_.end()) return false;
-    client = found->second;
+    const MutexLock lock(mutex_);
+    const Client* found = open_client(handle);
+    if (found == nullptr) return false;
+    client = *found;
     return true;
 }
 
 // For a callback of the client: it is still there for it when another thread has begun to release it.
 bool ClientLibrary::find_told(qmi_client_handle handle, Client& client)
 {
-    const std::lock_guard lock(mutex_);
-    if (!on_callback_thread || in_callback_ != handle) return false;
+    const MutexLock lock(mutex_);
+    if (!is_calling_back() || in_callback_ != handle) return false;
     client = *told_;
     return true;
 }
 
 std::int32_t ClientLibrary::set_error_callback(qmi_client_handle handle, qmi_client_error_cb callback, void* data)
 {
-    const std::lock_guard lock(mutex_);
-    const auto found = clients_.find(handle);
-    if (found == clients_.end() || callback == nullptr) return kInternal;
-    found->second.error_cb = callback;
-    found->second.error_data = data;
-    if (found->second.gone) enqueue({handle, std::nullopt});
+    const MutexLock lock(mutex_);
+    Client* client = open_client(handle);
+    if (client == nullptr || callback == nullptr) return kInternal;
+    client->error_cb = callback;
+    client->error_data = data;
+    if (client->gone) enqueue({handle, std::nullopt});
     return 0;
 }
 
+// Its indications are dropped; that its service has gone is told first, before anything that waits for others.
 std::int32_t ClientLibrary::release(qmi_client_handle handle)
 {
-    std::unique_lock lock(mutex_);
-    if (clients_.erase(handle) == 0) return kInternal;
+    const MutexLock lock(mutex_);
+    Client* client = open_client(handle);
+    if (client == nullptr) return kInternal;
+    client->released = true;
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->client == handle) finish(*each, kServiceGone);
-    if (!on_callback_thread) callback_ended_.wait(lock, [&] { return in_callback_ != handle; });
+    bool is_lost = false;
+    events_.erase_if([&](const Event& event) {
+        if (event.client != handle) return false;
+        if (!event.indication) is_lost = true;
+        return true;
+    });
+    if (!is_calling_back()) {
+        if (is_lost) events_.push_front({handle, std::nullopt});
+        while (!process_ends() && is_due(handle)) callback_ended_.wait(mutex_);
+    }
+    clients_.erase(handle);
     return 0;
+}
+
+// Whether a callback of the client runs or will run.
+bool ClientLibrary::is_due(qmi_client_handle handle) const
+{
+    return in_callback_ == handle || events_.any([&](const Event& event) { return event.client == handle; });
 }
 
 // ---- Requests ----
 
 void ClientLibrary::start_transaction(Transaction& transaction)
 {
-    const auto in_flight = [&](std::uint16_t id) {
+    const auto in_flight = [&](std::uint16_t id) REQUIRES(mutex_) {
         for (const Transaction* each = waiting_; each != nullptr; each = each->next)
             if (each->id == id) return true;
         return false;
@@ -230,10 +253,10 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
                                      ByteView tlvs, std::uint32_t timeout_ms)
 {
     const Deadline end = timeout_ms == 0 ? Deadline::max() : deadline(timeout_ms);
-    std::unique_lock lock(mutex_);
-    const auto found = clients_.find(transaction.client);
-    if (found == clients_.end()) return kInternal;
-    if (found->second.gone || stopped_) return kServiceGone;
+    const MutexLock lock(mutex_);
+    const Client* opened = open_client(transaction.client);
+    if (opened == nullptr) return kInternal;
+    if (opened->gone || process_ends()) return kServiceGone;
     start_transaction(transaction);
 
     link::QmiHead sent_head = head;
@@ -241,16 +264,18 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
     std::array<std::uint8_t, link::kQmiHeadSize> head_bytes;
     link::store_qmi_head(head_bytes.data(), sent_head);
 
-    lock.unlock();
-    // Where a service sends a request's own message as an indication too, that is how it tells the outcome.
-    if (find_message(*client.service, INDICATION, head.message) != nullptr) link_.expect_indication();
+    mutex_.unlock();
     const std::int32_t sent = link_.send(client.server.address, head_bytes, tlvs, end, [&](LinkTrace& trace) {
+        trace.assert_locked();
         trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
     });
     const bool answered = sent == 0 && link_.wait(transaction.done, end);
-    lock.lock();
-    if (!answered) finish(transaction, sent != 0 ? sent : stopped_ ? kServiceGone : kTimeout);
+    mutex_.lock();
+    if (!answered) finish(transaction, sent != 0 ? sent : process_ends() ? kServiceGone : kTimeout);
     end_transaction(transaction);
+    // Whoever hears of it here may release the client next, and the loss is then told before that.
+    Client* lost = transaction.result == kServiceGone ? open_client(transaction.client) : nullptr;
+    if (lost != nullptr) lose(transaction.client, *lost);
     return transaction.result;
 }
 
@@ -260,15 +285,15 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
 {
     const auto message = link::parse_qmi(bytes);
     if (!message || message->head.kind == link::QmiKind::request) return;
-    {
-        const auto traced = link_.trace().lock();
-        link_.trace().qmi(Direction::from_modem, from.service, message->head, message->tlvs);
+    if (LinkTrace& trace = link_.trace(); trace.is_on()) {
+        const MutexLock lock(trace.mutex());
+        trace.qmi(Direction::from_modem, from.service, message->head, message->tlvs);
     }
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (message->head.kind == link::QmiKind::indication) {
         // Told to whom it came: a service that goes away before a callback's turn takes nothing back.
         for (const auto& [handle, client] : clients_)
-            if (client.server.address == from.address && client.ind_cb != nullptr && !client.gone)
+            if (client.server.address == from.address && client.ind_cb != nullptr && !client.gone && !client.released)
                 enqueue({handle, Indication{message->head.message, Bytes(message->tlvs.begin(), message->tlvs.end())}});
         return;
     }
@@ -283,31 +308,26 @@ void ClientLibrary::on_datagram(const Server& from, ByteView bytes)
 
 void ClientLibrary::on_server_gone(const Server& server)
 {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     for (Transaction* each = waiting_; each != nullptr; each = each->next)
         if (each->server == server.address) finish(*each, kServiceGone);
-    for (auto& [handle, client] : clients_) {
-        if (client.server != server || client.is_notifier || client.gone) continue;
-        client.gone = true;
-        if (client.error_cb != nullptr) enqueue({handle, std::nullopt});
-    }
+    for (auto& [handle, client] : clients_)
+        if (client.server == server && !client.is_notifier && !client.released) lose(handle, client);
+}
+
+void ClientLibrary::lose(qmi_client_handle handle, Client& client)
+{
+    if (client.gone) return;
+    client.gone = true;
+    if (client.error_cb != nullptr) enqueue({handle, std::nullopt});
 }
 
 // ---- Callbacks ----
 
 void ClientLibrary::enqueue(Event event)
 {
-    if (stopped_) return;
-    events_.push_back(std::move(event));
-    if (!callbacks_.joinable()) {
-        try {
-            callbacks_ = std::thread([this] { run_callbacks(); });
-        } catch (const std::system_error& error) {
-            complain(std::string("no thread for QMI callbacks: ") + error.what());
-            events_.clear();
-            return;
-        }
-    }
+    if (process_ends() || !callbacks_.start("QMI callbacks", [this] { run_callbacks(); })) return;
+    events_.push(std::move(event));
     event_came_.notify_one();
 }
 
@@ -324,21 +344,17 @@ void tell(const Client& client, Event& event)
 
 void ClientLibrary::run_callbacks()
 {
-    on_callback_thread = true;
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     for (;;) {
-        event_came_.wait(lock, [&] { return stopped_ || !events_.empty(); });
-        if (stopped_) return;
-        Event event = std::move(events_.front());
-        events_.pop_front();
-        const auto found = clients_.find(event.client);
-        if (found == clients_.end()) continue;  // released meanwhile
-        const Client client = found->second;
+        while (!process_ends() && events_.empty()) event_came_.wait(mutex_);
+        if (process_ends()) return;
+        Event event = events_.pop();
+        const Client client = clients_.at(event.client);  // there: its release drops or awaits its events
         in_callback_ = event.client;
         told_ = &client;
-        lock.unlock();
+        mutex_.unlock();
         tell(client, event);
-        lock.lock();
+        mutex_.lock();
         in_callback_ = nullptr;
         told_ = nullptr;
         callback_ended_.notify_all();
@@ -380,6 +396,7 @@ using namespace rbk::platform;
 int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client_os_params* os_params,
                                  qmi_client_handle* notifier)
 {
+    const LibraryCall call;
     if (service == nullptr || os_params == nullptr || notifier == nullptr) return kInternal;
     ClientLibrary& library = ClientLibrary::get();
     os_params->service_id = service->service_id;
@@ -394,6 +411,7 @@ int32_t qmi_client_notifier_init(qmi_idl_service_object_type service, qmi_client
 int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_service_info* table, uint32_t* num_entries,
                                     uint32_t* num_services)
 {
+    const LibraryCall call;
     if (service == nullptr || num_services == nullptr || (table != nullptr && num_entries == nullptr)) return kInternal;
     std::vector<Server> servers;
     const std::int32_t result = ClientLibrary::get().link().list_servers(service->service_id, servers);
@@ -408,6 +426,7 @@ int32_t qmi_client_get_service_list(qmi_idl_service_object_type service, qmi_ser
 
 int32_t qmi_cci_os_signal_wait(qmi_client_os_params* os_params, uint32_t timeout_ms)
 {
+    const LibraryCall call;
     if (os_params == nullptr) return 0;
     const Deadline deadline = steady_clock::now() + milliseconds(timeout_ms);
     return ClientLibrary::get().link().wait_for_news(os_params->service_id, os_params->news_seen, deadline) ? 1 : 0;
@@ -416,6 +435,7 @@ int32_t qmi_cci_os_signal_wait(qmi_client_os_params* os_params, uint32_t timeout
 int32_t qmi_client_init(const qmi_service_info* entry, qmi_idl_service_object_type service, qmi_client_ind_cb ind_cb,
                         void* cb_data, qmi_client_os_params* /*os_params*/, qmi_client_handle* client)
 {
+    const LibraryCall call;
     if (entry == nullptr || service == nullptr || client == nullptr) return kInternal;
     const Server server{entry->service_id, entry->instance, {entry->node, entry->port}};
     if (server == Server{} || server.service != service->service_id) return kServiceGone;
@@ -426,6 +446,7 @@ int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t i
                                  void* cb_data, qmi_client_os_params* /*os_params*/, uint32_t timeout_ms,
                                  qmi_client_handle* client)
 {
+    const LibraryCall call;
     if (service == nullptr || client == nullptr) return kInternal;
     ClientLibrary& library = ClientLibrary::get();
     const Deadline deadline = library.deadline(timeout_ms);
@@ -444,15 +465,17 @@ int32_t qmi_client_init_instance(qmi_idl_service_object_type service, uint32_t i
 
 int32_t qmi_client_register_error_cb(qmi_client_handle client, qmi_client_error_cb error_cb, void* cb_data)
 {
+    const LibraryCall call;
     return ClientLibrary::get().set_error_callback(client, error_cb, cb_data);
 }
 
 int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, const void* request, uint32_t request_size,
                                  void* response, uint32_t response_size, uint32_t timeout_ms)
 {
+    const LibraryCall call;
     ClientLibrary& library = ClientLibrary::get();
     Client found;
-    if (on_callback_thread || !library.find(client, found) || found.is_notifier) return kInternal;
+    if (library.is_calling_back() || !library.find(client, found) || found.is_notifier) return kInternal;
 
     const idl_message* asked = find_message(*found.service, REQUEST, msg_id);
     Transaction transaction;
@@ -477,6 +500,7 @@ int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, cons
 int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_message kind, uint32_t msg_id,
                                   const void* raw, uint32_t raw_len, void* structure, uint32_t size)
 {
+    const LibraryCall call;
     ClientLibrary& library = ClientLibrary::get();
     Client found;
     if (!library.find(client, found) && !library.find_told(client, found)) return kInternal;
@@ -489,5 +513,6 @@ int32_t qmi_client_message_decode(qmi_client_handle client, qmi_idl_type_of_mess
 
 int32_t qmi_client_release(qmi_client_handle client)
 {
+    const LibraryCall call;
     return ClientLibrary::get().release(client);
 }

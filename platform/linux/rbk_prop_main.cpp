@@ -1,9 +1,11 @@
 // rbk-prop: the host's properties from a shell.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "platform/linux/environment.h"
@@ -21,19 +23,36 @@ int end_with(const std::string& problem)
     return 1;
 }
 
+// Prints, and ends with the problem; output that is lost is one too.
+int print_and_end(const std::string& text, const std::string& problem)
+{
+    const bool printed = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+    const std::string loss = printed ? "" : "standard output: " + std::generic_category().message(errno);
+    const int status = end_with(problem);
+    return printed ? status : end_with(loss);
+}
+
 int print_one(const PropertyStore& store, const std::string& name, const std::string& default_value)
 {
     const PropertyStore::Reading reading = store.get(name);
     const std::string value = reading.value.value_or("");
-    if (reading.problem.empty()) std::printf("%s\n", value.empty() ? default_value.c_str() : value.c_str());
-    return end_with(reading.problem);
+    const std::string line = (value.empty() ? default_value : value) + "\n";
+    return print_and_end(reading.problem.empty() ? line : "", reading.problem);
 }
 
 int print_all(const PropertyStore& store)
 {
     const PropertyStore::Listing listing = store.list();
-    for (const auto& [name, value] : listing.values) std::printf("%s=%s\n", name.c_str(), value.c_str());
-    return end_with(listing.problem);
+    std::string lines;
+    for (const auto& [name, value] : listing.values) lines.append(name).append("=").append(value).append("\n");
+    return print_and_end(lines, listing.problem);
+}
+
+int set_one(const PropertyStore& store, const std::string& name, const std::string& value)
+{
+    // A list has a line for each property, and so has a file that people write.
+    if (value.find_first_of("\r\n") != std::string::npos) return end_with(name + ": a value has no line ends");
+    return end_with(store.set(name, value));
 }
 
 // The command line as the parser takes it, last word first. The third word is a value, never an option, though it may
@@ -54,7 +73,7 @@ int run(int argc, char* argv[])
     app.footer(
         "persist. and ro. names survive, all others live until the host boots again; a ro. name can be set once\n"
         "until it is unset. The files are in $RBK_HOME/properties. Exit status: 0, or 1 when something is "
-        "refused.");
+        "refused or the output can't be written.");
     std::string name;
     std::string value;
     CLI::App* get = app.add_subcommand("get", "print a value, or the default where there is none");
@@ -74,7 +93,7 @@ int run(int argc, char* argv[])
 
     const PropertyStore store = PropertyStore::of_home();
     if (get->parsed()) return print_one(store, name, value);
-    if (set->parsed()) return end_with(store.set(name, value));
+    if (set->parsed()) return set_one(store, name, value);
     if (unset->parsed()) return end_with(store.unset(name));
     return print_all(store);
 }

@@ -1,6 +1,5 @@
 #include "platform/linux/system_log.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
@@ -12,7 +11,6 @@
 #include <cstring>
 #include <ctime>
 #include <memory>
-#include <system_error>
 
 #include "platform/linux/environment.h"
 
@@ -29,15 +27,6 @@ int connect_log(const char* path)
     if (fd >= 0 && connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return fd;
     if (fd >= 0) close(fd);
     return -1;
-}
-
-int open_copy(const std::string& copy)
-{
-    if (copy.empty()) return -1;
-    if (copy == "stderr") return STDERR_FILENO;
-    const int fd = open(copy.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0) complain("RBK_LOGCAT=" + copy + ": " + std::generic_category().message(errno));
-    return fd;
 }
 
 // What stands before a line on the way to the system's log: "<11>Nov 24 21:08:57 rbk: ".
@@ -66,17 +55,18 @@ std::string format_text(const char* format, std::va_list arguments)
 }  // namespace
 
 SystemLog::SystemLog(const char* socket_path, const std::string& copy)
-    : socket_(connect_log(socket_path)), copy_(open_copy(copy))
+    : socket_(connect_log(socket_path)),
+      copy_(copy == "stderr" ? LineOutput("RBK_LOGCAT", STDERR_FILENO) : LineOutput("RBK_LOGCAT", copy))
 {
 }
 
-void SystemLog::write(int priority, std::string_view text) const
+void SystemLog::write(int priority, std::string_view text)
 {
     if (socket_ >= 0) {
         const std::string line = syslog_head(priority).append(text);
         send(socket_, line.data(), line.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     }
-    if (copy_ >= 0) {
+    if (copy_.is_open()) {
         std::string line = std::to_string(priority) + ' ';
         for (const char c : text) {
             if (c == '\n') {
@@ -86,13 +76,13 @@ void SystemLog::write(int priority, std::string_view text) const
             }
         }
         line += '\n';
-        if (::write(copy_, line.data(), line.size()) < 0) return;  // a full disk doesn't stop the run
+        copy_.write(line);
     }
 }
 
-const SystemLog& SystemLog::instance()
+SystemLog& SystemLog::instance()
 {
-    static const SystemLog log("/dev/log", environment().logcat.value_or(""));
+    static SystemLog log("/dev/log", environment().logcat.value_or(""));
     return log;
 }
 

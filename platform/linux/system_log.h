@@ -6,26 +6,27 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/line_output.h"
+
 namespace rbk::platform {
 
-// Knows its two ends by descriptor, -1 for one that isn't there. Has no lock and nothing to destroy: lines may come
-// before main and after exit handlers, from any thread.
+// Has no lock and nothing to destroy: lines may come before main and after exit handlers, from any thread.
 class SystemLog {
  public:
     // Connects to the datagram socket of the system's log at `socket_path`; without one there its lines go nowhere.
-    // `copy` is RBK_LOGCAT: a file that is appended to, "stderr", or empty. One that can't be opened is complained of.
+    // `copy` is RBK_LOGCAT: a file that is appended to, "stderr", or empty.
     SystemLog(const char* socket_path, const std::string& copy);
 
     // Sends one line to both ends, the copy in one write, with line feeds as "\n". Never blocks on the system's log: a
     // line that it has no room for is lost.
-    void write(int priority, std::string_view text) const;
+    void write(int priority, std::string_view text);
 
     // The process's own: at /dev/log, and as the environment says.
-    static const SystemLog& instance();
+    static SystemLog& instance();
 
  private:
-    int socket_ = -1;
-    int copy_ = -1;
+    int socket_ = -1;  // -1: nobody listens
+    LineOutput copy_;
 };
 
 // Sends what a printf format and its arguments make, with `tag` before it, to the process's own log; keeps errno.

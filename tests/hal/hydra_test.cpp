@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <set>
 #include <thread>
 
 #include "support/embedded_run.h"
@@ -61,6 +62,17 @@ TEST_P(HydraRefused, LeavesTheRecordAsItWas)
 }
 INSTANTIATE_TEST_SUITE_P(All, HydraRefused, testing::ValuesIn(kRefused),
                          [](const auto& row) { return row.param.catches; });
+
+TEST_F(Hydra, StepsOfTheSharedFrameHaveLinesOfTheirOwn)
+{
+    modem_hydra_mcs_trm_asdiv record{};
+    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 1);
+    std::set<std::string> places;  // "[modem_hydra_mgr.cpp:244] "
+    for (const std::string& line : lines_of(read_file(home() / "log")))
+        if (const std::size_t at = line.find("modem_hydra_mcs_trm_asdiv_get: "); at != std::string::npos)
+            places.insert(line.substr(0, at));
+    EXPECT_EQ(places.size(), 3U);  // entry, arguments, exit
+}
 
 TEST_F(Hydra, NumberRisesWithEachRequestAlone)
 {

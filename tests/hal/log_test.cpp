@@ -87,10 +87,12 @@ void operation_with_failure()
     LOG(1, "item %d: %s", 6853, "gone");
 }
 
-void shared_step(const char* caller, int line)
+void shared_steps(const char* operation)
 {
-    LOG_FROM(caller, line, 2, "step %d", 3);
+    LOG_FROM(operation, 2, "step %d", 1);
+    LOG_FROM(operation, 2, "step %d", 2);
 }
+constexpr int kShared = __LINE__ - 3;  // of the first step
 
 TEST_F(LogTest, LevelOneIsAnErrorWithFileLineAndFunction)
 {
@@ -99,11 +101,15 @@ TEST_F(LogTest, LevelOneIsAnErrorWithFileLineAndFunction)
     EXPECT_EQ(messages(), Lines{"3 [log_test.cpp:N] operation_with_failure: item 6853: gone"});
 }
 
-TEST_F(LogTest, SecondFormReportsUnderItsCallersNameAndLine)
+TEST_F(LogTest, SecondFormHasTheOperationsNameAndTheLineOfTheStep)
 {
-    EXPECT_EQ(output_of([] { shared_step("velmor_cmn_card_status_cmd", 77); }),
-              "RIL[log_test.cpp:77] velmor_cmn_card_status_cmd: step 3\n");
-    EXPECT_EQ(messages(), Lines{"7 [log_test.cpp:N] velmor_cmn_card_status_cmd: step 3"});
+    const auto step = [](int number) {
+        return "[log_test.cpp:" + std::to_string(kShared - 1 + number) + "] velmor_cmn_card_status_cmd: step " +
+               std::to_string(number);
+    };
+    EXPECT_EQ(output_of([] { shared_steps("velmor_cmn_card_status_cmd"); }),
+              "RIL" + step(1) + "\nRIL" + step(2) + "\n");
+    EXPECT_NE(read_file(home() / "log").find("7 " + step(2)), std::string::npos);
 }
 
 TEST_F(LogTest, LineFeedsOfABodyStayOnTheShellAndAreEscapedInTheCopy)

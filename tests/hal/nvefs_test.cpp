@@ -75,6 +75,7 @@ TEST_F(NvEfs, ChecksStandInTheirOrderAndAskNothing)
         EXPECT_EQ(log_count(c.words), before + 1) << c.catches;
     }
     EXPECT_TRUE(trace().empty());
+    EXPECT_EQ(log_count("3 [velmor_extend_nvefs.cpp"), 0U) << "a failure is for the caller to say";
     EXPECT_EQ(log_count("function entry ------------->"), log_count("function exit <-------------"));
 }
 
@@ -184,6 +185,19 @@ TEST_F(NvEfs, FileComesBackAsItWasWritten)
     EXPECT_EQ(velmor_efs_delete(0, kPath.c_str(), length(kPath)), -2);
 }
 
+TEST_F(NvEfs, TransfersOfTwoThreadsDontMix)
+{
+    const auto transfer = [](const char* path) { EXPECT_EQ(efs_write(path, pattern(240 * 414)), 0); };
+    std::thread other(transfer, "/a");
+    transfer("/b");
+    other.join();
+    std::string order;  // of the chunks, by the second byte of their path
+    for (const Traced& chunk : requests()) order += field(chunk, 6, 1) == "61" ? 'a' : 'b';
+    EXPECT_TRUE(order == std::string(240, 'a') + std::string(240, 'b') ||
+                order == std::string(240, 'b') + std::string(240, 'a'))
+        << order;
+}
+
 TEST_F(NvEfs, PathOf100BytesGoesOutWithoutItsLast)
 {
     std::uint8_t buf[10];
@@ -213,6 +227,7 @@ struct ForeignCase {
     const char* words;
 };
 const std::string kData424(2 * 424, '5');
+const std::string kNoData = tlv(0x01, le(0, 4)) + tlv(0x02, le(0, 4));  // success, and nothing else
 const ForeignCase kForeignReads[] = {
     {"ReadBehindTheRecord", raw_answer(answer(5000, 5000, 0, kData424)), 2000, 0, 2000, 1,
      "abort, buf_len <= data_len_recv"},
@@ -227,6 +242,11 @@ const ForeignCase kForeignReads[] = {
     {"ModemThatNeverEndsAsked", raw_answer(answer(0x7FFFFFFF, 1, 0, "AB")), 200000, 0, 300, 300, "read_count = 299, "},
     {"ReadBeyondTheLargestFile", raw_answer(answer(0x7FFFFFFF, 102410, 0, kData424)), 200000, 0, 102410, 1,
      "read_count = 0, "},
+    {"LaterAnswerWithoutDataTakenForAnEmptyOne", raw_answer(answer(5000, 100, 0, kData424), 1) + raw_answer(kNoData),
+     300, 0, 300, 3, "data_len_all = 5000, data_len_send = 100, data_len_recv = 300, read_count = 2, "},
+    {"LaterShortAnswerClearsWhatItLeavesOut",
+     raw_answer(answer(5000, 100, 0, kData424), 1) + raw_answer(envelope(0, 8, le(0, 4) + le(7000, 4))), 200, 0, 200, 2,
+     "data_len_all = 7000, data_len_send = 100, data_len_recv = 200, "},
     {"ServicesErrorTakenForSuccess", "[[fault]]\nservice = 'extended'\naction = 'error'\ncode = 3\n", 10, -103, 10, 1,
      "velmor_efs_read: velmor_extend_qmi_send_sync fail, ABORT"},
 };
@@ -271,6 +291,17 @@ TEST_F(NvEfs, EmptyItemIsNone)
     std::uint32_t len = sizeof(buf);
     EXPECT_EQ(velmor_nv_read(0, 1, buf, &len), -108);
     EXPECT_EQ(log_count("velmor_nv_read: rsp.data_len_all is invalid"), 1U);
+}
+
+TEST_F(NvEfs, LaterChunkFindsTheInstanceOfTheAnswerBefore)
+{
+    scenario(raw_answer(answer(0, 0, 7, ""), 1) + raw_answer(kNoData, 2) +
+             "[[fault]]\nservice = 'extended'\nnth = 3\naction = 'error'\ncode = 3\n");
+    EXPECT_EQ(efs_write(kPath, pattern(1000)), -103);
+    ASSERT_EQ(requests().size(), 3U);
+    EXPECT_EQ(field(requests()[1], 2, 2), le(7, 2));
+    EXPECT_EQ(field(requests()[2], 2, 2), le(7, 2));  // the second answer left it out
+    EXPECT_EQ(log_count("result = -103, rsp.result[>=0 is instance id] = 7"), 1U);
 }
 
 TEST_F(NvEfs, RefusedChunkEndsTheWrite)

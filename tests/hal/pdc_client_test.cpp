@@ -591,7 +591,7 @@ TEST_F(PdcClient, SecondRequestOfAKindIsBusy)
 
 // ---- Outcomes in the numbers of the radio interface ----
 
-TEST(QcrilResult, MapsEachErrorAndWhatAContextMakesOfIt)
+TEST_F(PdcClient, OutcomesAreMappedByErrorAndContext)
 {
     struct {
         const char* catches;
@@ -637,6 +637,10 @@ TEST(QcrilResult, MapsEachErrorAndWhatAContextMakesOfIt)
                   c.expected)
             << c.catches;
     }
+    for (const char* words : {"transport error -1, result 39", "transport error -3, result 39",
+                              "QMI result 2, result 39", "QMI error 999, result 40"})
+        EXPECT_EQ(log_count(std::string("_to_ril_result_ex: ") + words), 1U) << words;
+    EXPECT_EQ(log_count("3 util: [qcril_result.cpp: "), 4U) << "what a row says is told too";
     EXPECT_EQ(qcril_qmi_util_convert_qmi_response_codes_to_ril_result(0, nullptr), 0);
     qmi_response_type response{1, 1};
     for (std::uint32_t context = 0; context <= 9; ++context)  // a missing payload decides nothing

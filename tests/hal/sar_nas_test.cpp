@@ -35,6 +35,7 @@ TEST_F(SarClient, AnswersAreBelievedAsFarAsTheirPartsTell)
         "[[fault]]\nservice = 'sar'\nmessage = 1\naction = 'error'\ncode = 48\n");
     EXPECT_EQ(velmor_get_sar_dsi(), 0) << "without the state's flag";
     EXPECT_EQ(log_count("dsi vailid = 0 , dsi value = 0"), 1U);
+    EXPECT_EQ(log_count("velmor_get_sar_dsi: function"), 0U) << "the one operation without traces";
     EXPECT_EQ(velmor_set_sar_dsi(7), 0) << "the answer's own result isn't looked at";
 }
 

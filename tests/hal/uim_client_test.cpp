@@ -403,6 +403,8 @@ TEST_F(UimClient, ServiceThatGoesDuringASendIsDroppedAtOnce)
     scenario("[modem]\nrestart_ms = 20\n" + rule("message = 0x0065", "nth = 1", "'down'"));
     EXPECT_EQ(request_eid(), -2);
     EXPECT_EQ(log_count("velmor_uim_request_eid: QMI error, try recovery"), 1U);
+    EXPECT_EQ(log_count("error_cb: QMI error callback -2"), 1U);
+    EXPECT_EQ(log_count("error_cb: SSR Detected, set SSR_Detected 1"), 1U);
     EXPECT_EQ(request_eid(), 0) << "the next one waits for the service";
     EXPECT_EQ(log_count("init_uim_qmi_client: init_uim_qmi_client 0x"), 2U);
 }

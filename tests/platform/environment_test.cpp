@@ -10,6 +10,7 @@
 #include <cstdlib>
 
 #include "support/home.h"
+#include "support/program.h"
 
 namespace rbk::test {
 namespace {
@@ -61,6 +62,19 @@ TEST_F(EnvironmentTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
     EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "rbk: " + problem + "\n");
     EXPECT_TRUE(std::filesystem::is_empty(empty));
+}
+
+// The first file that is opened would get the number, and the stream's text.
+TEST_F(EnvironmentTest, ClosedStreamsGiveTheirNumbersToNothing)
+{
+    for (const char* closed : {">&-", "2>&-", "<&- >&- 2>&-"}) {
+        const RunResult result = run({"/bin/sh", "-c", std::string("exec \"$0\" 4 1 0 550 ") + closed, rbk_path()},
+                                     {{{"RBK_TRACE", home() / "trace"}, {"RBK_QMI_TIMEOUT_SCALE", "word"}}});
+        EXPECT_EQ(result.status, 0);
+        for (const std::string& line : log()) EXPECT_TRUE(line.starts_with("7 ") || line.starts_with("3 ")) << line;
+        for (const std::string& line : lines_of(read_file(home() / "trace")))
+            EXPECT_NE(line.find(" svc=0xFFE4 "), std::string::npos) << line;
+    }
 }
 
 TEST_F(EnvironmentTest, UnsetAndEmptyVariablesAreMissing)

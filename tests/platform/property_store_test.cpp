@@ -3,6 +3,9 @@
 
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <thread>
@@ -63,6 +66,28 @@ TEST_F(PropertyStoreTest, KeptNamesSurviveABootAndTheOthersDoNot)
     EXPECT_FALSE(std::filesystem::exists(root() / "boot-first")) << "what an earlier boot left goes";
     EXPECT_EQ(store().list().values,
               (std::map<std::string, std::string>{{"debug.y", "2"}, {"persist.x", "1"}, {"ro.x", "1"}}));
+}
+
+TEST_F(PropertyStoreTest, FilesHaveTheModeThatTheUmaskLeaves)
+{
+    for (const mode_t mask : {0077, 0002}) {
+        const mode_t before = umask(mask);
+        EXPECT_EQ(store().set("persist.x", "1"), "");
+        umask(before);
+        EXPECT_EQ(std::filesystem::status(root() / "kept/persist.x").permissions(),
+                  static_cast<std::filesystem::perms>(0666 & ~mask));
+    }
+}
+
+TEST_F(PropertyStoreTest, WhatAKillCouldLeaveLiesWhereTheNextBootClearsIt)
+{
+    EXPECT_EQ(store().set("persist.x", "1"), "");
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(inotify_add_watch(watch, (root() / "kept").c_str(), IN_CREATE), 0);
+    EXPECT_EQ(store().set("persist.x", "2"), "");
+    char events[4096];
+    EXPECT_LT(read(watch, events, sizeof events), 0) << "written among the kept ones";
+    close(watch);
 }
 
 TEST_F(PropertyStoreTest, ReadOnlyNameIsSetOnceUntilItIsUnset)
@@ -213,6 +238,8 @@ TEST_F(PropertyStoreTest, ProgramReadsWritesForgetsAndLists)
                 {"UnsetForgetsAll", {"list"}, 0, "ro.y=1\n", false},
                 {"NoCommandPasses", {}, 1, "", true},
                 {"UnknownCommandPasses", {"put", "x"}, 1, "", true},
+                {"LineFeedMakesTwoLines", {"set", "persist.x", "1\nro.y=2"}, 1, "", true},
+                {"ReturnMakesTwoLines", {"set", "persist.x", "1\r"}, 1, "", true},
                 {"MissingValuePasses", {"set", "persist.x"}, 1, "", true}};
     for (const auto& row : rows) {
         const RunResult result = run_rbk_prop(row.arguments);
@@ -221,6 +248,16 @@ TEST_F(PropertyStoreTest, ProgramReadsWritesForgetsAndLists)
         EXPECT_EQ(!result.err.empty(), row.complains) << row.catches << ": " << result.err;
     }
     EXPECT_EQ(run_rbk_prop({"--help"}).status, 0);
+}
+
+TEST_F(PropertyStoreTest, ProgramTellsOfOutputThatIsLost)
+{
+    set_property("persist.x", std::string(255, 'v'));
+    for (const char* words : {"list", "get persist.x"}) {
+        const RunResult result = run({"/bin/sh", "-c", bin_path("rbk-prop") + " " + words + " >/dev/full"});
+        EXPECT_EQ(result.status, 1) << words;
+        EXPECT_EQ(result.err, "rbk: standard output: No space left on device\n") << words;
+    }
 }
 
 }  // namespace

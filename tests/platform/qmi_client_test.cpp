@@ -16,6 +16,8 @@
 
 #include "platform/counted_new.h"
 #include "platform/link/bytes.h"
+#include "platform/linux/callback_queue.h"
+#include "support/embedded_run.h"
 #include "support/home.h"
 #include "support/modem_process.h"
 
@@ -128,6 +130,11 @@ class QmiClient : public HomeTest, public testing::WithParamInterface<const char
     std::optional<ModemProcess> process_;
 };
 
+void tell_error(qmi_client_handle, int32_t error, void* told)
+{
+    static_cast<Told*>(told)->add("error " + std::to_string(error));
+}
+
 constexpr char kSilence[] = "[[fault]]\nservice = \"extended\"\naction = \"silent\"\n";
 
 INSTANTIATE_TEST_SUITE_P(Over, QmiClient, testing::Values("embedded", "unix", "qrtr"),
@@ -231,30 +238,6 @@ TEST_P(QmiClient, ReleaseEndsARequestInFlight)
     EXPECT_EQ(result.get(), -2);
 }
 
-// The worker is joined by an exit handler that is older than the library, so after the library's own.
-TEST_P(QmiClient, TheEndOfTheProcessEndsARequestInFlight)
-{
-    trace_to_file();
-    use_modem(kSilence);
-    EXPECT_EXIT(
-        {
-            static std::thread worker;
-            static std::int32_t result = 0;
-            std::atexit([] {
-                worker.join();
-                if (result != -2) ::_exit(1);
-            });
-            qmi_client_handle client = open();
-            worker = std::thread([client] {
-                envelope response{};
-                result = send(client, echo_request(1), response, 60000);
-            });
-            wait_for_request();
-            std::exit(0);
-        },
-        testing::ExitedWithCode(0), "");
-}
-
 // ---- Services that come and go ----
 
 TEST_P(QmiClient, FindsAServiceThatComesUpLate)
@@ -291,13 +274,10 @@ TEST_P(QmiClient, TellsOfALostServiceOnceAndFindsItAgain)
     use_modem("[modem]\nrestart_ms = 50\n[[fault]]\nservice = \"extended\"\nnth = 1\naction = \"down\"\n");
     qmi_client_handle client = open();
     Told told;
-    const auto on_error = [](qmi_client_handle, int32_t error, void* data) {
-        static_cast<Told*>(data)->add("error " + std::to_string(error));
-    };
     qmi_client_os_params wait_here{};
     qmi_client_handle notifier = nullptr;
     qmi_client_notifier_init(&extended, &wait_here, &notifier);
-    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &told), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told), 0);
     envelope response{};
     EXPECT_EQ(send(client, echo_request(1), response), -2);
     EXPECT_EQ(told.wait(1), std::vector<std::string>{"error -2"});
@@ -309,7 +289,7 @@ TEST_P(QmiClient, TellsOfALostServiceOnceAndFindsItAgain)
 
     // Registered when it has gone already: told all the same.
     Told told_late;
-    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &told_late), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told_late), 0);
     EXPECT_EQ(told_late.wait(1), std::vector<std::string>{"error -2"});
     EXPECT_EQ(told.wait(1).size(), 1u) << "told twice";
 }
@@ -321,10 +301,14 @@ TEST(QmiClientOverUnix, FindsAModemThatIsStartedAgain)
     ::setenv("RBK_MODEM", modem->address().c_str(), 1);
     qmi_client_handle client = nullptr;
     ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 0, &client), 0);
+    Told told;
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told), 0);
     modem->end(SIGKILL);
     const envelope request = echo_request(1);
     envelope response{};
     EXPECT_EQ(qmi_client_send_msg_sync(client, 2, &request, sizeof request, &response, sizeof response, 10000), -2);
+    EXPECT_EQ(qmi_client_release(client), 0);
+    EXPECT_EQ(told.wait(0), std::vector<std::string>{"error -2"});
     modem.emplace(dir.path());
     ASSERT_EQ(qmi_client_init_instance(&extended, QMI_CLIENT_INSTANCE_ANY, nullptr, nullptr, nullptr, 1000, &client),
               0);
@@ -370,6 +354,34 @@ TEST_P(QmiClient, HandsAnIndicationToEachClientOnAThreadOfItsOwn)
     EXPECT_NE(first.thread, std::this_thread::get_id());
 }
 
+// Twenty rows, each said a thousand times a second and in their order.
+TEST_P(QmiClient, LosesNothingOfTwentyThousandIndicationsASecond)
+{
+    std::string scenario;
+    for (int row = 0; row < 20; ++row)
+        scenario += "[[indication]]\nservice = \"extended\"\nmessage = 3\nevery_ms = 1\nbytes = \"" +
+                    hex({static_cast<std::uint8_t>(row)}) + " 00 00\"\n";
+    use_modem(scenario);
+    struct Flood {
+        std::atomic<int> count = 0;
+        std::atomic<int> out_of_order = 0;
+        Told lost;
+    };
+    static Flood flood;
+    const auto on_row = [](qmi_client_handle, uint32_t, void* buffer, uint32_t, void*) {
+        if (*static_cast<std::uint8_t*>(buffer) != flood.count++ % 20) ++flood.out_of_order;
+    };
+    qmi_client_handle client = open(on_row);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &flood.lost), 0);
+    envelope response{};
+    ASSERT_EQ(send(client, echo_request(1), response), 0);
+    while (flood.count < 20000 && flood.lost.wait(0).empty()) std::this_thread::sleep_for(milliseconds(5));
+    EXPECT_EQ(flood.lost.wait(0), std::vector<std::string>{}) << "after " << flood.count << ": the modem gave it up";
+    EXPECT_EQ(flood.out_of_order, 0);
+    EXPECT_EQ(send(client, echo_request(1), response), 0);
+    qmi_client_release(client);
+}
+
 TEST_P(QmiClient, ALostServiceTakesNoIndicationBack)
 {
     std::string scenario;
@@ -385,16 +397,47 @@ TEST_P(QmiClient, ALostServiceTakesNoIndicationBack)
         return std::to_string(length);
     };
     qmi_client_handle client = open(on_indication, &listener);
-    const auto on_error = [](qmi_client_handle, int32_t error, void* data) {
-        static_cast<Told*>(data)->add("error " + std::to_string(error));
-    };
-    ASSERT_EQ(qmi_client_register_error_cb(client, on_error, &listener.told), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &listener.told), 0);
     envelope response{};
     EXPECT_EQ(send(client, echo_request(1), response), 0);
     EXPECT_EQ(send(client, echo_request(1), response), 0);
     EXPECT_EQ(send(client, echo_request(1), response), -2);
     lost.set_value();
     EXPECT_EQ(listener.told.wait(3), (std::vector<std::string>{"3: 3", "3: 4", "error -2"}));
+}
+
+// Two clients whose loss is still queued, behind a callback of a third one: released from outside, and from that callback.
+TEST_P(QmiClient, ReleaseTellsALostServiceFirst)
+{
+    use_modem(
+        "[[fault]]\nservice = \"extended\"\nnth = 1\naction = \"indicate\"\nindication = 3\nbytes = \"\"\n"
+        "[[fault]]\nservice = \"extended\"\nnth = 2\naction = \"down\"\n");
+    Told told;
+    Told told_other;
+    qmi_client_handle client = open();
+    qmi_client_handle other = open();
+    ASSERT_EQ(qmi_client_register_error_cb(client, tell_error, &told), 0);
+    ASSERT_EQ(qmi_client_register_error_cb(other, tell_error, &told_other), 0);
+    std::promise<void> entered;
+    std::promise<void> goes_on;
+    Listener busy;
+    busy.act = [&](qmi_client_handle, const void*, uint32_t) {
+        entered.set_value();
+        goes_on.get_future().wait();
+        return std::to_string(qmi_client_release(other));
+    };
+    open(on_indication, &busy);
+    envelope response{};
+    EXPECT_EQ(send(client, echo_request(1), response), 0);
+    entered.get_future().wait();
+    EXPECT_EQ(send(client, echo_request(1), response), -2);
+    auto released = std::async(std::launch::async, [&] { return qmi_client_release(client); });
+    EXPECT_EQ(released.wait_for(milliseconds(50)), std::future_status::timeout) << "and the loss hasn't been told";
+    goes_on.set_value();
+    EXPECT_EQ(released.get(), 0);
+    EXPECT_EQ(told.wait(0), std::vector<std::string>{"error -2"});
+    EXPECT_EQ(busy.told.wait(1), std::vector<std::string>{"3: 0"});
+    EXPECT_TRUE(told_other.wait(0).empty()) << "called after its release";
 }
 
 TEST_P(QmiClient, ACallbackMayReleaseButNotSend)
@@ -435,25 +478,114 @@ TEST_P(QmiClient, ReleaseWaitsForARunningCallbackWhichStillDecodes)
     EXPECT_EQ(decoded, 0);
 }
 
-TEST_P(QmiClient, TheProcessMayEndInTheMiddleOfACallback)
+struct Sized {
+    std::size_t bytes = 0;
+    std::size_t size() const { return bytes; }
+};
+
+TEST(CallbackQueue, IsBoundedButForWhatHasNoBytes)
 {
-    use_modem(kIndication);
-    EXPECT_EXIT(
-        {
+    using Queue = platform::CallbackQueue<Sized>;
+    Queue queue;
+    for (const std::size_t bytes : {Queue::kMost - 1, std::size_t{2}, std::size_t{1}, std::size_t{1}, std::size_t{0}})
+        queue.push({bytes});
+    EXPECT_EQ(queue.pop().bytes, Queue::kMost - 1);
+    EXPECT_EQ(queue.pop().bytes, 1u) << "what found no room was kept";
+    EXPECT_EQ(queue.pop().bytes, 0u) << "a lost service was dropped";
+    EXPECT_TRUE(queue.empty());
+    queue.push({Queue::kMost});
+    queue.erase_if([](const Sized&) { return true; });
+    queue.push({Queue::kMost});
+    EXPECT_FALSE(queue.empty()) << "room that is free again wasn't given";
+}
+
+// ---- The end of the process ----
+
+// What a callback does while the process ends.
+struct EndCase {
+    const char* catches;
+    void (*in_callback)();
+};
+std::atomic<bool> callback_entered;
+std::atomic<bool> callback_may_run;  // when the process has ended
+std::atomic<bool> library_has_ended;
+steady_clock::time_point end_begun;
+qmi_client_handle ended_client;
+
+void list_services()
+{
+    uint32_t services = 0;
+    qmi_client_get_service_list(&extended, nullptr, nullptr, &services);
+}
+
+const EndCase kEndCases[] = {
+    {"CallbackLeftBehind",
+     [] {
+         callback_may_run = false;
+         std::this_thread::sleep_for(milliseconds(50));
+         callback_may_run = true;
+     }},
+    {"CallbackInACallWaitedFor",
+     [] {
+         for (;;) list_services();
+     }},
+    {"CallbackCannotEndTheProcess", [] { std::exit(0); }},
+};
+
+// In an exit handler that is older than the library's.
+void check_ended_library()
+{
+    bool right = callback_may_run && steady_clock::now() - end_begun < milliseconds(900);
+    library_has_ended = true;
+    const envelope request = echo_request(1);
+    envelope response{};
+    right = right &&
+            qmi_client_send_msg_sync(ended_client, 2, &request, sizeof request, &response, sizeof response, 60000) != 0;
+    right = right && qmi_client_release(ended_client) == 0;
+    std::this_thread::sleep_for(milliseconds(50));  // for whoever returns now
+    if (!right) ::_exit(1);
+}
+
+// Of all threads but the one that ends the process no call returns: those that are under way then, and later ones.
+TEST_P(QmiClient, TheEndOfTheProcessKeepsEveryOtherThread)
+{
+    trace_to_file();
+    use_modem(std::string(kIndication) + kSilence);
+    for (const EndCase& each : kEndCases) {
+        SCOPED_TRACE(each.catches);
+        std::filesystem::remove(trace_file());
+        const auto end = [&] {
+            std::atexit(check_ended_library);
+            callback_may_run = true;
             static Listener listener;
-            static std::promise<void> entered;
-            listener.act = [](qmi_client_handle, const void*, uint32_t) {
-                entered.set_value();
-                std::this_thread::sleep_for(milliseconds(20));
+            listener.act = [&](qmi_client_handle, const void*, uint32_t) {
+                callback_entered = true;
+                end_begun = steady_clock::now();
+                each.in_callback();
                 return std::string();
             };
-            qmi_client_handle client = open(on_indication, &listener);
-            envelope response{};
-            send(client, echo_request(1), response);
-            entered.get_future().wait();
+            ended_client = open(on_indication, &listener);
+            std::thread([] {
+                while (!library_has_ended) std::this_thread::sleep_for(milliseconds(1));
+                list_services();
+                ::_exit(2);
+            }).detach();
+            std::thread([] {
+                envelope response{};
+                send(ended_client, echo_request(1), response, 60000);
+                ::_exit(3);
+            }).detach();
+            while (!callback_entered) std::this_thread::sleep_for(milliseconds(1));
+            if (each.in_callback == kEndCases[2].in_callback) {
+                envelope response{};
+                send(ended_client, echo_request(1), response, 60000);
+                ::_exit(4);
+            }
+            end_begun = steady_clock::now();
             std::exit(0);
-        },
-        testing::ExitedWithCode(0), "");
+        };
+        EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    }
 }
 
 // ---- Trace ----

@@ -1,20 +1,26 @@
 // The platform's log: both its ends, the radio daemon's logger, and the mutex that outlives its destructor.
 #include "platform/linux/system_log.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <qti_logger.h>
 #include <qti_shared_mutex.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <memory>
 #include <thread>
 
+#include "platform/linux/environment.h"
+#include "platform/linux/link_trace.h"
 #include "support/home.h"
 
 extern "C" void __vsyslog_chk(int priority, int flag, const char* format, va_list arguments);
@@ -100,7 +106,7 @@ TEST_F(SystemLogTest, LoggerPutsItsTagBeforeTheText)
 TEST_F(SystemLogTest, SystemsLogGetsFacilityMomentAndTag)
 {
     const Listener listener(socket_path());
-    const platform::SystemLog log(socket_path().c_str(), "");
+    platform::SystemLog log(socket_path().c_str(), "");
     log.write(LOG_ERR, "text\n of two lines");
     const std::string seen = listener.next();
     ASSERT_TRUE(seen.starts_with("<11>")) << seen;
@@ -113,7 +119,7 @@ TEST_F(SystemLogTest, SystemsLogGetsFacilityMomentAndTag)
 TEST_F(SystemLogTest, SystemsLogThatDoesNotReadIsNotWaitedFor)
 {
     const Listener listener(socket_path());
-    const platform::SystemLog log(socket_path().c_str(), "");
+    platform::SystemLog log(socket_path().c_str(), "");
     const std::string text(2000, 'x');
     for (int i = 0; i < 2000; ++i) log.write(LOG_DEBUG, text);  // hangs here where a full queue blocks
     EXPECT_TRUE(listener.next().ends_with(text));
@@ -121,15 +127,65 @@ TEST_F(SystemLogTest, SystemsLogThatDoesNotReadIsNotWaitedFor)
 
 TEST_F(SystemLogTest, AbsentEndsAreNoHindrance)
 {
-    const platform::SystemLog nowhere(socket_path().c_str(), "");
+    platform::SystemLog nowhere(socket_path().c_str(), "");
     nowhere.write(LOG_ERR, "nobody hears this");
     testing::internal::CaptureStderr();
-    const platform::SystemLog refused(std::string(200, 'x').c_str(), home());
+    platform::SystemLog refused(std::string(200, 'x').c_str(), home());
     refused.write(LOG_ERR, "nor this");
-    const platform::SystemLog standard_error(socket_path().c_str(), "stderr");
+    platform::SystemLog standard_error(socket_path().c_str(), "stderr");
     standard_error.write(LOG_ERR, "but this");
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "rbk: RBK_LOGCAT=" + home().string() + ": Is a directory\n3 but this\n");
+}
+
+// The copy of the log, the trace and complaints: none is worth the command's life, or a second complaint.
+TEST_F(SystemLogTest, WhatCannotBeWrittenIsGivenUpWithOneComplaint)
+{
+    const std::string pipe = home() / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string full = home() / "full";
+    write_file(full, std::string(5000, 'x'));
+    const rlimit longest{5000, RLIM_INFINITY};  // bytes of a file
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &longest), 0);
+    const struct {
+        const char* catches;
+        std::string path;
+        bool read_at_first;
+        std::string complaint;
+    } rows[] = {
+        {"EndedByItsReader", pipe, true, ": Broken pipe; given up"},
+        {"WaitsForAReaderForEver", pipe, false, "=" + pipe + ": nobody reads it"},
+        {"EndedByTheLongestFile", full, false, ": File too large; given up"},
+        {"ComplainsOfAFullDiskEachTime", "/dev/full", false, ": No space left on device; given up"},
+    };
+    for (const auto& row : rows) {
+        const int reader = row.read_at_first ? open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC) : -1;
+        testing::internal::CaptureStderr();
+        platform::SystemLog log(socket_path().c_str(), row.path);
+        platform::LinkTrace trace(row.path);
+        close(reader);
+        for (int i = 0; i < 2; ++i) {
+            log.write(LOG_ERR, "line");
+            const platform::MutexLock lock(trace.mutex());
+            trace.diag(platform::Direction::to_modem, {});
+        }
+        EXPECT_FALSE(trace.is_on()) << row.catches;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "rbk: RBK_LOGCAT" + row.complaint + "\nrbk: RBK_TRACE" + row.complaint + "\n")
+            << row.catches;
+    }
+    int broken[2];
+    ASSERT_EQ(::pipe(broken), 0);
+    close(broken[0]);
+    const int standard_error = dup(STDERR_FILENO);
+    dup2(broken[1], STDERR_FILENO);
+    platform::complain("nobody hears this");
+    dup2(standard_error, STDERR_FILENO);
+    sigset_t left;
+    sigpending(&left);
+    EXPECT_TRUE(sigisemptyset(&left));
+    pthread_sigmask(SIG_BLOCK, nullptr, &left);
+    EXPECT_TRUE(sigisemptyset(&left)) << "a command without a reader would not end";
 }
 
 TEST_F(SystemLogTest, MutexStaysUsableAfterItsDestructor)

@@ -1,11 +1,15 @@
 // NV items and EFS files: limits, error numbers, and transfers in chunks.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <functional>
 #include <numeric>
 
+#include "support/program.h"
 #include "wire_client.h"
 
 namespace rbk::sim {
@@ -280,8 +284,8 @@ TEST(State, TroubleIsOneComplaintAndMinus5)
          nv_record(kNvWrite, 0, 5, counting(3))},
         {"PipeInPlaceOfAnItem", [](const auto& state) { ::mkfifo((state / "nv/0/5").c_str(), 0600); },
          nv_record(kNvRead, 0, 5)},
-        {"PipeInPlaceOfAFile", [](const auto& state) { ::mkfifo((state / "efs/0/pipe").c_str(), 0600); },
-         efs_record(kEfsRead, 0, "/pipe")},
+        {"PipeInPlaceOfAFile", [](const auto& state) { ::mkfifo((state / "efs/0/\x1B[1m").c_str(), 0600); },
+         efs_record(kEfsRead, 0, "/\x1B[1m")},
         {"FileInPlaceOfTheTree",
          [](const auto& state) {
              std::filesystem::remove_all(state / "efs/0");
@@ -306,38 +310,208 @@ TEST(State, TroubleIsOneComplaintAndMinus5)
         EXPECT_EQ(result(client, row.record), -5) << row.catches;
         EXPECT_EQ(client.envelope(0, counting(4)).data_len, 4u) << row.catches << ": the modem has died of it";
         modem.stop();
-        EXPECT_EQ(modem.complaints.size(), 1u) << row.catches;
+        ASSERT_EQ(modem.complaints.size(), 1u) << row.catches;
+        EXPECT_EQ(modem.complaints[0].find('\x1B'), std::string::npos) << "the terminal would obey";
     }
 }
 
-TEST(State, WhatAKilledStartWithThisProcessNumberLeftIsPassedOver)
+// A phone of four values, each of them `mark`.
+bool fill(StateStore& fresh, const std::string& mark)
 {
-    const TempDir folder;
-    for (int i = 1; i < 100; ++i) {
-        std::filesystem::create_directory(folder.path() /
-                                          (".modem-" + std::to_string(::getpid()) + "-" + std::to_string(i)));
-    }
-    RunningModem modem("", folder.path() / "modem");
-    WireClient client = modem.connect();
-    Bytes read;
-    EXPECT_EQ(nv_read(client, 0, 550, read), 0);
+    const Bytes bytes(mark.begin(), mark.end());
+    return fresh.write("nv/0/550", bytes) == 0 && fresh.write("nv/1/550", bytes) == 0 &&
+           fresh.write_in("efs/0", {"file"}, bytes) == 0 && fresh.write("of/" + mark, bytes) == 0;
 }
 
-TEST(State, ADirectoryThatCantBeMadeLeavesAModemWithoutMemory)
+// Prepares the directory, and gives all complaints and the marks of what then stands in it.
+std::string prepared(
+    const std::filesystem::path& root, const std::string& mark, const std::function<void()>& meanwhile = [] {})
+{
+    std::string seen;
+    Complaints complaints([&seen](const std::string& line) { seen += line + "\n"; });
+    StateStore store(root, complaints);
+    const bool usable = store.prepare([&](StateStore& fresh) {
+        meanwhile();
+        return fill(fresh, mark);
+    });
+    EXPECT_TRUE(usable);
+    for (const char* name : {"nv/0/550", "nv/1/550", "efs/0/file"}) seen += test::read_file(root / name) + " ";
+    for (const auto& entry : std::filesystem::directory_iterator(root / "of")) {
+        seen += entry.path().filename().string() + " ";
+    }
+    EXPECT_FALSE(std::filesystem::exists(root / ".new"));
+    return seen;
+}
+
+TEST(State, AnEmptyDirectoryIsFilledWhereItStands)
+{
+    const TempDir folder;  // as a volume: no other directory can take its place
+    std::filesystem::create_directory(folder.path() / "lost+found");
+    struct stat before {};
+    struct stat after {};
+    ::stat(folder.path().c_str(), &before);
+    EXPECT_EQ(prepared(folder.path(), "a"), "a a a a ");
+    ::stat(folder.path().c_str(), &after);
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "tmp"));
+    EXPECT_EQ(prepared(folder.path(), "b"), "a a a a ");
+}
+
+TEST(State, AKilledStartIsMadeGoodByTheNext)
+{
+    struct {
+        const char* killed;
+        std::function<void(const std::filesystem::path& root)> start;
+        const char* found;
+    } const rows[] = {
+        {"AtItsBeginning", [](const auto& root) { std::filesystem::create_directories(root / ".new"); }, "b b b b "},
+        {"WhileItFilled",
+         [](const auto& root) {
+             const pid_t child = ::fork();
+             if (child == 0) {
+                 Complaints complaints([](const std::string&) {});
+                 StateStore(root, complaints).prepare([](StateStore& fresh) {
+                     return fresh.write("nv/0/550", counting(3)) != 0 || ::raise(SIGKILL) != 0;
+                 });
+             }
+             ::waitpid(child, nullptr, 0);
+         },
+         "b b b b "},
+        {"WithTheNumberOfThisProcess",
+         [](const auto& root) {
+             for (int i = 1; i < 99; ++i) {
+                 const std::string build = std::to_string(::getpid()) + "-" + std::to_string(i);
+                 std::filesystem::create_directories(root / ".new" / build);
+             }
+         },
+         "b b b b "},
+        {"WhileItMoved",
+         [](const auto& root) {
+             prepared(root, "a");
+             std::filesystem::create_directories(root / ".new/whole/content");
+             std::filesystem::rename(root / "efs", root / ".new/whole/content/efs");
+         },
+         "a a a a "},
+        {"WhenItHadMovedAll",
+         [](const auto& root) {
+             prepared(root, "a");
+             std::filesystem::create_directories(root / ".new/whole/content");
+         },
+         "a a a a "},
+    };
+    for (const auto& row : rows) {
+        const TempDir folder;
+        row.start(folder.path() / "modem");
+        EXPECT_EQ(prepared(folder.path() / "modem", "b"), row.found) << row.killed;
+    }
+}
+
+TEST(State, OfStartsAtOnceOneFills)
+{
+    for (int round = 0; round < 20; ++round) {
+        const TempDir folder;
+        const std::filesystem::path root = round % 2 == 0 ? folder.path() : folder.path() / "not/there";
+        std::vector<std::thread> starts;
+        std::vector<std::string> seen(8);
+        for (std::size_t i = 0; i < seen.size(); ++i) {
+            starts.emplace_back([&, i] {
+                Complaints complaints([&, i](const std::string& line) { seen[i] += line; });
+                StateStore store(root, complaints);
+                if (!store.prepare([i](StateStore& fresh) { return fill(fresh, std::to_string(i)); })) seen[i] += "!";
+                seen[i] += test::read_file(root / "efs/0/file");
+                const std::string item = test::read_file(root / "nv/0/550");
+                if (!item.empty() && item != seen[i]) seen[i] += " and an item of " + item;
+                // By a client, and only once: no other start may bring them back.
+                if (::rename((root / "nv").c_str(), (root / "gone").c_str()) != 0 && errno != ENOENT) seen[i] += "?";
+            });
+        }
+        for (std::thread& start : starts) start.join();
+        for (const std::string& one : seen) EXPECT_EQ(one, seen[0]);
+        EXPECT_EQ(prepared(root, "x"), "  " + seen[0] + " " + seen[0] + " ");
+    }
+}
+
+TEST(State, ABuildThatComesTooLateIsDropped)
 {
     const TempDir folder;
-    write_file(folder.path() / "file", "x");
-    for (const char* place : {"file", "file/modem"}) {
-        RunningModem modem("", folder.path() / place);
+    const auto another = [&] {
+        EXPECT_EQ(prepared(folder.path(), "a"), "a a a a ");
+        std::filesystem::remove_all(folder.path() / "nv");  // by one of its clients
+    };
+    EXPECT_EQ(prepared(folder.path(), "late", another), "  a a ");
+}
+
+TEST(State, WhatKilledProcessesLeftIsSwept)
+{
+    const TempDir folder;
+    prepared(folder.path() / "modem", "a");
+    const pid_t dead = ::fork();
+    if (dead == 0) ::_exit(0);
+    ::waitpid(dead, nullptr, 0);
+    const std::filesystem::path tmp = folder.path() / "modem/tmp";
+    write_file(tmp / (std::to_string(dead) + "-1"), "half a value");
+    write_file(tmp / (std::to_string(dead) + "-2/whole/content/file"), "of a start");
+    const std::filesystem::path others[] = {tmp / (std::to_string(::getpid()) + "-0"), tmp / "notes"};
+    for (const auto& file : others) write_file(file, "");
+    // In a container each start may have the same number.
+    test::run({"/bin/sh", "-c", "echo > " + tmp.string() + "/$$-1 && exec " + test::rbk_path() + " 4 1 0 550"},
+              {{{"RBK_HOME", folder.path()}}});
+    for (const auto& file : others) EXPECT_TRUE(std::filesystem::remove(file)) << file;
+    EXPECT_TRUE(std::filesystem::is_empty(tmp));
+}
+
+TEST(State, ADirectoryThatCantBeHadLeavesAModemWithoutMemory)
+{
+    const TempDir folder;
+    const std::string file = folder.path() / "file";
+    write_file(file, "x");
+    const std::pair<std::string, std::string> rows[] = {
+        {file, file + ": Not a directory"},
+        {file + "/modem", file + "/modem: Not a directory"},
+        {"/proc/modem/state", "/proc/modem: No such file or directory"},
+    };
+    for (const auto& [place, complaint] : rows) {
+        RunningModem modem("", place);
         WireClient client = modem.connect();
         Bytes read;
         EXPECT_EQ(nv_read(client, 0, 550, read), -5) << place;
         EXPECT_EQ(nv_write(client, 0, 550, counting(3)), -5) << place;
         EXPECT_EQ(efs_write(client, 0, "/file", counting(3)), -5) << place;
         modem.stop();
-        EXPECT_EQ(modem.complaints.size(), 1u) << place;
+        EXPECT_EQ(modem.complaints, std::vector{complaint});
     }
-    EXPECT_EQ(read_file(folder.path() / "file"), Bytes{'x'});
+    EXPECT_EQ(read_file(file), Bytes{'x'});
+
+    const test::RunResult server = test::run(
+        {test::bin_path("rbk-modem"), "--listen", "unix:" + (folder.path() / "socket").string(), "--state", file});
+    EXPECT_EQ(server.status, 1);
+    EXPECT_EQ(server.out, "");
+    EXPECT_EQ(server.err, "rbk-modem: " + file + ": Not a directory\n");
+}
+
+TEST(State, AFailureToFillIsToldOnceAndLeavesTheDirectoryFresh)
+{
+    const TempDir folder;
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit none{0, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &none);
+    RunningModem modem("", folder.path());
+    WireClient client = modem.connect();
+    Bytes read;
+    EXPECT_EQ(nv_read(client, 0, 550, read), -5);
+    modem.stop();
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(modem.complaints, std::vector{(folder.path() / "nv/0/10").string() + ": File too large"});
+    // So is what a client would hear as a result of its own.
+    std::vector<std::string> lines;
+    Complaints complaints([&lines](const std::string& line) { lines.push_back(line); });
+    EXPECT_FALSE(StateStore(folder.path(), complaints).prepare([](StateStore& fresh) {
+        return fresh.write_in("efs/0", {"file"}, {}) == 0 && fresh.write_in("efs/0", {"file", "below"}, {}) == 0;
+    }));
+    EXPECT_EQ(lines, std::vector{(folder.path() / "efs/0/file/below").string() + ": Not a directory"});
+    EXPECT_EQ(prepared(folder.path(), "a"), "a a a a ");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "simulator/scenario.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "simulator/scenario_reader.h"
 #include "wire_client.h"
@@ -25,10 +26,17 @@ std::string refusal(std::string_view content)
     }
 }
 
+std::string repeated(std::string_view words, std::size_t times)
+{
+    std::string text;
+    while (times-- > 0) text += words;
+    return text;
+}
+
 TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
 {
     struct {
-        const char* content;
+        std::string content;
         const char* refusal;
     } const rows[] = {
         {"[modem\n", "s.toml:1: "},
@@ -103,14 +111,81 @@ TEST(Scenario, RefusesWithFileLineAndWhatWasExpected)
          "s.toml:3: call: expected one of lsm_init"},
         {"[[fault]]\nservice = 'diag'\ncall = 'send'\naction = 'silent'\n",
          "s.toml:4: action: expected error beside call"},
+        // The same thing under two names.
+        {"[nv]\n'0/1' = ''\n'0/1' = ''\n", "s.toml:3: expected each key and table once"},
+        {"[nv]\n'0/1' = ''\n'00/0001' = ''\n", "s.toml:3: 00/0001: expected each one once, and 0/1 is the same"},
+        {"[efs]\n'0://a' = ''\n'0:/a' = ''\n", "s.toml:3: 0:/a: expected each one once, and 0://a is the same"},
+        {"[stats.sub0]\n082 = ''\n82 = ''\n", "s.toml:3: 82: expected each one once, and 082 is the same"},
+        {"[[card]]\n[card.apdu]\n'80 CA' = ''\n80ca = ''\n", "s.toml:4: 80ca: expected each one once"},
+        // What the parser fails at, or must not see.
+        {"\n[@nv]\n", "s.toml:2: expected TOML"},
+        {"[[[card]]\n", "s.toml:1: expected TOML"},
+        {"[modem]\nservices = [}]\n[nv]\n", "s.toml:2: expected TOML"},
+        {std::string("\n[\0s]\n", 6), "s.toml:2: expected no control characters"},
+        {"[at]\nA = '\x7F'\n", "s.toml:2: expected no control characters"},
+        {"# \xFF\n", "s.toml:1: Encountered invalid utf-8"},
+        {"[nv]\nä = 1\n", "s.toml:2: expected letters outside ASCII in texts and comments alone"},
+        {"[at]\nA = 'x'ä\n", "s.toml:2: expected letters"},
+        {"[at]\nA = 1.'ä'\n", "s.toml:2: expected letters"},
+        {"[at]\nA = 1[{'ä'}]\n", "s.toml:2: expected letters"},
+        {"[at]\nA = [\n1='ä']\n", "s.toml:3: expected letters"},
+        {"[at]\nA = '''''''ä'\n", "s.toml:2: expected letters"},
+        {"[at]\nA = \"\\ä\"\n", "s.toml:2: expected letters"},
+        {"[at]\nA = \"\"\"\\ \n \nä\"\"\"\n", "s.toml:4: expected letters"},
+        {"[at]\nA = '\n'\n", "s.toml:2: expected the end of the text in its line"},
+        {"\n" + repeated("a.", 40000) + "a = 1\n", "s.toml:2: expected a key of at most 16 parts"},
+        {"[" + repeated("a . ", 16) + "a]\n", "s.toml:1: expected a key of at most 16 parts"},
+        {"a = " + repeated("[\n", 17), "s.toml:17: expected at most 16 lists and tables within each other"},
+        {"a = " + repeated("{a=", 17), "s.toml:1: expected at most 16 lists and tables within each other"},
+        {repeated("a=1\n", 65537), "s.toml:65537: expected at most 65536 values"},
+        {"a = [" + repeated("1,", 65536), "s.toml:1: expected at most 65536 values"},
+        {std::string(4 * 1024 * 1024 + 1, ' '), "s.toml: expected at most 4194304 bytes"},
+        {"[modem]\nservices = [\n" + repeated("{ fill = 1, size = 16777216 },\n", 5) + "]\n",
+         "s.toml:7: size: expected at most 67108864 bytes of fillings in all"},
+        // Control characters stay off the screen.
+        {"[efs]\n\"0:/a\\u0000b\" = ''\n", "s.toml:2: 0:/a\\x00b: expected \"<sub>:<path>\""},
+        {"[at]\n\"\\u001B[1m\\u009B1m\" = 1\n", "s.toml:2: \\x1B[1m\xC2\\x9B1m: expected a text"},
+        // Values of other kinds, and files that are none.
+        {"[modem]\nboot_ms = 1979-05-27\n", "s.toml:2: boot_ms: expected a whole number"},
+        {"[stats.sub0]\n4294967296 = ''\n", "s.toml:2: 4294967296: expected a parameter's number"},
+        {"[stats.sub0]\n82 = { fill = 1, size = 3001 }\n", "s.toml:2: 82.size: expected a whole number from 0 to 3000"},
+        {"[pdc]\nreport = '.'\n", "s.toml:2: report: expected a regular file"},
+        {"[pdc]\nreport = '/dev/zero'\n", "s.toml:2: report: expected a regular file"},
+        {"[pdc]\nreport = \"a\\u0000\"\n", "s.toml:2: report: expected a file's name, without a zero byte"},
     };
     for (const auto& row : rows) {
         const std::string line = refusal(row.content);
-        EXPECT_EQ(line.rfind(row.refusal, 0), 0u) << row.content << line;
+        EXPECT_EQ(line.rfind(row.refusal, 0), 0u) << row.content.substr(0, 200) << line;
     }
-    EXPECT_NE(refusal(std::string_view("[\0s]\n", 5)), "") << "a failed assertion of the parser";
-    EXPECT_THROW(read_scenario("/nonexistent/scenario.toml"), ScenarioError);
-    EXPECT_THROW(read_scenario("/"), ScenarioError);
+}
+
+TEST(Scenario, LettersOfAllTonguesPassInTextsAndComments)
+{
+    EXPECT_EQ(
+        refusal("\xEF\xBB\xBF[at] # ä\r\n'ä' = \"\\\"ä\" # ä'\nA = '''\nä''ä'''''\nB = \"\"\"\\\n a ä\"ä\"\"\"\n"), "");
+}
+
+TEST(Scenario, OnlyARegularFileIsRead)
+{
+    const TempDir folder;
+    ASSERT_EQ(::mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
+    struct {
+        std::filesystem::path file;
+        const char* refusal;
+    } const rows[] = {
+        {folder.path() / "none", ": expected a file that can be read: No such file or directory"},
+        {folder.path(), ": expected a regular file"},
+        {folder.path() / "pipe", ": expected a regular file"},
+        {"/dev/zero", ": expected a regular file"},
+    };
+    for (const auto& row : rows) {
+        try {
+            static_cast<void>(read_scenario(row.file));
+            ADD_FAILURE() << row.file << " is taken";
+        } catch (const ScenarioError& error) {
+            EXPECT_EQ(error.what(), row.file.string() + row.refusal);
+        }
+    }
 }
 
 TEST(Scenario, ContentGoesIntoAFreshStateAloneOverTheBuiltInRows)

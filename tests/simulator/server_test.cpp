@@ -2,15 +2,19 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <fstream>
 #include <set>
 
+#include "simulator/complaints.h"
 #include "simulator/embedded.h"
 #include "support/modem_process.h"
 #include "support/program.h"
@@ -31,6 +35,19 @@ WireClient connect(const std::string& path)
 
 class ServerTest : public testing::Test {
  protected:
+    // Not waiting for its "ready". -1: without standard output.
+    pid_t start_with_output(int output) const
+    {
+        const std::string program = test::bin_path("rbk-modem");
+        const std::string address = "unix:" + socket_;
+        const std::string state = (folder_.path() / "state").string();
+        const pid_t child = ::fork();
+        if (child != 0) return child;
+        output < 0 ? ::close(STDOUT_FILENO) : ::dup2(output, STDOUT_FILENO);
+        ::execl(program.c_str(), program.c_str(), "--listen", address.c_str(), "--state", state.c_str(), nullptr);
+        ::_exit(127);
+    }
+
     TempDir folder_;
     std::string socket_ = (folder_.path() / "modem.sock").string();
 };
@@ -39,17 +56,51 @@ TEST_F(ServerTest, EndsOnASignalWithoutItsSocketAndNamesUnmatchedRules)
 {
     const std::string scenario = (folder_.path() / "s.toml").string();
     write_file(scenario, "[[fault]]\nservice = 'extended'\nmessage = 3\naction = 'silent'\n");
-    for (const int signal : {SIGTERM, SIGINT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         ModemProcess server(folder_.path(), {"--scenario", scenario});
         EXPECT_EQ(connect(socket_).envelope(0, Bytes{1}).data_len, 1u);
         EXPECT_EQ(server.end(signal), 0);
         EXPECT_EQ(server.errors(), "rbk-modem: " + scenario + ":1: the fault rule for extended never matched\n");
         EXPECT_FALSE(std::filesystem::exists(socket_));
+        EXPECT_FALSE(std::filesystem::exists(socket_ + ".lock"));
     }
+}
+
+// Nothing that a start waits for, here the room for its "ready", keeps a signal from ending it.
+TEST_F(ServerTest, EndsOnASignalWhereverItWaits)
+{
+    int out[2];
+    ASSERT_EQ(::pipe2(out, O_CLOEXEC | O_NONBLOCK), 0);
+    const Fd reader(out[0]);
+    while (::write(out[1], "full", 1) == 1) continue;
+    ::fcntl(out[1], F_SETFL, 0);
+    const pid_t child = start_with_output(out[1]);
+    ::close(out[1]);
+    while (!std::filesystem::exists(folder_.path() / "state")) std::this_thread::yield();
+    ::kill(child, SIGTERM);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(ServerTest, WithoutStandardOutputItsReadyGoesNowhere)
+{
+    const pid_t child = start_with_output(-1);
+    std::string error;
+    link::LinkSocket socket;
+    while (!socket.is_open()) socket = link::LinkSocket::connect_unix(socket_, error);
+    EXPECT_EQ(WireClient(std::move(socket)).envelope(0, Bytes{1}).data_len, 1u);
+    EXPECT_TRUE(test::read_file(socket_ + ".lock").empty()) << "the first file that it opened";
+    ::kill(child, SIGTERM);
+    ::waitpid(child, nullptr, 0);
 }
 
 TEST_F(ServerTest, TakesOverADeadSocketAndRefusesALivingOne)
 {
+    // Whoever may open the folder can lock it, and delays nobody.
+    const Fd watcher(::open(folder_.path().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(watcher.get(), LOCK_EX), 0);
     ModemProcess first(folder_.path());
     const test::RunResult second = test::run({test::bin_path("rbk-modem"), "--listen", first.address()});
     EXPECT_EQ(second.status, 1);
@@ -58,6 +109,45 @@ TEST_F(ServerTest, TakesOverADeadSocketAndRefusesALivingOne)
     first.end(SIGKILL);
     EXPECT_TRUE(std::filesystem::exists(socket_));
     ModemProcess third(folder_.path());
+}
+
+// As a user who may not connect: to root's sockets in a folder for all, or without root to a socket that nobody may.
+TEST_F(ServerTest, TellsADeadSocketOfAnotherUserFromALivingServer)
+{
+    const std::string living = (folder_.path() / "living").string();
+    const std::string dead = (folder_.path() / "dead").string();
+    const std::string claimed = (folder_.path() / "claimed").string();
+    std::filesystem::permissions(folder_.path(), std::filesystem::perms(01777));
+    write_file(claimed + ".lock", "");
+    Fd sockets[2];
+    for (const std::string& path : {living, dead}) {
+        Fd& socket = sockets[path == dead];
+        sockaddr_un address{AF_UNIX, {}};
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        socket = Fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        std::filesystem::permissions(path, std::filesystem::perms::none);
+    }
+    ASSERT_EQ(::listen(sockets[0].get(), 1), 0);
+    sockets[1] = Fd();
+    struct {
+        std::string path;
+        std::string says;
+        bool as_root_alone;
+    } const rows[] = {
+        {living, living + ": a server of another user listens there", false},
+        {dead, dead + ": a dead socket of another user lies there", false},
+        {claimed, claimed + ".lock: belongs to another user", true},
+    };
+    const bool as_root = ::geteuid() == 0;
+    ASSERT_EQ(::seteuid(as_root ? 65534 : ::geteuid()), 0);
+    for (const auto& row : rows) {
+        if (row.as_root_alone && !as_root) continue;
+        std::string error;
+        EXPECT_EQ(Listener::open(row.path, error), nullptr);
+        EXPECT_EQ(error, row.says);
+    }
+    ASSERT_EQ(::seteuid(::getuid()), 0);
 }
 
 TEST_F(ServerTest, StartsOfManyLeaveOneServer)
@@ -85,6 +175,18 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
     const std::string state = in_folder("state");
     write_file(bad, "[nv]\n\"0/1\" = 'x'\n");
     write_file(file, "precious");
+    const std::string held = in_folder("held");
+    write_file(held + ".lock", "");
+    const Fd holder(::open((held + ".lock").c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
+    const std::string linked = in_folder("linked");
+    std::filesystem::create_symlink(file, linked);
+    std::filesystem::create_symlink(file, linked + "2.lock");
+    const Fd others(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    char terminal[64];
+    ASSERT_EQ(::ptsname_r(others.get(), terminal, sizeof terminal), 0);
+    const std::string served = in_folder("served");
+    std::filesystem::create_symlink(terminal, served);
     sockaddr_un address{AF_UNIX, {}};
     stream.copy(address.sun_path, sizeof address.sun_path - 1);
     const Fd other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -98,7 +200,12 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
         {"BadScenario", {"--listen", "unix:" + socket_, "--scenario", bad}, bad + ":2: 0/1: expected hex bytes"},
         {"FileAsSocket", {"--listen", "unix:" + file}, file + ": something that isn't a socket"},
         {"AnotherKindOfServer", {"--listen", "unix:" + stream}, stream + ": a server listens there already"},
-        {"FileAsTerminal", {"--listen", "unix:" + socket_, "--at", file}, file + ": "},
+        {"StartingServer", {"--listen", "unix:" + held}, held + ": a server listens there already"},
+        {"LinkAsLock", {"--listen", "unix:" + linked + "2"}, linked + "2.lock: something that isn't a lock"},
+        {"FileAsTerminal", {"--listen", "unix:" + socket_, "--at", file}, file + ": something that isn't a link"},
+        {"AnotherLink", {"--listen", "unix:" + socket_, "--at", linked}, linked + ": a link to " + file + " lies"},
+        {"AnothersTerminal", {"--listen", "unix:" + socket_, "--at", served}, served + ": a link to " + terminal},
+        {"TerminalOfAnotherModem", {"--listen", "unix:" + socket_, "--at", held}, held + ": a server listens there"},
         {"NoFolder", {"--listen", "unix:/nonexistent/socket"}, "/nonexistent/socket: No such file"},
         {"PathTooLong", {"--listen", "unix:/" + std::string(200, 'x')}, "a socket's path has 1 to 107 bytes"},
         {"NoScheme", {"--listen", socket_}, "expected unix:PATH"},
@@ -113,6 +220,7 @@ TEST_F(ServerTest, RefusesWhatItCantServe)
         EXPECT_NE(result.err.find(row.says), std::string::npos) << row.catches << result.err;
     }
     EXPECT_EQ(read_file(file).size(), 8u);
+    EXPECT_EQ(std::filesystem::read_symlink(linked), file);
     EXPECT_FALSE(std::filesystem::exists(state)) << "a refused start has touched the state";
 }
 
@@ -146,36 +254,130 @@ TEST_F(ServerTest, AKillAmongWritesLosesNothingThatWasAcknowledged)
     }
 }
 
-TEST_F(ServerTest, TheTerminalAnswersOpenersThatComeAndGo)
+class TerminalTest : public ServerTest {
+ protected:
+    TerminalTest()
+    {
+        // A modem with echo, and an answer that no terminal's queue holds.
+        write_file(scenario_,
+                   "[at]\n\"AT+CSQ\" = \"AT+CSQ\\n+CSQ: 20\\nOK\"\n\"AT+LONG\" = '" + std::string(200000, 'x') + "'\n");
+    }
+    // What comes until nothing more does; waits for the first byte of something that is due.
+    static std::string read(int terminal, bool due)
+    {
+        std::string text;
+        pollfd ready{terminal, POLLIN, 0};
+        while (::poll(&ready, 1, text.empty() && due ? 5000 : 100) > 0) {
+            char bytes[4096];
+            text.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(::read(terminal, bytes, sizeof bytes), 0)));
+        }
+        return text;
+    }
+
+    std::string scenario_ = (folder_.path() / "s.toml").string();
+    std::string path_ = (folder_.path() / "smd").string();
+};
+
+TEST_F(TerminalTest, AnswersOpenersThatComeAndGo)
 {
-    const std::string scenario = (folder_.path() / "s.toml").string();
-    write_file(scenario, "[at]\n\"AT+CSQ\" = \"+CSQ: 20\\nOK\"\n");
-    const std::string path = (folder_.path() / "smd").string();
-    std::filesystem::create_symlink("/dev/pts/gone", path);  // what a killed server leaves
-    ModemProcess server(folder_.path(), {"--scenario", scenario, "--at", path});
+    std::filesystem::create_symlink("/dev/pts/999999", path_);  // what a server leaves with a machine that goes down
+    ModemProcess server(folder_.path(), {"--scenario", scenario_, "--at", path_});
     struct {
         std::string written;
         std::string answer;
     } const rows[] = {
-        {"AT+CSQ\r\n", "\r\n+CSQ: 20\r\nOK\r\n"},
+        {"AT+CSQ\r\n", "\r\nAT+CSQ\r\n+CSQ: 20\r\nOK\r\n"},
         {"AT\r", "\r\nOK\r\n"},
         {"\r\n\r\n", ""},
-        {"AT+NONE\n", "\r\nERROR\r\n"},
+        {"at+none\n", "\r\nERROR\r\n"},
+        {"no command\n", ""},
+        {"AT+LONG\r", "\r\n" + std::string(200000, 'x') + "\r\n"},
     };
     for (const auto& row : rows) {
-        std::ofstream(path) << row.written;
-        const int reader = ::open(path.c_str(), O_RDWR | O_NOCTTY);
-        std::string answer;
-        pollfd ready{reader, POLLIN, 0};
-        while (answer.size() < row.answer.size() && ::poll(&ready, 1, 5000) > 0) {
-            char bytes[100];
-            answer.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(::read(reader, bytes, sizeof bytes), 0)));
-        }
-        EXPECT_EQ(answer, row.answer) << row.written;
-        ::close(reader);
+        std::ofstream(path_) << row.written;
+        const Fd reader(::open(path_.c_str(), O_RDWR | O_NOCTTY));
+        EXPECT_EQ(read(reader.get(), !row.answer.empty()), row.answer) << row.written;
     }
     EXPECT_EQ(server.end(SIGTERM), 0);
-    EXPECT_FALSE(std::filesystem::is_symlink(path));
+    EXPECT_FALSE(std::filesystem::is_symlink(path_));
+}
+
+TEST_F(TerminalTest, NeverAnswersItsOwnAnswers)
+{
+    ModemProcess server(folder_.path(), {"--scenario", scenario_, "--at", path_});
+    const Fd terminal(::open(path_.c_str(), O_RDWR | O_NOCTTY));
+    for (const std::string command : {"AT+CSQ\r\n", "AT+NONE\r\n"}) {
+        ASSERT_EQ(::write(terminal.get(), command.data(), command.size()), static_cast<ssize_t>(command.size()));
+        const std::string answer = read(terminal.get(), true);
+        ASSERT_EQ(::write(terminal.get(), answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+        EXPECT_EQ(read(terminal.get(), false), "") << "a peer that sends back what it reads";
+    }
+    termios echoing{};
+    ASSERT_EQ(::tcgetattr(terminal.get(), &echoing), 0);
+    echoing.c_lflag |= ECHO;
+    ASSERT_EQ(::tcsetattr(terminal.get(), TCSANOW, &echoing), 0);
+    ASSERT_EQ(::write(terminal.get(), "AT\r", 3), 3);
+    EXPECT_EQ(read(terminal.get(), true), "\r\nOK\r\n") << "an opener that has switched echo on";
+    ASSERT_EQ(::tcgetattr(terminal.get(), &echoing), 0);
+    EXPECT_EQ(echoing.c_lflag & ECHO, 0u);
+}
+
+// The number of the killed one's terminal has gone to somebody else by then.
+TEST_F(TerminalTest, ALinkIsReplacedOnceItsServerWasKilled)
+{
+    ModemProcess killed(folder_.path(), {"--at", path_});
+    const std::filesystem::path before = std::filesystem::read_symlink(path_);
+    killed.end(SIGKILL);
+    std::vector<Fd> terminals;
+    while (!std::filesystem::exists(before)) {
+        terminals.emplace_back(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+        ASSERT_TRUE(terminals.back().is_open());
+    }
+    ModemProcess next(folder_.path(), {"--at", path_});
+    EXPECT_TRUE(std::filesystem::exists(path_));
+}
+
+// Idle connections, and files half read, up to what there is.
+TEST_F(ServerTest, TurnsClientsAwayBeforeTheModemsFilesRunShort)
+{
+    write_file(folder_.path() / "modem/efs/0/long", std::string(5000, 'x'));
+    rlimit few{20, 140};  // the modem raises the first one
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    ModemProcess server(folder_.path());
+    few.rlim_cur = few.rlim_max;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    std::vector<WireClient> clients;
+    do {
+        clients.push_back(connect(socket_));
+        // The end of an empty answer, or of the connection.
+        clients.back().send_raw({0, QRTR_PORT_CTRL}, link::pack_control({QRTR_TYPE_NEW_LOOKUP, 1, 0, {}}));
+    } while (clients.back().receive());
+    EXPECT_TRUE(clients.back().closed());
+    clients.pop_back();
+    EXPECT_GT(clients.size(), 70u);
+    for (WireClient& client : clients) client.envelope(2, efs_record(kEfsRead, 0, "/long").bytes);
+    for (WireClient& client : clients) EXPECT_EQ(nv_write(client, 0, 77, Bytes{1, 2, 3}), 0);
+    clients.pop_back();
+    EXPECT_FALSE(connect(socket_).lookup(0).empty()) << "one has left, and no other can come";
+    EXPECT_EQ(test::lines_of(server.errors()).size(), 1u) << server.errors();
+}
+
+// ---- What it says ----
+
+TEST(Complaints, EachLineIsSaidOnceAndAFloodSilencesThemForAWhileAlone)
+{
+    std::vector<std::string> said;
+    Complaints complaints([&](const std::string& line) { said.push_back(line); }, std::chrono::milliseconds(500));
+    for (const char* line : {"one", "two", "one", "two"}) complaints.say(line);
+    EXPECT_EQ(said, (std::vector<std::string>{"one", "two"}));
+    for (int i = 0; i < 5000; ++i) complaints.say("flood " + std::to_string(i));
+    ASSERT_LE(said.size(), 2 * Complaints::kLinesOfAPeriod);
+    const std::string last = said.back();
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    complaints.say("late");
+    EXPECT_TRUE(last.ends_with("left out for now")) << last;
+    EXPECT_TRUE(said.end()[-2].ends_with(" lines were left out")) << said.end()[-2];
+    EXPECT_EQ(said.back(), "late");
 }
 
 // ---- The embedded modem ----

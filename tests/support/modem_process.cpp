@@ -35,7 +35,16 @@ ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<
     posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND,
                                      0600);
-    const int failed = ::posix_spawn(&pid_, arguments[0], &actions, nullptr, arguments.data(), environ);
+    // As from a terminal, also where the tests themselves run under nohup.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t hang_up;
+    sigemptyset(&hang_up);
+    sigaddset(&hang_up, SIGHUP);
+    posix_spawnattr_setsigdefault(&attributes, &hang_up);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    const int failed = ::posix_spawn(&pid_, arguments[0], &actions, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     ::close(out[1]);
     char said[64] = {};

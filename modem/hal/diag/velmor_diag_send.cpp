@@ -209,21 +209,20 @@ static void velmor_diag_register_callback(diag_packet_cb cb)
 
 // ---- The wait and its time-out ----
 
-/* Makes a detached thread, which gives itself its name. Result: that of the creation. */
+/* Makes a detached thread with its name: named first, since a detached one may be gone by then. Result: that of the
+ * creation. */
 static int32_t start_detached(pthread_t *thread, void *(*proc)(void *), void *argument)
 {
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-    const int32_t conf = pthread_create(thread, &attributes, proc, argument);
-    pthread_attr_destroy(&attributes);
-    return conf;
+    const int32_t conf = pthread_create(thread, nullptr, proc, argument);
+    if (conf != 0) return conf;
+    pthread_setname_np(*thread, THREAD_NAME);
+    pthread_detach(*thread);
+    return 0;
 }
 
 /* There is always at least one step, also for a count of 0 or less. */
 static void *velmor_diag_cmd_send_with_result_wait_thread_proc(void *)
 {
-    pthread_setname_np(pthread_self(), THREAD_NAME);
     int32_t cnt_of_100ms = 0;
     int32_t wait_cnt = 0;
     bool    active = false;
@@ -274,13 +273,13 @@ static void await_response()
 }
 
 /* Hands back what there is at this moment, also after a time-out. Reports under the name of the send. */
-static void hand_back(const char *name, int line, uint8_t *reply_buf, int32_t *p_reply_len)
+static void hand_back(const char *name, uint8_t *reply_buf, int32_t *p_reply_len)
 {
     const int32_t reply_len = *p_reply_len;
     const int32_t length = peek(g_qcril_diag_rsp_buf.length);
     const int32_t data_size = length < reply_len ? length : reply_len;
-    LOG_FROM(name, line, 4, "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", data_size,
-             length, reply_len);
+    LOG_FROM(name, 4, "req end, data_size = %d, g_qcril_diag_rsp_buf.length = %d, reply_len = %d", data_size, length,
+             reply_len);
     *p_reply_len = data_size;
     if (data_size >= 1) diag_rsp_hand_out(g_qcril_diag_rsp_buf.data, reply_buf, data_size);
 }
@@ -294,15 +293,15 @@ static int32_t take_time_out()
 }
 
 /* What both sends with result ask before anything else. Reports under the name of the send. */
-static bool is_sendable(const char *name, int line, const uint8_t *data, uint32_t data_len, const uint8_t *reply_buf,
+static bool is_sendable(const char *name, const uint8_t *data, uint32_t data_len, const uint8_t *reply_buf,
                         const int32_t *p_reply_len)
 {
     if (velmor_diag_comand_input_check(data, static_cast<int32_t>(data_len)) != 0) {
-        LOG_FROM(name, line, 4, "velmor_diag_comand_param_check fail");
+        LOG_FROM(name, 4, "velmor_diag_comand_param_check fail");
         return false;
     }
     if (velmor_diag_comand_output_check(reply_buf, p_reply_len) != 0) {
-        LOG_FROM(name, line, 4, "velmor_diag_comand_output_check fail");
+        LOG_FROM(name, 4, "velmor_diag_comand_output_check fail");
         return false;
     }
     return true;
@@ -335,20 +334,20 @@ static int32_t send_and_wait_by_callback(const char *name, const uint8_t *data, 
                                          uint32_t wait_time_ms, uint8_t *reply_buf, int32_t *p_reply_len)
 {
     const int32_t ret_send = diag_callback_send_data(DIAG_CHANNEL, data, static_cast<int32_t>(data_len));
-    LOG_FROM(name, __LINE__, 4, "ret_send = %d, will wait callback", ret_send);
+    LOG_FROM(name, 4, "ret_send = %d, will wait callback", ret_send);
     if (ret_send != 0) {
-        LOG_FROM(name, __LINE__, 4, "Fail to send diag cmd");
+        LOG_FROM(name, 4, "Fail to send diag cmd");
         return 1;
     }
     if (wait_time_ms == 0 || wait_time_ms > WAIT_MAX_MS) {
-        LOG_FROM(name, __LINE__, 4, "Time out is invalid, set default");
+        LOG_FROM(name, 4, "Time out is invalid, set default");
         wait_time_ms = WAIT_DEFAULT_MS;
     }
     const int32_t wait_cnt = static_cast<int32_t>(wait_time_ms / WAIT_STEP_MS);
     set_wait(wait_cnt);
-    LOG_FROM(name, __LINE__, 4, "Command time = %d * 100ms", wait_cnt);
+    LOG_FROM(name, 4, "Command time = %d * 100ms", wait_cnt);
     await_response();
-    hand_back(name, __LINE__, reply_buf, p_reply_len);
+    hand_back(name, reply_buf, p_reply_len);
     return take_time_out();
 }
 
@@ -357,7 +356,7 @@ int32_t velmor_diag_cmd_send_with_result_by_callback_mode(const uint8_t *data, u
 {
     int32_t result = 1;
     pthread_mutex_lock(&g_diag_send_mutex);
-    if (is_sendable(__func__, __LINE__, data, data_len, reply_buf, p_reply_len)) {
+    if (is_sendable(__func__, data, data_len, reply_buf, p_reply_len)) {
         velmor_diag_init_with_result();
         velmor_diag_register_callback(velmor_diag_cmd_response_by_callback);
         diag_switch_logging(CALLBACK_MODE, nullptr);
@@ -389,7 +388,7 @@ static bool dci_has_buffer(const dci_session *dci)
 {
     if (dci->packet_buf != nullptr) return true;
     const int32_t error = errno;
-    LOG_FROM(dci->name, __LINE__, 4, "Unable to allocate memory for DCI rsp pkt, errno: %d", error);
+    LOG_FROM(dci->name, 4, "Unable to allocate memory for DCI rsp pkt, errno: %d", error);
     return false;
 }
 
@@ -399,12 +398,10 @@ static bool dci_register(dci_session *dci)
     const int32_t err = diag_register_dci_client(&dci->client_id, &dci->peripherals, DIAG_CHANNEL, &signal_type);
     const int32_t error = errno;
     if (err != DIAG_DCI_NO_ERROR) {
-        LOG_FROM(dci->name, __LINE__, 4, "Could not register with DCI, err: %d, errno: %d ch:%d", err, error,
-                 DIAG_CHANNEL);
+        LOG_FROM(dci->name, 4, "Could not register with DCI, err: %d, errno: %d ch:%d", err, error, DIAG_CHANNEL);
         return false;
     }
-    LOG_FROM(dci->name, __LINE__, 4, "Successfully registered with DCI for ch:%d, client ID = %d", DIAG_CHANNEL,
-             dci->client_id);
+    LOG_FROM(dci->name, 4, "Successfully registered with DCI for ch:%d, client ID = %d", DIAG_CHANNEL, dci->client_id);
     return true;
 }
 
@@ -415,38 +412,35 @@ static bool dci_send(dci_session *dci, const uint8_t *data, int32_t data_len, di
     int32_t err = diag_register_dci_signal_data(dci->client_id, __libc_current_sigrtmin() + DCI_SIGNAL_OFFSET);
     int32_t error = errno;
     if (err != DIAG_DCI_NO_ERROR) {
-        LOG_FROM(dci->name, __LINE__, 4, "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d",
-                 DIAG_CHANNEL, err, error);
-        return false;
-    }
-
-    LOG_FROM(dci->name, __LINE__, 4, "DCI Status on Processors for ch%d:", DIAG_CHANNEL);
-    err = diag_get_dci_support_list_proc(DIAG_CHANNEL, &dci->peripherals);
-    error = errno;
-    if (err != DIAG_DCI_NO_ERROR) {
-        LOG_FROM(dci->name, __LINE__, 4, "Could not get support list for ch %d, err: %d, errno: %d", DIAG_CHANNEL, err,
-                 error);
-        return false;
-    }
-    if ((dci->peripherals & DIAG_CON_MPSS) != 0)
-        LOG_FROM(dci->name, __LINE__, 4, "MPSS on ch:%d: UP", DIAG_CHANNEL);
-    else
-        LOG_FROM(dci->name, __LINE__, 4, "MPSS on ch:%d: DOWN", DIAG_CHANNEL);
-
-    LOG_FROM(dci->name, __LINE__, 4, "Opening Data Stream, registering listeners for ch:%d", DIAG_CHANNEL);
-    err = diag_register_dci_stream_proc(dci->client_id, log_stream, event_stream);
-    error = errno;
-    if (err != DIAG_DCI_NO_ERROR) {
-        LOG_FROM(dci->name, __LINE__, 4, "Unable to register DCI stream for ch:%d, err: %d, errno: %d", DIAG_CHANNEL,
+        LOG_FROM(dci->name, 4, "Could not register signal for DCI Data for ch:%d, err: %d, errno: %d", DIAG_CHANNEL,
                  err, error);
         return false;
     }
 
-    LOG_FROM(dci->name, __LINE__, 4, "Sending Asynchronous Command for ch:%d", DIAG_CHANNEL);
+    LOG_FROM(dci->name, 4, "DCI Status on Processors for ch%d:", DIAG_CHANNEL);
+    err = diag_get_dci_support_list_proc(DIAG_CHANNEL, &dci->peripherals);
+    error = errno;
+    if (err != DIAG_DCI_NO_ERROR) {
+        LOG_FROM(dci->name, 4, "Could not get support list for ch %d, err: %d, errno: %d", DIAG_CHANNEL, err, error);
+        return false;
+    }
+    if ((dci->peripherals & DIAG_CON_MPSS) != 0)
+        LOG_FROM(dci->name, 4, "MPSS on ch:%d: UP", DIAG_CHANNEL);
+    else
+        LOG_FROM(dci->name, 4, "MPSS on ch:%d: DOWN", DIAG_CHANNEL);
+
+    LOG_FROM(dci->name, 4, "Opening Data Stream, registering listeners for ch:%d", DIAG_CHANNEL);
+    err = diag_register_dci_stream_proc(dci->client_id, log_stream, event_stream);
+    error = errno;
+    if (err != DIAG_DCI_NO_ERROR) {
+        LOG_FROM(dci->name, 4, "Unable to register DCI stream for ch:%d, err: %d, errno: %d", DIAG_CHANNEL, err, error);
+        return false;
+    }
+
+    LOG_FROM(dci->name, 4, "Sending Asynchronous Command for ch:%d", DIAG_CHANNEL);
     err = diag_send_dci_async_req(dci->client_id, data, data_len, dci->packet_buf, DCI_PACKET_SIZE, response, nullptr);
     if (err != DIAG_DCI_NO_ERROR) {
-        LOG_FROM(dci->name, __LINE__, 4, "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err,
-                 DIAG_CHANNEL);
+        LOG_FROM(dci->name, 4, "Error sending SEND_REQUEST_ASYNC to peripheral %d for ch:%d", err, DIAG_CHANNEL);
         return false;
     }
     return true;
@@ -456,7 +450,7 @@ static void dci_release(dci_session *dci)
 {
     const int32_t err = diag_release_dci_client(&dci->client_id);
     const int32_t error = errno;
-    LOG_FROM(dci->name, __LINE__, 4, "Releasing DCI connection, err: %d, errno: %d", err, error);
+    LOG_FROM(dci->name, 4, "Releasing DCI connection, err: %d, errno: %d", err, error);
 }
 
 /* Nothing of a stream reaches the caller. */
@@ -478,7 +472,7 @@ static bool join_packet(const char *name, const uint8_t *ptr, int32_t len)
     if (data != nullptr) {
         diag_rsp_block *ptr_out_2 = diag_rsp_make(old);
         if (ptr_out_2 == nullptr) {
-            LOG_FROM(name, __LINE__, 1, "Failed to allocate memory for ptr_out_2");
+            LOG_FROM(name, 1, "Failed to allocate memory for ptr_out_2");
             return false;
         }
         diag_rsp_copy(data, diag_rsp_bytes(ptr_out_2), old);
@@ -487,11 +481,11 @@ static bool join_packet(const char *name, const uint8_t *ptr, int32_t len)
     }
     diag_rsp_block *joined = old <= INT32_MAX - len ? diag_rsp_make(old + len) : nullptr;
     if (joined == nullptr && data == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "Failed to allocate memory for ptr_out_1");
+        LOG_FROM(name, 1, "Failed to allocate memory for ptr_out_1");
         return false;
     }
     if (joined == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "Failed to allocate memory for ptr_out_3");
+        LOG_FROM(name, 1, "Failed to allocate memory for ptr_out_3");
         return false;
     }
     diag_rsp_copy(data, diag_rsp_bytes(joined), old);
@@ -520,9 +514,9 @@ static int32_t await_dci_response(const char *name, uint32_t wait_time_ms, uint8
 {
     const int32_t wait_cnt = static_cast<int32_t>(wait_time_ms) / static_cast<int32_t>(WAIT_STEP_MS);
     set_wait(wait_cnt);
-    LOG_FROM(name, __LINE__, 4, "Dci Command time = %d", wait_cnt);
+    LOG_FROM(name, 4, "Dci Command time = %d", wait_cnt);
     await_response();
-    hand_back(name, __LINE__, reply_buf, p_reply_len);
+    hand_back(name, reply_buf, p_reply_len);
     diag_rsp_retire(g_diag_rsp_prev);
     diag_rsp_retire(g_qcril_diag_rsp_buf.data);  // its length stays
     return take_time_out();
@@ -551,7 +545,7 @@ int32_t velmor_diag_cmd_send_with_result_by_dci_mode(const uint8_t *data, uint32
 {
     int32_t result = 1;
     pthread_mutex_lock(&g_diag_send_mutex);
-    if (is_sendable(__func__, __LINE__, data, data_len, reply_buf, p_reply_len)) {
+    if (is_sendable(__func__, data, data_len, reply_buf, p_reply_len)) {
         velmor_diag_init_with_result();
         dci_session dci = dci_start(__func__);
         result = send_with_result_by_dci(&dci, data, data_len, wait_time_ms, reply_buf, p_reply_len);
@@ -595,31 +589,30 @@ static void velmor_diag_cmd_response_by_dci_event_stream_no_handle(uint8_t *, in
 }
 
 /* Both workers start and stop the library by themselves, without the count of the sends with result. */
-static bool worker_starts(const char *name, int line, const diag_send_param *param)
+static bool worker_starts(const char *name, const diag_send_param *param)
 {
     if (param == nullptr) {
-        LOG_FROM(name, line, 4, "param is null");
+        LOG_FROM(name, 4, "param is null");
         return false;
     }
-    LOG_FROM(name, line, 4, "data_len = %d", param->length);
+    LOG_FROM(name, 4, "data_len = %d", param->length);
     if (Diag_LSM_Init(nullptr) != 0) return true;
-    LOG_FROM(name, line, 4, "LSM init failed");
+    LOG_FROM(name, 4, "LSM init failed");
     return false;
 }
 
 /* The last act of a worker, with everything cleaned up and the lock released. */
-static void worker_sleeps(const char *name, int line)
+static void worker_sleeps(const char *name)
 {
-    LOG_FROM(name, line, 4, "will sleep 3s before quit");
+    LOG_FROM(name, 4, "will sleep 3s before quit");
     usleep(LAST_SLEEP_US);
 }
 
 static void *velmor_diag_cmd_send_without_result_by_callback_mode_thread_proc(void *argument)
 {
-    pthread_setname_np(pthread_self(), THREAD_NAME);
     auto *param = static_cast<diag_send_param *>(argument);
     pthread_mutex_lock(&g_diag_no_result_mutex);
-    if (worker_starts(__func__, __LINE__, param)) {
+    if (worker_starts(__func__, param)) {
         velmor_diag_register_callback(velmor_diag_cmd_response_by_callback_no_handle);
         diag_switch_logging(CALLBACK_MODE, nullptr);
         const int32_t ret_send = diag_callback_send_data(DIAG_CHANNEL, bytes_of(param), param->length);
@@ -630,7 +623,7 @@ static void *velmor_diag_cmd_send_without_result_by_callback_mode_thread_proc(vo
     }
     free(param);
     pthread_mutex_unlock(&g_diag_no_result_mutex);
-    worker_sleeps(__func__, __LINE__);
+    worker_sleeps(__func__);
     return nullptr;
 }
 
@@ -646,10 +639,9 @@ static void send_without_result_by_dci(dci_session *dci, diag_send_param *param)
 
 static void *velmor_diag_cmd_send_without_result_by_dci_mode_thread_proc(void *argument)
 {
-    pthread_setname_np(pthread_self(), THREAD_NAME);
     auto *param = static_cast<diag_send_param *>(argument);
     pthread_mutex_lock(&g_diag_no_result_mutex);
-    if (worker_starts(__func__, __LINE__, param)) {
+    if (worker_starts(__func__, param)) {
         dci_session dci = dci_start(__func__);
         send_without_result_by_dci(&dci, param);
         Diag_LSM_DeInit();
@@ -657,7 +649,7 @@ static void *velmor_diag_cmd_send_without_result_by_dci_mode_thread_proc(void *a
     }
     free(param);
     pthread_mutex_unlock(&g_diag_no_result_mutex);
-    worker_sleeps(__func__, __LINE__);
+    worker_sleeps(__func__);
     return nullptr;
 }
 

@@ -150,24 +150,24 @@ static int32_t find_free_index()
 }
 
 /* What stands against a new client; 0 when nothing does, and `index` is its place then. */
-static int32_t check_new_client(const char *name, int line, uint32_t client_type, int32_t *index)
+static int32_t check_new_client(const char *name, uint32_t client_type, int32_t *index)
 {
     if (client_type != VS_CLIENT_TYPE) {
-        LOG_FROM(name, line, 1, "modem api client type %d not supported", client_type);
+        LOG_FROM(name, 1, "modem api client type %d not supported", client_type);
         return MODEM_API_NOT_SUPPORTED;
     }
     const modem_api_client *other = find_client(VS_CLIENT_TYPE);
     if (other != nullptr && other->operational_status == VS_STATUS_READY) {
-        LOG_FROM(name, line, 4, "Already another client init vs client successfully");
+        LOG_FROM(name, 4, "Already another client init vs client successfully");
         return MODEM_API_OTHER_READY;
     }
     if (other != nullptr) {
-        LOG_FROM(name, line, 4, "Another client init vs client with operational status %d", other->operational_status);
+        LOG_FROM(name, 4, "Another client init vs client with operational status %d", other->operational_status);
         return MODEM_API_OTHER_PENDING;
     }
     *index = find_free_index();
     if (*index < 0) {
-        LOG_FROM(name, line, 1, "no more client can be added");
+        LOG_FROM(name, 1, "no more client can be added");
         return MODEM_API_TABLE_FULL;
     }
     return MODEM_API_SUCCESS;
@@ -186,7 +186,7 @@ int32_t modem_api_init_client(uint32_t client_type, vs_event_callback event_cb,
         return MODEM_API_NO_MEMORY;
     }
     int32_t       index = -1;
-    const int32_t refusal = check_new_client(__func__, __LINE__, client_type, &index);
+    const int32_t refusal = check_new_client(__func__, client_type, &index);
     if (refusal != MODEM_API_SUCCESS) {
         free(client);
         return refusal;
@@ -263,8 +263,7 @@ static int32_t word_of(const uint8_t *bytes)
 }
 
 /* Fills one element of the request and traces it. The subscription is said once, outside of the elements. */
-static void put_entry(const char *name, int line, const stats_para_entry *entry, uint32_t index,
-                      vs_stats_parameter *parameter)
+static void put_entry(const char *name, const stats_para_entry *entry, uint32_t index, vs_stats_parameter *parameter)
 {
     constexpr int32_t shown_len = 29;  // bytes of the value, behind its first word; also the text's limit
 
@@ -273,7 +272,7 @@ static void put_entry(const char *name, int line, const stats_para_entry *entry,
     memcpy(parameter->value, entry->value, sizeof(parameter->value));
     char shown[shown_len + 1] = {};
     velmor_get_hex_str(shown, shown_len, &entry->value[4], shown_len);
-    LOG_FROM(name, line, 4, "ids[%d] = %d, value_len = %d, type = %d, value: %s", index, entry->id, entry->value_len,
+    LOG_FROM(name, 4, "ids[%d] = %d, value_len = %d, type = %d, value: %s", index, entry->id, entry->value_len,
              word_of(entry->value), shown);
 }
 
@@ -307,8 +306,7 @@ int32_t modem_api_get_stats_parameter(int32_t client_id, uint32_t sub, uint32_t 
     request.sub = static_cast<uint16_t>(sub);
     request.slot = static_cast<uint16_t>(slot);
     request.parameters_len = data->para_num;
-    for (uint32_t i = 0; i < data->para_num; ++i)
-        put_entry(__func__, __LINE__, &data->ids[i], i, &request.parameters[i]);
+    for (uint32_t i = 0; i < data->para_num; ++i) put_entry(__func__, &data->ids[i], i, &request.parameters[i]);
 
     const int32_t sent =
         vs_client_send_msg_sync(VS_MSG_GET_STATS_PARAMETER, &request, sizeof(request), &response, sizeof(response));

@@ -106,42 +106,40 @@ int32_t modem_hydra_get_stats_parameter(uint32_t sub, uint32_t number, stats_par
 }
 
 /* Whether the answer is one value, the one that was asked for. Reports under the fetch's name. */
-static bool judge_answer(const char *name, int line, const stats_para_data *data, uint32_t sub, uint32_t id)
+static bool judge_answer(const char *name, const stats_para_data *data, uint32_t sub, uint32_t id)
 {
     const stats_para_entry *entry = &data->ids[0];
     const uint32_t          number = g_hydra_data_number;
     if (data->para_num == 0) {
-        LOG_FROM(name, line, 1, "Fail to get data, empty, number = %d, sub = %d, ret id_num = %d, id = %d", number, sub,
+        LOG_FROM(name, 1, "Fail to get data, empty, number = %d, sub = %d, ret id_num = %d, id = %d", number, sub,
                  data->para_num, id);
         return false;
     }
     if (data->para_num != 1) {
-        LOG_FROM(name, line, 1, "Fail to get data, id num error, number = %d, sub = %d, ret id_num = %d, id = %d",
-                 number, sub, data->para_num, id);
+        LOG_FROM(name, 1, "Fail to get data, id num error, number = %d, sub = %d, ret id_num = %d, id = %d", number,
+                 sub, data->para_num, id);
         return false;
     }
     if (entry->id != id) {
-        LOG_FROM(name, line, 1,
-                 "Fail to get data, ret_id(%d) is invalid, number = %d, sub = %d, ret id_num = %d, id = %d", entry->id,
-                 number, sub, data->para_num, id);
+        LOG_FROM(name, 1, "Fail to get data, ret_id(%d) is invalid, number = %d, sub = %d, ret id_num = %d, id = %d",
+                 entry->id, number, sub, data->para_num, id);
         return false;
     }
     if (entry->sub != sub) {
-        LOG_FROM(name, line, 1,
-                 "Fail to get data, ret_sub(%d) is invalid, number = %d, sub = %d, ret id_num = %d, id = %d",
+        LOG_FROM(name, 1, "Fail to get data, ret_sub(%d) is invalid, number = %d, sub = %d, ret id_num = %d, id = %d",
                  entry->sub, number, sub, data->para_num, id);
         return false;
     }
     /* The library cuts a longer value; the test stands for itself all the same. */
     if (entry->value_len < 1 || entry->value_len > HYDRA_DATA_MAX) {
-        LOG_FROM(name, line, 1,
+        LOG_FROM(name, 1,
                  "Fail to get data, data_len(%d) is invalid, should be in (0, %d], number = %d, sub = %d, "
                  "ret id_num = %d, id = %d",
                  entry->value_len, HYDRA_DATA_MAX, number, sub, data->para_num, id);
         return false;
     }
-    LOG_FROM(name, line, 4, "Success to get data, number = %d, sub = %d, ret id_num = %d, id = %d, data_len = %d",
-             number, sub, data->para_num, id, entry->value_len);
+    LOG_FROM(name, 4, "Success to get data, number = %d, sub = %d, ret id_num = %d, id = %d, data_len = %d", number,
+             sub, data->para_num, id, entry->value_len);
     return true;
 }
 
@@ -174,7 +172,7 @@ int32_t modem_hydra_data_get(uint32_t sub, uint32_t id)
         LOG(1, "Fail to get data fail, number = %d, ret = %d, sub = %d, id = %d", g_hydra_data_number, ret, sub, id);
         return 1;
     }
-    if (!judge_answer(__func__, __LINE__, &data, sub, id)) return 1;
+    if (!judge_answer(__func__, &data, sub, id)) return 1;
 
     g_hydra_data_len = data.ids[0].value_len;
     memcpy(g_hydra_data_buf, data.ids[0].value, g_hydra_data_len);
@@ -197,17 +195,17 @@ struct hydra_field {
 // clang-format on
 
 /* Takes the next field off the sample, whatever its alignment. Reports under the view's name. */
-static bool unpack_field(const char *name, int line, const hydra_field *field, void *record)
+static bool unpack_field(const char *name, const hydra_field *field, void *record)
 {
     const int32_t size = static_cast<int32_t>(field->size);
     if (g_hydra_data_left < size) {
-        LOG_FROM(name, line, 1, "g_hydra_data_left(%d) is not enough for %s, id(0x%x)", g_hydra_data_left, field->name,
+        LOG_FROM(name, 1, "g_hydra_data_left(%d) is not enough for %s, id(0x%x)", g_hydra_data_left, field->name,
                  g_hydra_data_id);
         return false;
     }
     if (g_pK_DATA_CNT < 0) {
         // The message shows what is left in the place of the count: meant to stay so.
-        LOG_FROM(name, line, 1, "g_pK_DATA_CNT(%d) is can not < 0 for %s, id(0x%x)", g_hydra_data_left, field->name,
+        LOG_FROM(name, 1, "g_pK_DATA_CNT(%d) is can not < 0 for %s, id(0x%x)", g_hydra_data_left, field->name,
                  g_hydra_data_id);
         return false;
     }
@@ -221,44 +219,44 @@ static bool unpack_field(const char *name, int line, const hydra_field *field, v
 enum view_trace { TRACES_SUB, TRACES_SUB_AND_ID };
 
 /* A view's fetch and its fields; with the lock held. */
-static int32_t read_sample(const char *name, int line, uint32_t sub, uint32_t id, const hydra_field *fields,
-                           uint32_t field_count, void *record, uint32_t record_size)
+static int32_t read_sample(const char *name, uint32_t sub, uint32_t id, const hydra_field *fields, uint32_t field_count,
+                           void *record, uint32_t record_size)
 {
     if (record == nullptr) {
-        LOG_FROM(name, line, 1, "ptr_hydra_data is NULL");
+        LOG_FROM(name, 1, "ptr_hydra_data is NULL");
         return 0;
     }
     if (modem_hydra_data_get(sub, id) != 0) {
-        LOG_FROM(name, line, 1, "modem_hydra_data_get failed");
+        LOG_FROM(name, 1, "modem_hydra_data_get failed");
         return 0;
     }
     memset(record, 0, record_size);
     for (uint32_t i = 0; i < field_count; ++i)
-        if (!unpack_field(name, line, &fields[i], record)) return 0;
+        if (!unpack_field(name, &fields[i], record)) return 0;
     return 1;
 }
 
-static int32_t view(const char *name, int line, view_trace trace, uint32_t sub, uint32_t id, const hydra_field *fields,
+static int32_t view(const char *name, view_trace trace, uint32_t sub, uint32_t id, const hydra_field *fields,
                     uint32_t field_count, void *record, uint32_t record_size)
 {
     const uint32_t shown = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(record));
 
-    LOG_FROM(name, line, 4, "function entry ------------->");
+    LOG_FROM(name, 4, "function entry ------------->");
     pthread_mutex_lock(&g_hydra_data_mutex);
     if (trace == TRACES_SUB_AND_ID) {
-        LOG_FROM(name, line, 4, "sub = %d, id = %d, ptr_hydra_data = 0x%x", sub, id, shown);
+        LOG_FROM(name, 4, "sub = %d, id = %d, ptr_hydra_data = 0x%x", sub, id, shown);
     } else {
-        LOG_FROM(name, line, 4, "sub = %d, ptr_hydra_data = 0x%x", sub, shown);
+        LOG_FROM(name, 4, "sub = %d, ptr_hydra_data = 0x%x", sub, shown);
     }
-    const int32_t ret = read_sample(name, line, sub, id, fields, field_count, record, record_size);
+    const int32_t ret = read_sample(name, sub, id, fields, field_count, record, record_size);
     pthread_mutex_unlock(&g_hydra_data_mutex);
-    LOG_FROM(name, line, 4, "function exit, ret = %d <-------------", ret);
+    LOG_FROM(name, 4, "function exit, ret = %d <-------------", ret);
     return ret;
 }
 
 /* The frame under the name of the view that it stands in. */
 #define HYDRA_VIEW(trace, sub, id, fields, record) \
-    view(__func__, __LINE__, trace, sub, id, fields, sizeof(fields) / sizeof(fields[0]), record, sizeof(*(record)))
+    view(__func__, trace, sub, id, fields, sizeof(fields) / sizeof(fields[0]), record, sizeof(*(record)))
 
 // ---- LTE serving measurement ----
 
@@ -444,7 +442,7 @@ int32_t modem_hydra_nr5g_mac_ul_phy_ch_power_info_get(uint32_t sub, modem_hydra_
 }
 
 /* The fetch of the system mode and what it says; with the lock held. */
-static uint32_t read_rat(const char *name, int line, uint32_t sub)
+static uint32_t read_rat(const char *name, uint32_t sub)
 {
     struct sys_mode {
         uint8_t  stack_max;  // 0: no rat follows
@@ -455,11 +453,11 @@ static uint32_t read_rat(const char *name, int line, uint32_t sub)
 
     sys_mode mode = {};
     if (modem_hydra_data_get(sub, HYDRA_SYS_MODE) != 0) {
-        LOG_FROM(name, line, 1, "modem_hydra_data_get failed");
+        LOG_FROM(name, 1, "modem_hydra_data_get failed");
         return HYDRA_RAT_NONE;
     }
-    if (!unpack_field(name, line, &stack_max, &mode) || mode.stack_max == 0) return HYDRA_RAT_NONE;
-    return unpack_field(name, line, &rat, &mode) ? mode.rat : HYDRA_RAT_NONE;
+    if (!unpack_field(name, &stack_max, &mode) || mode.stack_max == 0) return HYDRA_RAT_NONE;
+    return unpack_field(name, &rat, &mode) ? mode.rat : HYDRA_RAT_NONE;
 }
 
 uint32_t modem_sys_mode_get(uint32_t sub)
@@ -467,7 +465,7 @@ uint32_t modem_sys_mode_get(uint32_t sub)
     LOG(4, "function entry ------------->");
     pthread_mutex_lock(&g_hydra_data_mutex);
     LOG(4, "sub = %d", sub);
-    const uint32_t rat = read_rat(__func__, __LINE__, sub);
+    const uint32_t rat = read_rat(__func__, sub);
     pthread_mutex_unlock(&g_hydra_data_mutex);
     LOG(4, "function exit, rat = %d <-------------", rat);
     return rat;

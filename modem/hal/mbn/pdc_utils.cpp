@@ -407,15 +407,15 @@ int32_t pdc_activate_config_ex2(pdc_config_type_enum_v01 config_type, uint32_t s
 
 // ---- Indications that carry a result alone ----
 
-/* Delivers what an indication says. Reports under its handler's name and line. */
-static void handle_result(const char *name, int line, int req_type, const void *ind_data_ptr)
+/* Delivers what an indication says. Reports under its handler's name. */
+static void handle_result(const char *name, int req_type, const void *ind_data_ptr)
 {
     int32_t result = PDC_SUCCESS;
     if (ind_data_ptr == nullptr) {
-        LOG_FROM(name, line, 1, "NULL pointer for ind_data_ptr");
+        LOG_FROM(name, 1, "NULL pointer for ind_data_ptr");
         result = PDC_ERROR;
     } else if (const uint16_t error = static_cast<const pdc_result_ind_v01 *>(ind_data_ptr)->error; error != 0) {
-        LOG_FROM(name, line, 1, "QMI error, error code: %d", error);
+        LOG_FROM(name, 1, "QMI error, error code: %d", error);
         result = PDC_ERROR;
     }
     deliver_locking(req_type, result);
@@ -423,29 +423,29 @@ static void handle_result(const char *name, int line, int req_type, const void *
 
 void qmi_pdc_deactivate_config_ind_hdlr_ex(void *ind_data_ptr, uint32_t)
 {
-    handle_result(__func__, __LINE__, PDC_REQ_DEACT, ind_data_ptr);
+    handle_result(__func__, PDC_REQ_DEACT, ind_data_ptr);
 }
 
 void qmi_pdc_select_config_ind_hdlr_ex(void *ind_data_ptr, uint32_t)
 {
-    handle_result(__func__, __LINE__, PDC_REQ_SEL_CONFIG, ind_data_ptr);
+    handle_result(__func__, PDC_REQ_SEL_CONFIG, ind_data_ptr);
 }
 
 void qmi_pdc_delete_config_ind_hdlr_ex(void *ind_data_ptr, uint32_t)
 {
-    handle_result(__func__, __LINE__, PDC_REQ_DEL, ind_data_ptr);
+    handle_result(__func__, PDC_REQ_DEL, ind_data_ptr);
 }
 
 void qmi_pdc_activate_config_ind_hdlr_ex(void *ind_data_ptr, uint32_t)
 {
     LOG(4, "entering %s", __func__);
-    handle_result(__func__, __LINE__, PDC_REQ_ACT_CONFIG, ind_data_ptr);
+    handle_result(__func__, PDC_REQ_ACT_CONFIG, ind_data_ptr);
 }
 
 void qmi_pdc_set_feature_ind_hdlr_ex(void *ind_data_ptr, uint32_t)
 {
     LOG(4, "entering %s", __func__);
-    handle_result(__func__, __LINE__, PDC_REQ_SET_FEATURE, ind_data_ptr);
+    handle_result(__func__, PDC_REQ_SET_FEATURE, ind_data_ptr);
 }
 
 // ---- Load and get selected ----
@@ -492,20 +492,20 @@ void qmi_pdc_load_config_ind_hdlr_ex(void *ind_data_ptr, uint32_t)
 static int32_t take_selected(const char *name, const pdc_get_selected_config_ind_v01 *ind)
 {
     if (ind == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "NULL pointer for ind_data_ptr");
+        LOG_FROM(name, 1, "NULL pointer for ind_data_ptr");
         return PDC_ERROR;
     }
     pdc_config_pdc_info *holder = g_pdc_info_ex.get_sel.get_sel_holder;
     if (holder == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "NULL pointer for get_sel_holder");
+        LOG_FROM(name, 1, "NULL pointer for get_sel_holder");
         return PDC_ERROR;
     }
     if (ind->error != 0) {
-        LOG_FROM(name, __LINE__, 1, "QMI error, error code: %d", ind->error);
+        LOG_FROM(name, 1, "QMI error, error code: %d", ind->error);
         return PDC_ERROR;
     }
     if (ind->active_id_valid == 0) {
-        if (ind->pending_id_valid != 0) LOG_FROM(name, __LINE__, 4, "has pending configuration");
+        if (ind->pending_id_valid != 0) LOG_FROM(name, 4, "has pending configuration");
         return PDC_NOT_AVAILABLE;
     }
     if (ind->active_id_len > PDC_CONFIG_ID_MAX) return PDC_ERROR;
@@ -531,24 +531,24 @@ static bool list_take_chunk(const char *name, const pdc_list_configs_ind_v01 *in
     auto     &list = g_pdc_info_ex.pdc_list;
     uint32_t *num_of_configs = list.num_of_configs;
     if (num_of_configs == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "pdc_list_configs_flag, g_pdc_info_ex.num_of_configs is null, quit");
+        LOG_FROM(name, 1, "pdc_list_configs_flag, g_pdc_info_ex.num_of_configs is null, quit");
         return false;
     }
-    LOG_FROM(name, __LINE__, 4, "pdc_list_configs_flag, config_list_len %d, old num_of_configs %d",
-             ind->config_list_len, *num_of_configs);
+    LOG_FROM(name, 4, "pdc_list_configs_flag, config_list_len %d, old num_of_configs %d", ind->config_list_len,
+             *num_of_configs);
     *num_of_configs += ind->config_list_len;
 
     pdc_config_list_node **holder = list.config_list_holder;
     if (holder == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "pdc_list_configs_flag, g_pdc_info_ex.config_list_holder is null, quit");
+        LOG_FROM(name, 1, "pdc_list_configs_flag, g_pdc_info_ex.config_list_holder is null, quit");
         return false;
     }
-    LOG_FROM(name, __LINE__, 4, "pdc_list_configs_flag, new num_of_configs %d", *num_of_configs);
+    LOG_FROM(name, 4, "pdc_list_configs_flag, new num_of_configs %d", *num_of_configs);
     for (uint32_t i = 0; i < ind->config_list_len; ++i) {
         const pdc_config_info_v01 &config = ind->config_list[i];
         auto *node = static_cast<pdc_config_list_node *>(qcril_malloc_adv(sizeof(pdc_config_list_node)));
         if (node == nullptr) {
-            LOG_FROM(name, __LINE__, 4, "pdc_list_configs_flag, Unable to allocate memory for the list element: %d", i);
+            LOG_FROM(name, 4, "pdc_list_configs_flag, Unable to allocate memory for the list element: %d", i);
             continue;
         }
         // An id longer than the room is foreign: what there is of it is what the node tells.
@@ -566,28 +566,28 @@ constexpr int32_t LIST_CALLER_GONE = 1;  // no result of a request: the caller's
 static int32_t list_judge(const char *name, const pdc_list_configs_ind_v01 *ind, int32_t *complete)
 {
     if (ind->error != 0) {
-        LOG_FROM(name, __LINE__, 1, "pdc_list_configs_flag, QMI error, error code: %d", ind->error);
+        LOG_FROM(name, 1, "pdc_list_configs_flag, QMI error, error code: %d", ind->error);
         return PDC_ERROR;
     }
     if (ind->config_list_valid == 0 || ind->config_list_len == 0) {
-        LOG_FROM(name, __LINE__, 4, "pdc_list_configs_flag, None MBN available in modem EFS");
+        LOG_FROM(name, 4, "pdc_list_configs_flag, None MBN available in modem EFS");
         return PDC_NOT_AVAILABLE;
     }
     if (ind->config_list_len > PDC_CONFIG_LIST_MAX) {
-        LOG_FROM(name, __LINE__, 4,
+        LOG_FROM(name, 4,
                  "pdc_list_configs_flag, PDC_ERROR, more_available_valid %d, ind_token_valid %d, more_available %d, "
                  "config_list_len %d",
                  ind->more_available_valid, ind->ind_token_valid, ind->more_available, ind->config_list_len);
         return PDC_ERROR;
     }
-    LOG_FROM(name, __LINE__, 4, "pdc_list_configs_flag, succeed to get config_list %d ", ind->config_list_len);
+    LOG_FROM(name, 4, "pdc_list_configs_flag, succeed to get config_list %d ", ind->config_list_len);
     g_pdc_info_ex.mutex.lock();
     const bool taken = list_take_chunk(name, ind);
     g_pdc_info_ex.mutex.unlock();
     if (!taken) return LIST_CALLER_GONE;
 
     if (ind->more_available_valid != 0 && ind->ind_token_valid != 0 && ind->more_available != 0) *complete = 0;
-    LOG_FROM(name, __LINE__, 4,
+    LOG_FROM(name, 4,
              "pdc_list_configs_flag, PDC_SUCCESS, more_available_valid %d, ind_token_valid %d, more_available %d, "
              "get_list_complete %d",
              ind->more_available_valid, ind->ind_token_valid, ind->more_available, *complete);
@@ -599,14 +599,14 @@ static bool list_has_holders(const char *name, const pdc_list_configs_ind_v01 *i
 {
     auto &list = g_pdc_info_ex.pdc_list;
     if (ind == nullptr || list.num_of_configs == nullptr || list.config_list_holder == nullptr) {
-        LOG_FROM(name, __LINE__, 1,
+        LOG_FROM(name, 1,
                  "pdc_list_configs_flag, NULL pointer for ind_data_ptr or  g_pdc_info_ex.num_of_configs or "
                  "g_pdc_info_ex.config_list_holder");
         return false;
     }
     g_pdc_info_ex.mutex.lock();
     const bool counted = list.num_of_configs != nullptr;
-    if (!counted) LOG_FROM(name, __LINE__, 1, "pdc_list_configs_flag, g_pdc_info_ex.num_of_configs is null");
+    if (!counted) LOG_FROM(name, 1, "pdc_list_configs_flag, g_pdc_info_ex.num_of_configs is null");
     g_pdc_info_ex.mutex.unlock();
     return counted;
 }

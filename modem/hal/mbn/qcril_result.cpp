@@ -1,6 +1,10 @@
 /* The outcome of a QMI request in the numbers of the radio interface: tables. */
 #include "qcril_result.h"
 
+#include <stdio.h>
+
+#include "velmor_utils_cmn.h"
+
 constexpr int32_t RIL_SUCCESS = 0;
 constexpr int32_t RIL_GENERIC_FAILURE = 39;
 constexpr int32_t RIL_UNKNOWN_ERROR = 40;  // the service's error stands in no row
@@ -80,11 +84,20 @@ static int32_t decide_by_context(const qmi_response_type_v01 *response, uint32_t
     }
 }
 
+/* An outcome that no row knows, which the daemon's logger is told. Result: `result`. */
+static int32_t tell_unknown(const char *what, int number, int32_t result, int line = __builtin_LINE())
+{
+    char text[64];
+    snprintf(text, sizeof(text), "%s %d, result %d", what, number, result);
+    qcril_log_failure(text, __FILE__, line, "qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex");
+    return result;
+}
+
 static int32_t decide_by_error(uint32_t error, uint32_t context)
 {
     for (const error_row &row : g_error_rows)
         if (row.error == error) return row.success_in != 0 && row.success_in == context ? RIL_SUCCESS : row.result;
-    return RIL_UNKNOWN_ERROR;
+    return tell_unknown("QMI error", static_cast<int>(error), RIL_UNKNOWN_ERROR);
 }
 
 int32_t qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(int                          transport_error,
@@ -92,11 +105,13 @@ int32_t qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(int          
                                                                    qmi_ril_err_context_e_type   context,
                                                                    const void                  *payload)
 {
-    if (transport_error != 0 && transport_error != QMI_SERVICE_GONE) return RIL_GENERIC_FAILURE;
+    if (transport_error != 0 && transport_error != QMI_SERVICE_GONE)
+        return tell_unknown("transport error", transport_error, RIL_GENERIC_FAILURE);
     const int32_t decided = decide_by_context(response, context, static_cast<const qmi_ril_err_payload *>(payload));
     if (decided != UNDECIDED) return decided;
     if (response == nullptr || response->result == 0) return RIL_SUCCESS;
-    if (response->result != 1) return RIL_GENERIC_FAILURE;
+    if (response->result != 1)
+        return tell_unknown("QMI result", static_cast<int>(response->result), RIL_GENERIC_FAILURE);
     return decide_by_error(response->error, context);
 }
 

@@ -11,7 +11,6 @@
 #include <unistd.h>
 
 #include <libxml/parser.h>
-#include <libxml/parserInternals.h>
 
 #include "velmor_extend_nvefs.h"
 #include "velmor_utils_cmn.h"
@@ -47,16 +46,16 @@ static bool is_mbn_type(uint32_t mbn_type)
 }
 
 /* Reports under the operation's name. */
-static bool check_arguments(const char *name, int line, uint32_t sub_mask, uint32_t mbn_type)
+static bool check_arguments(const char *name, uint32_t sub_mask, uint32_t mbn_type)
 {
-    LOG_FROM(name, line, 4, "mbn_type %d", mbn_type);
+    LOG_FROM(name, 4, "mbn_type %d", mbn_type);
     if (!is_mbn_type(mbn_type)) {
-        LOG_FROM(name, line, 1, "config_type is invalid");
+        LOG_FROM(name, 1, "config_type is invalid");
         return false;
     }
-    LOG_FROM(name, line, 4, "sub_mask %d", sub_mask);
+    LOG_FROM(name, 4, "sub_mask %d", sub_mask);
     if (sub_mask == 0 || sub_mask > MBN_SUB_MASK_ALL) {
-        LOG_FROM(name, line, 1, "sub_mask is out of range");
+        LOG_FROM(name, 1, "sub_mask is out of range");
         return false;
     }
     return true;
@@ -69,13 +68,13 @@ static int32_t refresh_subs(const char *name, uint32_t sub_mask, pdc_config_type
 {
     int32_t ret = velmor_mbn_init(0);
     if (ret != 0) {
-        LOG_FROM(name, __LINE__, 1, "pdc init failed, do nothing");
+        LOG_FROM(name, 1, "pdc init failed, do nothing");
         return ret;
     }
     for (uint32_t sub = 0; sub <= 1; ++sub) {
         if ((sub_mask & 1U << sub) == 0) continue;
         ret = pdc_activate_config_ex(config_type, PDC_ACTIVATION_REFRESH_V01, sub, sub);
-        LOG_FROM(name, __LINE__, 4, "SUB_%d pdc_activate_config_ex ret %d", sub, ret);
+        LOG_FROM(name, 4, "SUB_%d pdc_activate_config_ex ret %d", sub, ret);
     }
     return ret;
 }
@@ -84,7 +83,7 @@ int32_t velmor_refresh_mbn(uint32_t sub_mask, uint32_t mbn_type)
 {
     LOG(4, "function entry ------------->");
     int32_t ret = 0;  // for bad arguments too
-    if (check_arguments(__func__, __LINE__, sub_mask, mbn_type))
+    if (check_arguments(__func__, sub_mask, mbn_type))
         ret = refresh_subs(__func__, sub_mask, static_cast<pdc_config_type_enum_v01>(mbn_type));
     LOG(4, "function exit <-------------");
     return ret;
@@ -123,7 +122,7 @@ static int32_t reactivate_subs(const char *name, uint32_t sub_mask, pdc_config_t
     static pdc_config_pdc_info holder;
 
     if (velmor_mbn_init(1) != 0) {
-        LOG_FROM(name, __LINE__, 1, "pdc init failed, do nothing");
+        LOG_FROM(name, 1, "pdc init failed, do nothing");
         return PDC_ERROR;
     }
     int32_t ret_val = PDC_ERROR;
@@ -131,16 +130,16 @@ static int32_t reactivate_subs(const char *name, uint32_t sub_mask, pdc_config_t
         if ((sub_mask & 1U << sub) == 0) continue;
         holder = {};
         ret_val = pdc_get_current_config_ex(&holder, config_type, sub);
-        LOG_FROM(name, __LINE__, 4, "SUB_%d pdc_get_current_config_ex ret_val %d", sub, ret_val);
+        LOG_FROM(name, 4, "SUB_%d pdc_get_current_config_ex ret_val %d", sub, ret_val);
         if (ret_val != 0) {
-            LOG_FROM(name, __LINE__, 1, "SUB_%d pdc_get_current_config_ex fail", sub);
+            LOG_FROM(name, 1, "SUB_%d pdc_get_current_config_ex fail", sub);
             return ret_val;
         }
         velmor_mbn_deactivate_config(sub, config_type);  // whatever comes of it
         ret_val = pdc_select_config_ex(&holder, config_type, sub);
-        LOG_FROM(name, __LINE__, 4, "SUB_%d pdc_select_config_ex ret_val %d", sub, ret_val);
+        LOG_FROM(name, 4, "SUB_%d pdc_select_config_ex ret_val %d", sub, ret_val);
         ret_val = pdc_activate_config_ex2(config_type, sub);
-        LOG_FROM(name, __LINE__, 4, "SUB_%d pdc_activate_config_ex ret_val %d", sub, ret_val);
+        LOG_FROM(name, 4, "SUB_%d pdc_activate_config_ex ret_val %d", sub, ret_val);
     }
     return ret_val;
 }
@@ -149,7 +148,7 @@ int32_t velmor_reactivate_mbn(uint32_t sub_mask, uint32_t mbn_type)
 {
     LOG(4, "function entry ------------->");
     int32_t ret_val = PDC_ERROR;
-    if (check_arguments(__func__, __LINE__, sub_mask, mbn_type))
+    if (check_arguments(__func__, sub_mask, mbn_type))
         ret_val = reactivate_subs(__func__, sub_mask, static_cast<pdc_config_type_enum_v01>(mbn_type));
     LOG(4, "function exit <-------------");
     return ret_val;
@@ -190,33 +189,32 @@ static bool take_frame(const char *name, const pdc_validate_config_ind_v01 *vali
 {
     auto &validate = g_pdc_info_ex.pdc_validate_config_req;
     if (valid_ind == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "NULL pointer for ind_data_ptr");
+        LOG_FROM(name, 1, "NULL pointer for ind_data_ptr");
         return false;
     }
     if (valid_ind->error != 0) {
-        LOG_FROM(name, __LINE__, 1, "Error happen, valid_ind->error = %d", valid_ind->error);
+        LOG_FROM(name, 1, "Error happen, valid_ind->error = %d", valid_ind->error);
         return false;
     }
     const uint32_t frame_len = valid_ind->result_frame_len;
     if (valid_ind->frame_index_valid == 0 || valid_ind->result_frame_valid == 0 || frame_len > PDC_FRAME_MAX) {
-        LOG_FROM(name, __LINE__, 1, "Error, frame_index valid: %d, result_frame valid: %d, frame_len: %d",
+        LOG_FROM(name, 1, "Error, frame_index valid: %d, result_frame valid: %d, frame_len: %d",
                  valid_ind->frame_index_valid, valid_ind->result_frame_valid, frame_len);
         return false;
     }
-    LOG_FROM(name, __LINE__, 4,
-             "frame_index valid: %d, frame_index: %d, result_frame valid: %d, frame_len: %d, dump_fd: %d",
+    LOG_FROM(name, 4, "frame_index valid: %d, frame_index: %d, result_frame valid: %d, frame_len: %d, dump_fd: %d",
              valid_ind->frame_index_valid, valid_ind->frame_index, valid_ind->result_frame_valid, frame_len,
              validate.dump_fd.load());
     if (validate.dump_fd < 0) {
-        LOG_FROM(name, __LINE__, 1, "invalid dump file: %s, %s", validate.pdc_validate_dump_path, strerror(errno));
+        LOG_FROM(name, 1, "invalid dump file: %s, %s", validate.pdc_validate_dump_path, strerror(errno));
         return false;
     }
     ++pdc_validate_frame_count;
-    LOG_FROM(name, __LINE__, 4, "Will save dump file(%d): %s, dump_fd = %d", pdc_validate_frame_count,
+    LOG_FROM(name, 4, "Will save dump file(%d): %s, dump_fd = %d", pdc_validate_frame_count,
              validate.pdc_validate_dump_path, validate.dump_fd.load());
     const ssize_t written = TEMP_FAILURE_RETRY(write(validate.dump_fd, valid_ind->result_frame, frame_len));
     if (written != static_cast<ssize_t>(frame_len)) {
-        LOG_FROM(name, __LINE__, 1, "Fail to write the diff result to dump file: %s", validate.pdc_validate_dump_path);
+        LOG_FROM(name, 1, "Fail to write the diff result to dump file: %s", validate.pdc_validate_dump_path);
         return false;
     }
     return true;
@@ -227,13 +225,12 @@ static bool finish_dump(const char *name)
 {
     const char   *path = g_pdc_info_ex.pdc_validate_config_req.pdc_validate_dump_path;
     const int32_t path_len = static_cast<int32_t>(strlen(path));
-    LOG_FROM(name, __LINE__, 1, "validation result is fully dumped to file");
+    LOG_FROM(name, 1, "validation result is fully dumped to file");
     stop_validation();
     close_dump();
-    LOG_FROM(name, __LINE__, 4, "send_broadcast, payload = %s, payload len = %d", path, path_len);
+    LOG_FROM(name, 4, "send_broadcast, payload = %s, payload len = %d", path, path_len);
     if (g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb == nullptr) {
-        LOG_FROM(name, __LINE__, 1,
-                 "g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb is NULL, send_broadcast failed");
+        LOG_FROM(name, 1, "g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb is NULL, send_broadcast failed");
         return false;
     }
     g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb(path, path_len);
@@ -331,6 +328,23 @@ constexpr uint32_t PROFILE_HEAD_SIZE = 32;  // bytes before a profile's records
 constexpr uint32_t PROFILE_COUNT_AT = 8;    // 32-bit count of records
 constexpr uint16_t PROFILE_APN_NAME = 0x1001;
 
+/* The low byte of a token's number, as atoi has it; called only for what isn't all digits, since it would cost more than
+ * all the rest of the walk. */
+static char token_byte(const char *token, size_t len)
+{
+    char text[8] = {};
+    if (len > sizeof(text) - 1) len = sizeof(text) - 1;  // no byte has more digits
+    int32_t number = 0;
+    for (size_t i = 0; i < len; ++i) {
+        if (token[i] < '0' || token[i] > '9') {
+            memcpy(text, token, len);
+            return static_cast<char>(atoi(text));
+        }
+        number = 10 * number + (token[i] - '0');
+    }
+    return static_cast<char>(number);
+}
+
 int32_t velmor_convert_nv_string_to_bytes(const char *string_val, char **bytes)
 {
     if (string_val == nullptr) {
@@ -343,17 +357,12 @@ int32_t velmor_convert_nv_string_to_bytes(const char *string_val, char **bytes)
         LOG(1, "Failed to allocate the memory: %s", strerror(errno));
         return -1;
     }
-    int32_t  return_len = 0;
-    char     token[8] = {};
-    uint32_t token_len = 0;
-    for (size_t i = 0; i < string_len; ++i) {
-        if (string_val[i] != ' ') {
-            if (token_len < sizeof(token) - 1) token[token_len++] = string_val[i];  // no byte has more digits
-            continue;
-        }
-        token[token_len] = '\0';
-        converted[return_len++] = static_cast<char>(atoi(token));
-        token_len = 0;
+    int32_t     return_len = 0;
+    const char *token = string_val;
+    for (const char *c = string_val; *c != '\0'; ++c) {
+        if (*c != ' ') continue;
+        converted[return_len++] = token_byte(token, static_cast<size_t>(c - token));
+        token = c + 1;
     }
     *bytes = converted;
     LOG(4, "velmor_convert_nv_string_to_bytes return_len: %d", return_len);
@@ -405,11 +414,11 @@ static bool profiles_match(const char *name, const char *ref, int32_t ref_len, c
 {
     constexpr int32_t head_size = PROFILE_HEAD_SIZE;
     if (ref_len < 0 || dev_len < 0) {
-        LOG_FROM(name, __LINE__, 1, "velmor_convert_nv_string_to_bytes return -1");
+        LOG_FROM(name, 1, "velmor_convert_nv_string_to_bytes return -1");
         return false;
     }
     if (ref_len <= head_size || dev_len <= head_size) {
-        LOG_FROM(name, __LINE__, 1, "Invalid data len");
+        LOG_FROM(name, 1, "Invalid data len");
         return false;
     }
     return ref_len == dev_len &&
@@ -540,131 +549,72 @@ static bool report_item(const char *name, xmlDoc *doc, xmlNode *node, int32_t *i
 {
     unsigned char *id = xmlGetProp(node, name_of("id"));
     if (id == nullptr) return true;
-    LOG_FROM(name, __LINE__, 4, "id = %s\n", id);
+    LOG_FROM(name, 4, "id = %s\n", id);
     unsigned char *ref_val = nullptr;
     unsigned char *dev_val = nullptr;
     const bool     found = get_nv_detail(doc, node, &ref_val, &dev_val) == 0;
     if (found) {
-        LOG_FROM(name, __LINE__, 4, "ref_val = %s, dev_val = %s\n", shown(ref_val), shown(dev_val));
+        LOG_FROM(name, 4, "ref_val = %s, dev_val = %s\n", shown(ref_val), shown(dev_val));
         if (velmor_need_report(id, ref_val, dev_val))
             qcril_qmi_mbn_diff_send_unsol_msg(0, (*index)++, id, ref_val, dev_val);
         if (ref_val != nullptr) xmlFree(ref_val);
         if (dev_val != nullptr) xmlFree(dev_val);
     } else {
-        LOG_FROM(name, __LINE__, 1, "failed to get NV detail");
+        LOG_FROM(name, 1, "failed to get NV detail");
     }
     xmlFree(id);
     return found;
 }
 
-// ---- Report: what a document may cost ----
+// ---- Report: its one pass ----
 //
-// The document is foreign. Before it is built in memory, a parser that builds nothing walks it and refuses what costs more
-// than its size: a type declaration, whose entities make gigabytes of a few bytes; elements with attributes by the
-// thousand, each of which the library compares with each; and more nodes than a modem has items.
+// The document is foreign. The library bounds by itself how deep elements nest and how long a piece of text may be, and
+// loads nothing from outside. Added here: a type declaration ends the pass, because a few bytes of entities make
+// gigabytes; and no more is read of a document that has an error, since the parser tells one for each byte that follows,
+// or of a tag with attributes by the thousand, each of which it compares with each. xmlParseFile is the same parser with
+// the same limits, but has no place for these, and unpacks a compressed file to whatever that claims to hold.
 
-constexpr uint32_t REPORT_NODES_MAX = 1000000;
-constexpr int      REPORT_ATTRIBUTES_MAX = 64;     // of one element, namespaces too
-constexpr uint32_t REPORT_PIECE_MAX = 128 * 1024;  // bytes of one tag or comment
+constexpr int REPORT_ATTRIBUTES_ROOM = 2048;  // of one element, which the parser doubles as they come; namespaces too
 
-struct report_check {
-    xmlParserCtxt *parser;
+struct report_source {
     int            fd;
-    uint32_t       nodes;
-    uint32_t       piece_len;  // bytes read since the parser came to its last piece
-    bool           refused;
+    xmlParserCtxt *parser;
 };
 
-static void check_refuse(report_check *check)
+/* The next bytes; none, as at the end of the file, of a document that is given up. */
+static int report_read(void *context, char *buffer, int len)
 {
-    check->refused = true;
-    xmlStopParser(check->parser);
+    const auto          *source = static_cast<const report_source *>(context);
+    const xmlParserCtxt *parser = source->parser;
+    if (parser->wellFormed == 0) return 0;
+    if (parser->maxatts / 5 > REPORT_ATTRIBUTES_ROOM) return 0;  // five entries each
+    if (parser->nsNr / 2 > REPORT_ATTRIBUTES_ROOM) return 0;     // two each
+    return static_cast<int>(TEMP_FAILURE_RETRY(read(source->fd, buffer, static_cast<size_t>(len))));
 }
 
-static void check_declaration(void *context, const xmlChar *, const xmlChar *, const xmlChar *)
+static void report_refuse_declaration(void *context, const xmlChar *, const xmlChar *, const xmlChar *)
 {
-    check_refuse(static_cast<report_check *>(context));
+    auto *parser = static_cast<xmlParserCtxt *>(context);
+    xmlStopParser(parser);
+    parser->wellFormed = 0;  // which the stop doesn't touch
 }
 
-static void check_piece(report_check *check)
-{
-    check->piece_len = 0;
-    if (++check->nodes > REPORT_NODES_MAX) check_refuse(check);
-}
+/* In the place of the library's own lines on standard error. */
+static void report_ignore_error(void *, xmlError *) {}
 
-static void check_element(void *context, const xmlChar *, const xmlChar *, const xmlChar *, int namespaces,
-                          const xmlChar **, int attributes, int, const xmlChar **)
+/* Result: the document, or null. */
+static xmlDoc *report_parse(const char *filename)
 {
-    auto *check = static_cast<report_check *>(context);
-    check->nodes += static_cast<uint32_t>(namespaces + attributes);
-    check_piece(check);
-    if (namespaces + attributes > REPORT_ATTRIBUTES_MAX) check_refuse(check);
-}
-
-static void check_text(void *context, const xmlChar *, int)
-{
-    static_cast<report_check *>(context)->piece_len = 0;
-}
-
-static void check_comment(void *context, const xmlChar *)
-{
-    check_piece(static_cast<report_check *>(context));
-}
-
-static void check_instruction(void *context, const xmlChar *, const xmlChar *)
-{
-    check_piece(static_cast<report_check *>(context));
-}
-
-static void check_cdata(void *context, const xmlChar *, int)
-{
-    check_piece(static_cast<report_check *>(context));
-}
-
-/* The parser goes on behind some errors, and tells each one of millions. */
-static void check_error(void *context, xmlError *error)
-{
-    if (error->level == XML_ERR_FATAL) check_refuse(static_cast<report_check *>(context));
-}
-
-static int check_read(void *context, char *buffer, int len)
-{
-    auto *check = static_cast<report_check *>(context);
-    if (check->piece_len > REPORT_PIECE_MAX) {
-        check->refused = true;
-        return -1;
+    report_source source = {open(filename, O_RDONLY | O_CLOEXEC), xmlNewParserCtxt()};
+    xmlDoc       *doc = nullptr;
+    if (source.fd >= 0 && source.parser != nullptr) {
+        source.parser->sax->internalSubset = report_refuse_declaration;
+        source.parser->sax->serror = report_ignore_error;
+        doc = xmlCtxtReadIO(source.parser, report_read, nullptr, &source, nullptr, nullptr, XML_PARSE_NONET);
     }
-    const ssize_t got = TEMP_FAILURE_RETRY(read(check->fd, buffer, static_cast<size_t>(len)));
-    if (got > 0) check->piece_len += static_cast<uint32_t>(got);
-    return static_cast<int>(got);
-}
-
-/* Whether the document can be built at a cost that its size bounds. */
-static bool report_is_affordable(const char *filename)
-{
-    report_check check = {};
-    check.fd = open(filename, O_RDONLY | O_CLOEXEC);
-    if (check.fd < 0) return false;
-
-    xmlSAXHandler handler = {};
-    handler.initialized = XML_SAX2_MAGIC;
-    handler.internalSubset = check_declaration;
-    handler.startElementNs = check_element;
-    handler.characters = check_text;
-    handler.ignorableWhitespace = check_text;
-    handler.cdataBlock = check_cdata;
-    handler.comment = check_comment;
-    handler.processingInstruction = check_instruction;
-    handler.serror = check_error;
-    bool affordable = false;
-    check.parser = xmlCreateIOParserCtxt(&handler, &check, check_read, nullptr, &check, XML_CHAR_ENCODING_NONE);
-    if (check.parser != nullptr) {
-        xmlParseDocument(check.parser);
-        affordable = check.parser->wellFormed != 0 && !check.refused;
-        xmlFreeParserCtxt(check.parser);
-    }
-    close(check.fd);
-    return affordable;
+    xmlFreeParserCtxt(source.parser);
+    if (source.fd >= 0) close(source.fd);
+    return doc;
 }
 
 // ---- Report: the walk ----
@@ -672,17 +622,17 @@ static bool report_is_affordable(const char *filename)
 /* Walks the document. Result: whether the walk came to its end. Reports under the operation's name. */
 static bool walk_report(const char *name, const char *filename)
 {
-    xmlDoc *doc = report_is_affordable(filename) ? xmlParseFile(filename) : nullptr;
+    xmlDoc *doc = report_parse(filename);
     if (doc == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "failed to parse XML file %s", filename);
+        LOG_FROM(name, 1, "failed to parse XML file %s", filename);
         return false;
     }
     bool           whole = false;
     const xmlNode *root = xmlDocGetRootElement(doc);
     if (root == nullptr) {
-        LOG_FROM(name, __LINE__, 1, "failed to get root element");
+        LOG_FROM(name, 1, "failed to get root element");
     } else if (xmlStrcmp(root->name, name_of("NvData")) != 0) {
-        LOG_FROM(name, __LINE__, 1, "document of the wrong type, root node != NvData");
+        LOG_FROM(name, 1, "document of the wrong type, root node != NvData");
     } else {
         whole = true;
         int32_t index = 0;
@@ -723,19 +673,19 @@ struct pdc_test_params {  // the thread's, once it has started
 static_assert(sizeof(pdc_test_params) == 8);
 
 /* What both sides tell first, with the mutex held. Reports under their names. */
-static void tell_test_state(const char *name, int line, int32_t flag)
+static void tell_test_state(const char *name, int32_t flag)
 {
-    LOG_FROM(name, line, 4, "flag = %d", flag);
-    LOG_FROM(name, line, 4, "pdc_test, is_pdc_test_handling = %d", g_pdc_info_ex.pdc_test.is_pdc_test_handling.load());
-    LOG_FROM(name, line, 4, "pdc_test, is_pdc_test_waiting = %d", g_pdc_info_ex.pdc_test.is_pdc_test_waiting.load());
-    LOG_FROM(name, line, 4, "pdc_test, is_pdc_test_done = %d", g_pdc_info_ex.pdc_test.is_pdc_test_done.load());
+    LOG_FROM(name, 4, "flag = %d", flag);
+    LOG_FROM(name, 4, "pdc_test, is_pdc_test_handling = %d", g_pdc_info_ex.pdc_test.is_pdc_test_handling.load());
+    LOG_FROM(name, 4, "pdc_test, is_pdc_test_waiting = %d", g_pdc_info_ex.pdc_test.is_pdc_test_waiting.load());
+    LOG_FROM(name, 4, "pdc_test, is_pdc_test_done = %d", g_pdc_info_ex.pdc_test.is_pdc_test_done.load());
 }
 
 void velmor_pdc_test_req(int32_t flag)
 {
     LOG(4, "function entry ------------->");
     g_pdc_info_ex.mutex.lock();
-    tell_test_state(__func__, __LINE__, flag);
+    tell_test_state(__func__, flag);
     if (flag == TEST_FLAG_NOTIFY_WAIT) {
         LOG(4, "pdc_test, wait ...");
         g_pdc_info_ex.pdc_test.cond.any.wait(g_pdc_info_ex.mutex);
@@ -749,7 +699,7 @@ void velmor_pdc_test_rsp(int32_t flag)
 {
     LOG(4, "function entry ------------->");
     g_pdc_info_ex.mutex.lock();
-    tell_test_state(__func__, __LINE__, flag);
+    tell_test_state(__func__, flag);
     if (flag == TEST_FLAG_NOTIFY_WAIT) {
         LOG(4, "pdc_test, notify_one");
         g_pdc_info_ex.pdc_test.cond.any.notify_one();

@@ -13,10 +13,10 @@ constexpr uint32_t SCAN_TIMEOUT_MS = 10000;  // a scan that takes longer ends as
 // ---- Scans ----
 
 /* The messages go out with no optional field: the scope stands in the log alone. */
-static int32_t tell_result(const char *name, int line, int32_t result)
+static int32_t tell_result(const char *name, int32_t result)
 {
-    if (result != 0) LOG_FROM(name, line, 1, "qmi_client_send_msg_sync fail, qmi_client_error = %d", result);
-    LOG_FROM(name, line, 4, "function exit <-------------");
+    if (result != 0) LOG_FROM(name, 1, "qmi_client_send_msg_sync fail, qmi_client_error = %d", result);
+    LOG_FROM(name, 4, "function exit <-------------");
     return result;
 }
 
@@ -26,9 +26,8 @@ static int32_t velmor_send_nas_perform_network_scan_req_msg_v01(nas_scan_scope_e
     LOG(2, "velmor_send_nas_perform_network_scan_req_msg_v01, scan_scope = %d", scan_scope);
     nas_perform_network_scan_req_msg_v01  req = {};
     nas_perform_network_scan_resp_msg_v01 resp = {};
-    return tell_result(__func__, __LINE__,
-                       velmor_send_nas_qmi_req_msg(QMI_NAS_PERFORM_NETWORK_SCAN_REQ_MSG_V01, &req, sizeof(req), &resp,
-                                                   sizeof(resp), SCAN_TIMEOUT_MS));
+    return tell_result(__func__, velmor_send_nas_qmi_req_msg(QMI_NAS_PERFORM_NETWORK_SCAN_REQ_MSG_V01, &req,
+                                                             sizeof(req), &resp, sizeof(resp), SCAN_TIMEOUT_MS));
 }
 
 static int32_t velmor_send_nas_perform_incremental_network_scan_req_msg_v01(nas_scan_scope_enum_v01 scan_scope)
@@ -37,9 +36,8 @@ static int32_t velmor_send_nas_perform_incremental_network_scan_req_msg_v01(nas_
     LOG(2, "velmor_send_nas_perform_incremental_network_scan_req_msg_v01, scan_scope = %d", scan_scope);
     nas_perform_incremental_network_scan_req_msg_v01  req = {};
     nas_perform_incremental_network_scan_resp_msg_v01 resp = {};
-    return tell_result(__func__, __LINE__,
-                       velmor_send_nas_qmi_req_msg(QMI_NAS_PERFORM_INCREMENTAL_NETWORK_SCAN_REQ_MSG_V01, &req,
-                                                   sizeof(req), &resp, sizeof(resp), SCAN_TIMEOUT_MS));
+    return tell_result(__func__, velmor_send_nas_qmi_req_msg(QMI_NAS_PERFORM_INCREMENTAL_NETWORK_SCAN_REQ_MSG_V01, &req,
+                                                             sizeof(req), &resp, sizeof(resp), SCAN_TIMEOUT_MS));
 }
 
 // ---- The group ----

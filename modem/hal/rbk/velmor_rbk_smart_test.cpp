@@ -137,39 +137,39 @@ static int32_t velmor_smart_test_ap_hydra_switch(int opt)
 
 /* Writes a modem's print mask, or deletes it to turn the print off, and restarts the modem so that it takes that up.
  * Reports under the name of the switch. */
-static int32_t set_print_file(const char *name, int line, int opt, const char *path, uint32_t value)
+static int32_t set_print_file(const char *name, int opt, const char *path, uint32_t value)
 {
     int32_t result;
     if (opt == 1) {
         result = velmor_efs_write(SMART_SUB, path, path_len(path), &value, sizeof(value));
-        if (result != 0) LOG_FROM(name, line, 1, "velmor_efs_write failed");
+        if (result != 0) LOG_FROM(name, 1, "velmor_efs_write failed");
     } else {
         result = velmor_efs_delete(SMART_SUB, path, path_len(path));
-        if (result != 0) LOG_FROM(name, line, 1, "velmor_efs_delete failed");
+        if (result != 0) LOG_FROM(name, 1, "velmor_efs_delete failed");
     }
     if (result != 0) return result;
     velmor_smart_test_nv_sync();
     velmor_smart_test_modem_ssr();
-    LOG_FROM(name, line, 2, "success, pls wait 10 seconds ");
+    LOG_FROM(name, 2, "success, pls wait 10 seconds ");
     return 0;
 }
 
 static int32_t velmor_smart_test_bp_hydra_print_switch(int opt)
 {
     LOG(2, "bp_hydra_print, opt = %d", opt);
-    return set_print_file(__func__, __LINE__, opt, "/hydra/hydra_print_mask", 31);
+    return set_print_file(__func__, opt, "/hydra/hydra_print_mask", 31);
 }
 
 static int32_t velmor_smart_test_bp_qmi_print_switch(int opt)
 {
     LOG(2, "bp_qmi_print, opt = %d", opt);
-    return set_print_file(__func__, __LINE__, opt, "/nv/item_files/modem/velmor/qmi_print_flag", 1);
+    return set_print_file(__func__, opt, "/nv/item_files/modem/velmor/qmi_print_flag", 1);
 }
 
 static int32_t velmor_smart_test_bp_rf_print_switch(int opt)
 {
     LOG(2, "bp_rf_print, opt = %d", opt);
-    return set_print_file(__func__, __LINE__, opt, "/nv/item_files/modem/velmor/rf_print_mask", 15);
+    return set_print_file(__func__, opt, "/nv/item_files/modem/velmor/rf_print_mask", 15);
 }
 
 // ---- Shared memory ----
@@ -179,22 +179,22 @@ static int32_t show_mapping(const char *name, int fd)
 {
     const size_t size = static_cast<size_t>(g_share_memory_size);
     int32_t      ret = ftruncate(fd, g_share_memory_size);
-    LOG_FROM(name, __LINE__, 2, "ftruncate, ret: %d", ret);
+    LOG_FROM(name, 2, "ftruncate, ret: %d", ret);
     if (ret != 0) {
-        LOG_FROM(name, __LINE__, 1, "ftruncate error");
+        LOG_FROM(name, 1, "ftruncate error");
         return ret;
     }
     void *mapped = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    LOG_FROM(name, __LINE__, 2, "mmap, data_ptr: 0x%08x", static_cast<uint32_t>(reinterpret_cast<uintptr_t>(mapped)));
+    LOG_FROM(name, 2, "mmap, data_ptr: 0x%08x", static_cast<uint32_t>(reinterpret_cast<uintptr_t>(mapped)));
     if (mapped == MAP_FAILED) {
-        LOG_FROM(name, __LINE__, 1, "mmap error");
+        LOG_FROM(name, 1, "mmap error");
         return -1;
     }
     const auto *data_ptr = static_cast<const uint8_t *>(mapped);
-    for (int32_t i = 0; i < 5; ++i) LOG_FROM(name, __LINE__, 2, "data_ptr[%d]: %d", i, data_ptr[i]);
+    for (int32_t i = 0; i < 5; ++i) LOG_FROM(name, 2, "data_ptr[%d]: %d", i, data_ptr[i]);
     ret = munmap(mapped, size);
-    LOG_FROM(name, __LINE__, 2, "munmap, ret: %d", ret);
-    if (ret != 0) LOG_FROM(name, __LINE__, 1, "munmap error");
+    LOG_FROM(name, 2, "munmap, ret: %d", ret);
+    if (ret != 0) LOG_FROM(name, 1, "munmap error");
     return ret;
 }
 

@@ -126,19 +126,19 @@ static int32_t send_diag(const char *name, const uint8_t *request, uint32_t len,
 {
     const uint32_t timeout_ms = static_cast<uint32_t>(wait_time_ms);
     if (work_mode == 0 && io_type == 0) {
-        LOG_FROM(name, __LINE__, 2, "callback mode with result");
+        LOG_FROM(name, 2, "callback mode with result");
         return velmor_diag_cmd_send_with_result_by_callback_mode(request, len, timeout_ms, reply, reply_len);
     }
     if (work_mode == 0) {
         /* Not waited for: the process may end before the worker has done anything. Meant so. */
-        LOG_FROM(name, __LINE__, 2, "callback mode without result");
+        LOG_FROM(name, 2, "callback mode without result");
         return velmor_diag_cmd_send_without_result_by_callback_mode(request, len);
     }
     if (io_type == 0) {
-        LOG_FROM(name, __LINE__, 2, "dci mode with result");
+        LOG_FROM(name, 2, "dci mode with result");
         return velmor_diag_cmd_send_with_result_by_dci_mode(request, len, timeout_ms, reply, reply_len);
     }
-    LOG_FROM(name, __LINE__, 2, "dci mode without result");
+    LOG_FROM(name, 2, "dci mode without result");
     const int32_t result = velmor_diag_cmd_send_without_result_by_dci_mode(request, len);
     usleep(timeout_ms * 1000);
     return result;
@@ -230,10 +230,10 @@ static int32_t velmor_cmn_cmd_send(uint32_t t, uint32_t l, const uint8_t *v)
 
 /* Sends `cnt` words of the command line as 32-bit numbers, each as it is or as true or false. Reports under the name of
  * the operation that gives its line. */
-static int32_t card_command(const char *name, int line, uint32_t t, int cnt, int argc, char *argv[], bool as_flags)
+static int32_t card_command(const char *name, uint32_t t, int cnt, int argc, char *argv[], bool as_flags)
 {
     if (argc != cnt + 3) {
-        LOG_FROM(name, line, 1, "note: need %d inputs, Pls refer to the following cmd:", cnt + 3);
+        LOG_FROM(name, 1, "note: need %d inputs, Pls refer to the following cmd:", cnt + 3);
         return VELMOR_ERR_BAD_ARGUMENT;
     }
     int32_t words[CARD_WORDS_MAX] = {};
@@ -250,12 +250,12 @@ static int32_t card_command(const char *name, int line, uint32_t t, int cnt, int
 
 static int32_t velmor_cmn_card_status_cmd(uint32_t t, int cnt, int argc, char *argv[])
 {
-    return card_command(__func__, __LINE__, t, cnt, argc, argv, true);
+    return card_command(__func__, t, cnt, argc, argv, true);
 }
 
 static int32_t velmor_cmn_card_status_cmd_ex(uint32_t t, int cnt, int argc, char *argv[])
 {
-    return card_command(__func__, __LINE__, t, cnt, argc, argv, false);
+    return card_command(__func__, t, cnt, argc, argv, false);
 }
 
 static int32_t velmor_cmn_card_status_query(int argc, char *argv[])
@@ -453,7 +453,7 @@ static bool esim_poll_eid(int polls, uint8_t *eid, char *text)
 {
     for (int loop = 0; loop < polls; ++loop) {
         usleep(ESIM_EID_WAIT_US);
-        LOG_FROM(ESIM_TEST, __LINE__, 4, "try get eid loop = %d", loop);
+        LOG_FROM(ESIM_TEST, 4, "try get eid loop = %d", loop);
         velmor_uim_request_eid(&ESIM_SLOT, eid);
         if (eid[0] == 0) continue;
         velmor_byte_to_hex(eid, UIM_EID_LEN, text);
@@ -467,14 +467,14 @@ static int32_t esim_switch_by_sim_type(const esim_switch *to)
     auto *param = static_cast<sim_type_param *>(qcril_malloc_adv(sizeof(sim_type_param) + sizeof(to->sim_types)));
     if (param == nullptr) return -1;
     param->count = ESIM_SIM_TYPES;
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "card counts = %d", param->count);
+    LOG_FROM(ESIM_TEST, 4, "card counts = %d", param->count);
     int32_t res = -1;
     if (param->count != sizeof(to->sim_types) / sizeof(to->sim_types[0])) {
-        LOG_FROM(ESIM_TEST, __LINE__, 4, "data length error = %d", param->count);
+        LOG_FROM(ESIM_TEST, 4, "data length error = %d", param->count);
     } else {
         memcpy(param->types, to->sim_types, sizeof(to->sim_types));
         res = velmor_setSimType(param);
-        LOG_FROM(ESIM_TEST, __LINE__, 4, "switch to %s res = %d", to->sim_type_goal, res);
+        LOG_FROM(ESIM_TEST, 4, "switch to %s res = %d", to->sim_type_goal, res);
     }
     qcril_free_adv(param, ESIM_TEST, __LINE__);
     return res;
@@ -484,10 +484,10 @@ static int32_t esim_switch_by_sim_type(const esim_switch *to)
 static int32_t esim_switch_by_power(const esim_switch *to)
 {
     int32_t res = velmor_esim_request_uicc_power_ex(&to->power_down);
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "POWER_DOWN_UIM2 res = %d", res);
+    LOG_FROM(ESIM_TEST, 4, "POWER_DOWN_UIM2 res = %d", res);
     if (res != 0) return res;
     res = velmor_esim_request_uicc_power_ex(&to->power_up);
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "POWER_UP_UIM2 res = %d", res);
+    LOG_FROM(ESIM_TEST, 4, "POWER_UP_UIM2 res = %d", res);
     return res;
 }
 
@@ -496,12 +496,12 @@ static int32_t esim_to_esim(bool by_sim_type)
     uint8_t eid[UIM_EID_LEN] = {};
     char    text[2 * UIM_EID_LEN + 1] = {};
     if (!velmor_esim_sku_match()) return -1;
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "switch to eSIM");
+    LOG_FROM(ESIM_TEST, 4, "switch to eSIM");
     const int32_t res = by_sim_type ? esim_switch_by_sim_type(&SWITCH_TO_ESIM) : esim_switch_by_power(&SWITCH_TO_ESIM);
     if (res != 0) return res;
 
     if (!esim_poll_eid(ESIM_EID_POLLS, eid, text)) {
-        LOG_FROM(ESIM_TEST, __LINE__, 4, "get eid timeout");
+        LOG_FROM(ESIM_TEST, 4, "get eid timeout");
         printf("value=FAILED\n");
     } else if (is_eid_valid(text)) {
         save_eid_to_efs(eid);
@@ -514,10 +514,10 @@ static int32_t esim_to_esim(bool by_sim_type)
 
 static int32_t esim_to_physical(bool by_sim_type)
 {
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "switch to SIM2");
+    LOG_FROM(ESIM_TEST, 4, "switch to SIM2");
     const int32_t res = by_sim_type ? esim_switch_by_sim_type(&SWITCH_TO_PSIM) : esim_switch_by_power(&SWITCH_TO_PSIM);
     if (res != 0) return res;
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "SIM2 Power Up successfully");
+    LOG_FROM(ESIM_TEST, 4, "SIM2 Power Up successfully");
     printf("value=SUCCEED\n");
     return 0;
 }
@@ -526,7 +526,7 @@ static int32_t esim_read_eid(bool)
 {
     uint8_t eid[UIM_EID_LEN] = {};
     char    text[2 * UIM_EID_LEN + 1] = {};
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor get eid");
+    LOG_FROM(ESIM_TEST, 4, "velmor get eid");
     if (!esim_poll_eid(ESIM_EID_READS, eid, text)) return -1;
     printf("eID=%s\n", text);
     return 0;
@@ -535,10 +535,10 @@ static int32_t esim_read_eid(bool)
 static int32_t esim_card_states(bool)
 {
     uint8_t states[UIM_STATE_SLOTS] = {};
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "try get simcard status");
+    LOG_FROM(ESIM_TEST, 4, "try get simcard status");
     const int32_t res = velmor_uim_get_card_status(states);
     if (res != 0) return res;
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "card_status, [%d, %d]", states[0], states[1]);
+    LOG_FROM(ESIM_TEST, 4, "card_status, [%d, %d]", states[0], states[1]);
     map_sim_state(states);
     return 0;
 }
@@ -548,38 +548,38 @@ static bool esim_reset_accepted(const uim_apdu_result *result)
 {
     char text[sizeof(ESIM_RESET_DELETED)] = {};
     velmor_byte_to_hex(reinterpret_cast<const uint8_t *>(result), (sizeof(text) - 1) / 2, text);
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "apdu=%s", text);
+    LOG_FROM(ESIM_TEST, 4, "apdu=%s", text);
     if (strcmp(text, ESIM_RESET_DELETED) == 0) {
-        LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu, delete profile successfully.");
+        LOG_FROM(ESIM_TEST, 4, "velmor_uim_send_apdu, delete profile successfully.");
         return true;
     }
     if (strcmp(text, ESIM_RESET_NOTHING) == 0) {
-        LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu, nothing to delete.");
+        LOG_FROM(ESIM_TEST, 4, "velmor_uim_send_apdu, nothing to delete.");
         return true;
     }
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu, apdu rsp check failed.");
+    LOG_FROM(ESIM_TEST, 4, "velmor_uim_send_apdu, apdu rsp check failed.");
     return false;
 }
 
 /* After a failure the channel stays open; after a good reset a close that fails changes nothing. Both are meant. */
 static int32_t esim_reset(bool)
 {
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "Start eUICC Reset");
+    LOG_FROM(ESIM_TEST, 4, "Start eUICC Reset");
     uim_apdu_param    command = ESIM_RESET;
     uim_channel_param channel = {ESIM_SLOT, 1};
     int32_t           res = velmor_uim_open_channel(&channel, &command.channel_id);
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_open_channel res = %d, channel_id = %d", res, command.channel_id);
+    LOG_FROM(ESIM_TEST, 4, "velmor_uim_open_channel res = %d, channel_id = %d", res, command.channel_id);
     if (res != 0) return res;
 
     uim_apdu_result result = {};
     res = velmor_uim_send_apdu(&command, &result);
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_send_apdu res = %d", res);
+    LOG_FROM(ESIM_TEST, 4, "velmor_uim_send_apdu res = %d", res);
     if (res != 0) return res;
     if (!esim_reset_accepted(&result)) return -1;
 
     channel.value = command.channel_id;
     res = velmor_uim_close_channel(&channel);
-    LOG_FROM(ESIM_TEST, __LINE__, 4, "velmor_uim_close_channel res = %d", res);
+    LOG_FROM(ESIM_TEST, 4, "velmor_uim_close_channel res = %d", res);
     printf("value=SUCCEED\n");
     return 0;
 }

@@ -19,17 +19,17 @@
 
 // ---- Words of the command line ----
 
-static bool has_exact_count(const char *name, int line, int argc)
+static bool has_exact_count(const char *name, int argc)
 {
     if (argc == ARG_DATA) return true;
-    LOG_FROM(name, line, 1, "note: need %d inputs, Pls refer to the following cmd:", ARG_DATA);
+    LOG_FROM(name, 1, "note: need %d inputs, Pls refer to the following cmd:", ARG_DATA);
     return false;
 }
 
-static bool has_data(const char *name, int line, int argc)
+static bool has_data(const char *name, int argc)
 {
     if (argc > ARG_DATA) return true;
-    LOG_FROM(name, line, 1, "note: Too few inputs, Pls refer to the following cmd:");
+    LOG_FROM(name, 1, "note: Too few inputs, Pls refer to the following cmd:");
     return false;
 }
 
@@ -59,28 +59,28 @@ static uint32_t read_data(int argc, char *argv[], uint8_t *data)
 
 // ---- Outcome ----
 
-static int32_t tell_failure(const char *name, int line, int32_t result)
+static int32_t tell_failure(const char *name, int32_t result)
 {
-    if (result != 0) LOG_FROM(name, line, 1, "velmor_extend_qmi_send_sync fail, REQUEST_ID_EFS");
+    if (result != 0) LOG_FROM(name, 1, "velmor_extend_qmi_send_sync fail, REQUEST_ID_EFS");
     return result;
 }
 
-static void dump(const char *name, int line, const uint8_t *data, uint32_t len)
+static void dump(const char *name, const uint8_t *data, uint32_t len)
 {
-    LOG_FROM(name, line, 2, "data len(%d)\ndata: ", len);
-    for (uint32_t i = 0; i < len; ++i) LOG_FROM(name, line, 2, " %02X", data[i]);
-    LOG_FROM(name, line, 2, "");
+    LOG_FROM(name, 2, "data len(%d)\ndata: ", len);
+    for (uint32_t i = 0; i < len; ++i) LOG_FROM(name, 2, " %02X", data[i]);
+    LOG_FROM(name, 2, "");
 }
 
 // ---- Sub-commands ----
 
 static int32_t velmor_nvefs_test_nv_read(int argc, char *argv[])
 {
-    if (!has_exact_count(__func__, __LINE__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
+    if (!has_exact_count(__func__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
     uint8_t       data[READ_SIZE] = {};
     uint32_t      len = sizeof(data);
-    const int32_t result = tell_failure(__func__, __LINE__, velmor_nv_read(sub_of(argv), nv_id_of(argv), data, &len));
-    if (result == 0) dump(__func__, __LINE__, data, len);
+    const int32_t result = tell_failure(__func__, velmor_nv_read(sub_of(argv), nv_id_of(argv), data, &len));
+    if (result == 0) dump(__func__, data, len);
     return result;
 }
 
@@ -88,44 +88,43 @@ static int32_t velmor_nvefs_test_nv_read(int argc, char *argv[])
  * has the room of the longest item. A longer one is refused by its length, before anything is read behind the buffer. */
 static int32_t velmor_nvefs_test_nv_write(int argc, char *argv[])
 {
-    if (!has_data(__func__, __LINE__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
+    if (!has_data(__func__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
     uint8_t data[NVEFS_DATA_MAX] = {};
     read_data(argc, argv, data);
     const uint32_t len = static_cast<uint32_t>(argc - ARG_DATA);
-    return tell_failure(__func__, __LINE__, velmor_nv_write_ex(sub_of(argv), nv_id_of(argv), data, len));
+    return tell_failure(__func__, velmor_nv_write_ex(sub_of(argv), nv_id_of(argv), data, len));
 }
 
 static int32_t velmor_nvefs_test_nv_delete(int argc, char *argv[])
 {
-    if (!has_exact_count(__func__, __LINE__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
-    return tell_failure(__func__, __LINE__, velmor_nv_delete(sub_of(argv), nv_id_of(argv)));
+    if (!has_exact_count(__func__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
+    return tell_failure(__func__, velmor_nv_delete(sub_of(argv), nv_id_of(argv)));
 }
 
 static int32_t velmor_nvefs_test_efs_read(int argc, char *argv[])
 {
-    if (!has_exact_count(__func__, __LINE__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
+    if (!has_exact_count(__func__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
     uint8_t       data[READ_SIZE] = {};
     uint32_t      len = sizeof(data);
-    const int32_t result = tell_failure(__func__, __LINE__,
-                                        velmor_efs_read(sub_of(argv), argv[ARG_TARGET], path_len_of(argv), data, &len));
-    if (result == 0) dump(__func__, __LINE__, data, len);
+    const int32_t result =
+        tell_failure(__func__, velmor_efs_read(sub_of(argv), argv[ARG_TARGET], path_len_of(argv), data, &len));
+    if (result == 0) dump(__func__, data, len);
     return result;
 }
 
 /* The file gets the words that were read, and no zeros. */
 static int32_t velmor_nvefs_test_efs_write(int argc, char *argv[])
 {
-    if (!has_data(__func__, __LINE__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
+    if (!has_data(__func__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
     uint8_t        data[WRITE_WORDS_MAX] = {};
     const uint32_t len = read_data(argc, argv, data);
-    return tell_failure(__func__, __LINE__,
-                        velmor_efs_write(sub_of(argv), argv[ARG_TARGET], path_len_of(argv), data, len));
+    return tell_failure(__func__, velmor_efs_write(sub_of(argv), argv[ARG_TARGET], path_len_of(argv), data, len));
 }
 
 static int32_t velmor_nvefs_test_efs_delete(int argc, char *argv[])
 {
-    if (!has_exact_count(__func__, __LINE__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
-    return tell_failure(__func__, __LINE__, velmor_efs_delete(sub_of(argv), argv[ARG_TARGET], path_len_of(argv)));
+    if (!has_exact_count(__func__, argc)) return VELMOR_ERR_BAD_ARGUMENT;
+    return tell_failure(__func__, velmor_efs_delete(sub_of(argv), argv[ARG_TARGET], path_len_of(argv)));
 }
 
 // ---- The group ----

@@ -36,12 +36,12 @@ struct tx_req {
 static_assert(sizeof(gpio_req) == sizeof(common_req) && sizeof(tx_req) == sizeof(common_req));
 
 /* What the modem answers beyond that it did isn't looked at. */
-static int32_t send_request(const char *name, int line, const void *req)
+static int32_t send_request(const char *name, const void *req)
 {
     common_rsp    rsp = {};
     uint32_t      rsp_len = sizeof(rsp);
     const int32_t result = velmor_extend_qmi_send_sync(REQUEST_ID_COMMON, req, sizeof(common_req), &rsp, &rsp_len);
-    if (result != 0) LOG_FROM(name, line, 1, "velmor_extend_qmi_send_sync fail, REQUEST_ID_COMMON");
+    if (result != 0) LOG_FROM(name, 1, "velmor_extend_qmi_send_sync fail, REQUEST_ID_COMMON");
     return result;
 }
 
@@ -59,7 +59,7 @@ static int32_t velmor_gpio_test_set(int argc, char *argv[])
         req.gpio_v[i] = atoi(argv[3 + i]);
         LOG(2, "velmor_gpio_test_set, gpio_v[%d]: %d", i, req.gpio_v[i]);
     }
-    return send_request(__func__, __LINE__, &req);
+    return send_request(__func__, &req);
 }
 
 static int32_t velmor_rf_tx_test_set(int argc, char *argv[])
@@ -77,82 +77,82 @@ static int32_t velmor_rf_tx_test_set(int argc, char *argv[])
     LOG(2, " v_ant(%d)", req.v_ant);
     LOG(2, " v_sys(%d)", req.v_sys);
     LOG(2, " v_band_list(%lu)", static_cast<unsigned long>(req.v_band_list));
-    return send_request(__func__, __LINE__, &req);
+    return send_request(__func__, &req);
 }
 
 // ---- Files ----
 
 /* Reading and closing take no words behind the sub-command. Reports under the name of the operation. */
-static bool has_no_words(const char *name, int line, int argc, int sub_command)
+static bool has_no_words(const char *name, int argc, int sub_command)
 {
     if (argc == 3) return true;
-    LOG_FROM(name, line, 1, "note: Cmd error, should be: rbk %d %d , Pls refer to the following cmd:", RBK_GROUP_RF,
+    LOG_FROM(name, 1, "note: Cmd error, should be: rbk %d %d , Pls refer to the following cmd:", RBK_GROUP_RF,
              sub_command);
     return false;
 }
 
-static int32_t tell_failure(const char *name, int line, int32_t result)
+static int32_t tell_failure(const char *name, int32_t result)
 {
-    if (result != 0) LOG_FROM(name, line, 1, "velmor_extend_qmi_send_sync fail, REQUEST_ID_EFS");
+    if (result != 0) LOG_FROM(name, 1, "velmor_extend_qmi_send_sync fail, REQUEST_ID_EFS");
     return result;
 }
 
 /* The length of a path counts its terminator in this group. */
-static int32_t read_file(const char *name, int line, const char *path, uint8_t *data, uint32_t *len)
+static int32_t read_file(const char *name, const char *path, uint8_t *data, uint32_t *len)
 {
     const uint32_t path_len = static_cast<uint32_t>(strlen(path) + 1);
-    return tell_failure(name, line, velmor_efs_read(RF_SUB, path, path_len, data, len));
+    return tell_failure(name, velmor_efs_read(RF_SUB, path, path_len, data, len));
 }
 
-static int32_t delete_file(const char *name, int line, const char *path)
+static int32_t delete_file(const char *name, const char *path)
 {
-    return tell_failure(name, line, velmor_efs_delete(RF_SUB, path, static_cast<uint32_t>(strlen(path) + 1)));
+    return tell_failure(name, velmor_efs_delete(RF_SUB, path, static_cast<uint32_t>(strlen(path) + 1)));
 }
 
-static void show_bytes(const char *name, int line, const uint8_t *data, uint32_t len)
+static void show_bytes(const char *name, const uint8_t *data, uint32_t len)
 {
-    for (uint32_t i = 0; i < len; ++i) LOG_FROM(name, line, 2, " %02X", data[i]);
-    LOG_FROM(name, line, 2, "");
+    for (uint32_t i = 0; i < len; ++i) LOG_FROM(name, 2, " %02X", data[i]);
+    LOG_FROM(name, 2, "");
 }
 
 static int32_t velmor_gpio_test_get(int argc, char **)
 {
     LOG(2, "velmor_gpio_test_get");
-    if (!has_no_words(__func__, __LINE__, argc, 1)) return VELMOR_ERR_BAD_ARGUMENT;
+    if (!has_no_words(__func__, argc, 1)) return VELMOR_ERR_BAD_ARGUMENT;
     uint8_t       data[READ_SIZE] = {};
     uint32_t      len = sizeof(data);
-    const int32_t result = read_file(__func__, __LINE__, GPIO_FILE, data, &len);
+    const int32_t result = read_file(__func__, GPIO_FILE, data, &len);
     if (result != 0) return result;
     LOG(2, "data len(%d)data: ", len);  // without the line end that the other test has: scripts know both
-    show_bytes(__func__, __LINE__, data, len);
+    show_bytes(__func__, data, len);
     return 0;
 }
 
 static int32_t velmor_rf_tx_test_get(int argc, char **)
 {
     LOG(2, "velmor_rf_tx_test_get");
-    if (!has_no_words(__func__, __LINE__, argc, 4)) return VELMOR_ERR_BAD_ARGUMENT;
+    if (!has_no_words(__func__, argc, 4)) return VELMOR_ERR_BAD_ARGUMENT;
     uint8_t       data[READ_SIZE] = {};
     uint32_t      len = sizeof(data);
-    const int32_t result = read_file(__func__, __LINE__, TX_FILE, data, &len);
+    const int32_t result = read_file(__func__, TX_FILE, data, &len);
     if (result != 0) return result;
     LOG(2, "data len(%d)\ndata: ", len);
-    show_bytes(__func__, __LINE__, data, len);
+    show_bytes(__func__, data, len);
     return 0;
 }
 
 static int32_t velmor_gpio_test_closed(int argc, char **)
 {
     LOG(2, "velmor_gpio_test_closed");
-    if (!has_no_words(__func__, __LINE__, argc, 2)) return VELMOR_ERR_BAD_ARGUMENT;
-    return delete_file(__func__, __LINE__, GPIO_FILE);
+    if (!has_no_words(__func__, argc, 2)) return VELMOR_ERR_BAD_ARGUMENT;
+    return delete_file(__func__, GPIO_FILE);
 }
 
 static int32_t velmor_rf_tx_test_closed(int argc, char **)
 {
     LOG(2, "velmor_rf_tx_test_closed");
-    if (!has_no_words(__func__, __LINE__, argc, 5)) return VELMOR_ERR_BAD_ARGUMENT;
-    return delete_file(__func__, __LINE__, TX_FILE);
+    if (!has_no_words(__func__, argc, 5)) return VELMOR_ERR_BAD_ARGUMENT;
+    return delete_file(__func__, TX_FILE);
 }
 
 // ---- The group ----

@@ -12,7 +12,6 @@
 constexpr uint32_t OPEN_ATTEMPTS = 50;
 constexpr uint32_t OPEN_WAIT_MS = 20;  // a service that isn't there costs 50 of these, one second
 constexpr uint32_t SEND_TIMEOUT_MS = 3000;
-constexpr uint32_t SERVICE_TABLE_MAX = 16;  // servers asked for; the first is taken
 
 /* State: everything down to the flag belongs to g_extend_mutex. */
 static pthread_mutex_t             g_extend_mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -31,9 +30,9 @@ extend_handler       g_extend_stat_handler;
 extend_handler       g_extend_ind13_handler;
 
 /* LOG under the client's log switch; macros, because LOG tells the place where it stands. */
-#define EXTEND_LOG_FROM(name, level, ...)                                                                       \
-    do {                                                                                                        \
-        if (g_extend_log_on.load(std::memory_order_relaxed) != 0) LOG_FROM(name, __LINE__, level, __VA_ARGS__); \
+#define EXTEND_LOG_FROM(name, level, ...)                                                             \
+    do {                                                                                              \
+        if (g_extend_log_on.load(std::memory_order_relaxed) != 0) LOG_FROM(name, level, __VA_ARGS__); \
     } while (0)
 #define EXTEND_LOG(level, ...) EXTEND_LOG_FROM(__func__, level, __VA_ARGS__)
 
@@ -61,7 +60,7 @@ static void extend_init_locked()
     g_extend_service_object =
         velmor_extend_get_service_object_internal_v01(EXTEND_VERSION, EXTEND_MINOR_VERSION, IDL_LIBRARY_VERSION);
     if (g_extend_service_object == nullptr)
-        LOG_FROM("velmor_extend_qmi_client_init", __LINE__, 1, "QMI get service obj failed. Check .c and .h");
+        LOG_FROM("velmor_extend_qmi_client_init", 1, "QMI get service obj failed. Check .c and .h");
     g_extend_client_inited = true;  // after a failure too: a second try would fail alike
 }
 
@@ -86,15 +85,18 @@ qmi_client_handle velmor_extend_qmi_client_open()
         qmi_cci_os_signal_wait(&g_extend_os_params, OPEN_WAIT_MS);
     }
 
-    /* An absent service leaves the table zero; it is qmi_client_init that refuses then. */
-    qmi_service_info table[SERVICE_TABLE_MAX] = {};
-    uint32_t         num_entries = num_services < SERVICE_TABLE_MAX ? num_services : SERVICE_TABLE_MAX;
-    int32_t          err = qmi_client_get_service_list(g_extend_service_object, table, &num_entries, &num_services);
+    /* The first entry is taken. An absent service leaves it zero; it is qmi_client_init that refuses then. */
+    uint32_t          num_entries = num_services;
+    qmi_service_info *table =
+        static_cast<qmi_service_info *>(qcril_malloc_adv((num_services + size_t{1}) * sizeof(*table)));
+    if (table == nullptr) return nullptr;
+    int32_t err = qmi_client_get_service_list(g_extend_service_object, table, &num_entries, &num_services);
     EXTEND_LOG(4, "qmi_client_get_service_list, err = %d, num_entries = %d, num_services = %d", err, num_entries,
                num_services);
 
     err = qmi_client_init(&table[0], g_extend_service_object, velmor_extend_qmi_ind_cb, nullptr, nullptr,
                           &g_extend_client);
+    qcril_free_adv(table, __func__, __LINE__);
     EXTEND_LOG(4, "qmi_client_init, err = %d, handle = %d, client_handle = %d", err, handle_number(g_extend_notifier),
                handle_number(g_extend_client));
     if (err != 0) {
@@ -167,15 +169,15 @@ static void extend_hand_on_envelope(qmi_client_handle client, uint32_t msg_id, c
     static const char IND_CB[] = "velmor_extend_qmi_ind_cb";
 
     extend_envelope envelope = {};
-    LOG_FROM(IND_CB, __LINE__, 4, "VELMOR__EXTEND_QMI: Indication msg_id=0x%x buf_len=%d ", msg_id, buffer_len);
+    LOG_FROM(IND_CB, 4, "VELMOR__EXTEND_QMI: Indication msg_id=0x%x buf_len=%d ", msg_id, buffer_len);
     qmi_client_message_decode(client, INDICATION, msg_id, buffer, buffer_len, &envelope, sizeof(envelope));
     if (envelope.qmi_id >= EXTEND_IND_IDS) {
-        LOG_FROM(IND_CB, __LINE__, 4, "Indicaion: %d greater than maximum known indication.", envelope.qmi_id);
+        LOG_FROM(IND_CB, 4, "Indicaion: %d greater than maximum known indication.", envelope.qmi_id);
         return;
     }
     const extend_handler handler = g_extend_ind_handlers[envelope.qmi_id];
     if (handler == nullptr) {
-        LOG_FROM(IND_CB, __LINE__, 4, "No function defined to handle indication: %d", envelope.qmi_id);
+        LOG_FROM(IND_CB, 4, "No function defined to handle indication: %d", envelope.qmi_id);
         return;
     }
     /* The length is foreign, and the handler believes it. */

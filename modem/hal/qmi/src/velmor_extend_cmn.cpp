@@ -22,16 +22,16 @@ constexpr uint32_t VALUE_LIMIT = 500;
 
 // ---- Senders ----
 
-/* What both senders ask of their value. Reports under the sender's name and line. */
-static int32_t check_value(const char *name, int line, uint32_t l, uint32_t limit, const void *v)
+/* What both senders ask of their value. Reports under the sender's name. */
+static int32_t check_value(const char *name, uint32_t l, uint32_t limit, const void *v)
 {
-    LOG_FROM(name, line, 4, "l %d", l);
+    LOG_FROM(name, 4, "l %d", l);
     if (l >= limit) {
-        LOG_FROM(name, line, 4, "l is out of range");
+        LOG_FROM(name, 4, "l is out of range");
         return VELMOR_ERR_BAD_ARGUMENT;
     }
     if (l > 0 && v == nullptr) {
-        LOG_FROM(name, line, 4, "v is null");
+        LOG_FROM(name, 4, "v is null");
         return VELMOR_ERR_BAD_ARGUMENT;
     }
     return 0;
@@ -53,7 +53,7 @@ int32_t velmor_send_common_qmi_msg(uint32_t t, uint32_t l, const void *v, void *
     memset(rsp, 0, sizeof(common_rsp));
     common_typed_req req = {};
     LOG(4, "t %d", t);
-    int32_t result = check_value(__func__, __LINE__, l, TYPED_VALUE_LIMIT, v);
+    int32_t result = check_value(__func__, l, TYPED_VALUE_LIMIT, v);
     if (result != 0) return result;
 
     req.cmd = COMMON_CMD_TYPED;
@@ -74,7 +74,7 @@ int32_t velmor_common_qmi_req(uint32_t cmd, uint32_t l, const void *v, void *rsp
     }
     memset(rsp, 0, sizeof(common_rsp));
     common_req req = {};
-    int32_t    result = check_value(__func__, __LINE__, l, VALUE_LIMIT, v);
+    int32_t    result = check_value(__func__, l, VALUE_LIMIT, v);
     if (result != 0) return result;
 
     req.cmd = cmd;
@@ -152,13 +152,13 @@ int32_t velmor_check_and_init_qmi_client_rf_sar()
 }
 
 /* Under the name of the operation. After a failure the client is forgotten, not released. */
-static int32_t sar_send(const char *name, int line, uint32_t msg_id, const void *req, uint32_t req_len, void *resp,
+static int32_t sar_send(const char *name, uint32_t msg_id, const void *req, uint32_t req_len, void *resp,
                         uint32_t resp_len)
 {
     const int32_t qmi_client_error =
         qmi_client_send_msg_sync(g_sar_client, msg_id, req, req_len, resp, resp_len, SAR_TIMEOUT_MS);
     if (qmi_client_error != 0) {
-        LOG_FROM(name, line, 4, "qmi_client_send_msg_sync failed, qmi_client_error = %d", qmi_client_error);
+        LOG_FROM(name, 4, "qmi_client_send_msg_sync failed, qmi_client_error = %d", qmi_client_error);
         g_sar_client = nullptr;
     }
     return qmi_client_error;
@@ -166,16 +166,14 @@ static int32_t sar_send(const char *name, int line, uint32_t msg_id, const void 
 
 int32_t velmor_get_sar_dsi()
 {
-    LOG(4, "function entry ------------->");
     sar_rf_get_state_resp_msg_v01 resp = {};
     int32_t                       dsi = -1;
     if (velmor_check_and_init_qmi_client_rf_sar() == 0) {
         LOG(4, "velmor_check_and_init_qmi_client_rf_sar FAIL");
-    } else if (sar_send(__func__, __LINE__, SAR_RF_GET_STATE_REQ_V01, nullptr, 0, &resp, sizeof(resp)) == 0) {
+    } else if (sar_send(__func__, SAR_RF_GET_STATE_REQ_V01, nullptr, 0, &resp, sizeof(resp)) == 0) {
         dsi = static_cast<int32_t>(resp.state);
         LOG(4, "dsi vailid = %d , dsi value = %d", resp.state_valid, dsi);
     }
-    LOG(4, "function exit <-------------");
     return dsi;
 }
 
@@ -189,8 +187,7 @@ int32_t velmor_set_sar_dsi(uint32_t dsi)
         sar_rf_set_state_req_msg_v01  req = {};
         sar_rf_set_state_resp_msg_v01 resp = {};
         req.state = dsi <= SAR_DSI_MAX ? dsi : 0;
-        qmi_client_error =
-            sar_send(__func__, __LINE__, SAR_RF_SET_STATE_REQ_V01, &req, sizeof(req), &resp, sizeof(resp));
+        qmi_client_error = sar_send(__func__, SAR_RF_SET_STATE_REQ_V01, &req, sizeof(req), &resp, sizeof(resp));
     }
     LOG(4, "function exit, qmi_client_error = %d <-------------", qmi_client_error);
     return qmi_client_error;
@@ -207,20 +204,19 @@ static const char SEND_NAS[] = "velmor_send_nas_qmi_req_msg";
 
 static void nas_open()
 {
-    LOG_FROM(SEND_NAS, __LINE__, 4, "init qmi_client");
+    LOG_FROM(SEND_NAS, 4, "init qmi_client");
     qmi_client_os_params os_params = {};
     qmi_client_handle    client = nullptr;
     const int32_t        qmi_client_error =
         qmi_client_init_instance(nas_get_service_object_internal_v01(1, 388, 6), QMI_CLIENT_INSTANCE_ANY,
                                  velmor_qmi_client_unsol_ind_cb, nullptr, &os_params, NAS_OPEN_TIMEOUT_MS, &client);
     if (qmi_client_error != 0) {
-        LOG_FROM(SEND_NAS, __LINE__, 4, "velmor_qmi_client_init instance failed, qmi_client_error = %d",
-                 qmi_client_error);
+        LOG_FROM(SEND_NAS, 4, "velmor_qmi_client_init instance failed, qmi_client_error = %d", qmi_client_error);
         return;
     }
-    LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_svc_client %p", static_cast<void *>(client));
+    LOG_FROM(SEND_NAS, 4, "qmi_svc_client %p", static_cast<void *>(client));
     if (qmi_client_register_error_cb(client, velmor_qmi_client_error_cb, nullptr) != 0) {
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_client_register_error_cb failed");
+        LOG_FROM(SEND_NAS, 4, "qmi_client_register_error_cb failed");
         return;
     }
     g_nas_client = client;
@@ -229,33 +225,33 @@ static void nas_open()
 /* The handle isn't cleared: one process makes one request. */
 static void nas_recover()
 {
-    LOG_FROM(SEND_NAS, __LINE__, 4, "velmor_qmi_client_recovery, qmi_client_ptr %p", static_cast<void *>(g_nas_client));
+    LOG_FROM(SEND_NAS, 4, "velmor_qmi_client_recovery, qmi_client_ptr %p", static_cast<void *>(g_nas_client));
     if (g_nas_client == nullptr)
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_client_ptr is NULL");
+        LOG_FROM(SEND_NAS, 4, "qmi_client_ptr is NULL");
     else if (qmi_client_release(g_nas_client) != 0)
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_client_release failed");
+        LOG_FROM(SEND_NAS, 4, "qmi_client_release failed");
 }
 
 static int32_t nas_exchange(uint32_t msg_id, const void *qmi_request, uint32_t request_len, void *qmi_response,
                             uint32_t response_len, uint32_t time_out_ms)
 {
     if (qmi_request == nullptr) {
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_request is NULL");
+        LOG_FROM(SEND_NAS, 4, "qmi_request is NULL");
         return -1;
     }
     if (qmi_response == nullptr) {
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_response is NULL");
+        LOG_FROM(SEND_NAS, 4, "qmi_response is NULL");
         return -1;
     }
     if (g_nas_client == nullptr) nas_open();
     if (g_nas_client == nullptr) {
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_client_ptr is NULL");
+        LOG_FROM(SEND_NAS, 4, "qmi_client_ptr is NULL");
         return -1;
     }
     const int32_t qmi_client_error = qmi_client_send_msg_sync(g_nas_client, msg_id, qmi_request, request_len,
                                                               qmi_response, response_len, time_out_ms);
     if (qmi_client_error != 0)
-        LOG_FROM(SEND_NAS, __LINE__, 4, "qmi_client_send_msg_sync fail, qmi_client_error = %d", qmi_client_error);
+        LOG_FROM(SEND_NAS, 4, "qmi_client_send_msg_sync fail, qmi_client_error = %d", qmi_client_error);
     return qmi_client_error;
 }
 
@@ -320,25 +316,25 @@ void uim_qmi_client_recovery()
 
 // ---- UIM: the steps of an operation ----
 
-/* Each step reports under the operation's name and the line that it is called from. */
-static void uim_drop_dead(const char *name, int line)
+/* Each step reports under the operation's name. */
+static void uim_drop_dead(const char *name)
 {
     if (SSR_Detected.load(std::memory_order_relaxed) == 0) return;
-    LOG_FROM(name, line, 4, "SSR_Detected, try recovery");
+    LOG_FROM(name, 4, "SSR_Detected, try recovery");
     uim_qmi_client_recovery();
 }
 
 /* `word` is what the lines begin with: not always the operation's name. */
-static bool uim_connect(const char *name, int line, const char *word)
+static bool uim_connect(const char *name, const char *word)
 {
     if (uim_qmi_client == nullptr) {
         if (!init_uim_qmi_client()) {
-            LOG_FROM(name, line, 4, "init_uim_qmi_client failed");
+            LOG_FROM(name, 4, "init_uim_qmi_client failed");
             return false;
         }
-        LOG_FROM(name, line, 4, "%s try init_uim_qmi_client %p", word, static_cast<void *>(uim_qmi_client));
+        LOG_FROM(name, 4, "%s try init_uim_qmi_client %p", word, static_cast<void *>(uim_qmi_client));
     }
-    LOG_FROM(name, line, 4, "%s uim_qmi_client %p", word, static_cast<void *>(uim_qmi_client));
+    LOG_FROM(name, 4, "%s uim_qmi_client %p", word, static_cast<void *>(uim_qmi_client));
     return true;
 }
 
@@ -351,19 +347,19 @@ static int32_t uim_exchange(uint32_t msg_id, const void *req, uint32_t req_size,
     return code;
 }
 
-static int32_t uim_send(const char *name, int line, uint32_t msg_id, const void *req, uint32_t req_size, void *resp,
+static int32_t uim_send(const char *name, uint32_t msg_id, const void *req, uint32_t req_size, void *resp,
                         uint32_t resp_size)
 {
     const int32_t code = uim_exchange(msg_id, req, req_size, resp, resp_size);
-    if (code != 0) LOG_FROM(name, line, 4, "send msg sync client error = %d", code);
+    if (code != 0) LOG_FROM(name, 4, "send msg sync client error = %d", code);
     return code;
 }
 
 /* Drops the connection when it went wrong too badly; the next operation makes a new one. Gives `code` back. */
-static int32_t uim_end(const char *name, int line, int32_t code)
+static int32_t uim_end(const char *name, int32_t code)
 {
     if (code == -2 || failed_cnt >= UIM_FAILURES_MAX) {
-        LOG_FROM(name, line, 4, "QMI error, try recovery");
+        LOG_FROM(name, 4, "QMI error, try recovery");
         uim_qmi_client_recovery();
     }
     return code;
@@ -381,47 +377,47 @@ struct uim_call {
 };
 
 template <typename message>
-static message *uim_allocate(const char *name, int line)
+static message *uim_allocate(const char *name)
 {
-    return static_cast<message *>(qcril_malloc_adv(sizeof(message), __FILE__, line, name));
+    return static_cast<message *>(qcril_malloc_adv(sizeof(message), __FILE__, __LINE__, name));
 }
 
 template <typename request, typename response>
-static void uim_free(uim_call<request, response> *call, int line)
+static void uim_free(uim_call<request, response> *call)
 {
-    qcril_free_adv(call->req, call->name, line);
-    qcril_free_adv(call->resp, call->name, line);
+    qcril_free_adv(call->req, call->name, __LINE__);
+    qcril_free_adv(call->resp, call->name, __LINE__);
 }
 
 /* Connects and allocates. When it can't, the operation's result is in `code`. */
 template <typename request, typename response>
-static bool uim_begin(uim_call<request, response> *call, const char *name, int line, const char *word)
+static bool uim_begin(uim_call<request, response> *call, const char *name, const char *word)
 {
     *call = {name, nullptr, nullptr, -1};
-    if (!uim_connect(name, line, word)) {
-        uim_end(name, line, call->code);
+    if (!uim_connect(name, word)) {
+        uim_end(name, call->code);
         return false;
     }
-    call->req = uim_allocate<request>(name, line);
-    call->resp = uim_allocate<response>(name, line);
+    call->req = uim_allocate<request>(name);
+    call->resp = uim_allocate<response>(name);
     if (call->req != nullptr && call->resp != nullptr) return true;
-    uim_free(call, line);
+    uim_free(call);
     return false;
 }
 
 /* True when the modem has answered. */
 template <typename request, typename response>
-static bool uim_ask(uim_call<request, response> *call, int line, uint32_t msg_id)
+static bool uim_ask(uim_call<request, response> *call, uint32_t msg_id)
 {
-    call->code = uim_send(call->name, line, msg_id, call->req, sizeof(request), call->resp, sizeof(response));
+    call->code = uim_send(call->name, msg_id, call->req, sizeof(request), call->resp, sizeof(response));
     return call->code == 0;
 }
 
 template <typename request, typename response>
-static int32_t uim_finish(uim_call<request, response> *call, int line)
+static int32_t uim_finish(uim_call<request, response> *call)
 {
-    uim_free(call, line);
-    return uim_end(call->name, line, call->code);
+    uim_free(call);
+    return uim_end(call->name, call->code);
 }
 
 // ---- UIM: power ----
@@ -433,63 +429,61 @@ static const char POWER[] = "velmor_esim_request_uicc_power_ex";
 static const char POWER_WORD[] = "velmor_uim_request_uicc_power_ex";
 
 /* Whether the file stands as the request wants it. It goes first, since the modem reads it when it is told. */
-static bool power_prepare(int line, const char *way, uint32_t esim_enable)
+static bool power_prepare(const char *way, uint32_t esim_enable)
 {
     if (velmor_efs_write(1, ESIM_ENABLE_PATH, sizeof(ESIM_ENABLE_PATH) - 1, &esim_enable, sizeof(esim_enable)) == 0)
         return true;
-    LOG_FROM(POWER, line, 4, "Velmor, power %s write esim efs file failed", way);
+    LOG_FROM(POWER, 4, "Velmor, power %s write esim efs file failed", way);
     return false;
 }
 
-static int32_t power_exchange(int line, uint32_t msg_id, const void *req, uint32_t req_size,
-                              uim_result_resp_msg_v01 *resp)
+static int32_t power_exchange(uint32_t msg_id, const void *req, uint32_t req_size, uim_result_resp_msg_v01 *resp)
 {
     const int32_t code = uim_exchange(msg_id, req, req_size, resp, sizeof(*resp));
-    if (code != 0) LOG_FROM(POWER, line, 4, "send msg sync client error = %d, failed_cnt = %d", code, failed_cnt);
+    if (code != 0) LOG_FROM(POWER, 4, "send msg sync client error = %d, failed_cnt = %d", code, failed_cnt);
     return code;
 }
 
-static int32_t power_end(int line, int32_t code)
+static int32_t power_end(int32_t code)
 {
-    LOG_FROM(POWER, line, 4, "uicc_power_ex res = %d, failed_cnt = %d", code, failed_cnt);
-    return uim_end(POWER, line, code);
+    LOG_FROM(POWER, 4, "uicc_power_ex res = %d, failed_cnt = %d", code, failed_cnt);
+    return uim_end(POWER, code);
 }
 
 /* A file that can't be written leaves request and response behind: the process ends soon after. */
 static int32_t uim_power_up(const uicc_power_param *param)
 {
     uim_call<uim_power_up_req_msg_v01, uim_result_resp_msg_v01> call;
-    if (!uim_begin(&call, POWER, __LINE__, POWER_WORD)) return call.code;
+    if (!uim_begin(&call, POWER, POWER_WORD)) return call.code;
     call.req->slot = param->slot;
     call.req->ignore_hotswap_switch_valid = 1;
     call.req->ignore_hotswap_switch = param->ignore_hotswap != 0 ? 1 : 0;
     call.req->card_mode_valid = 1;
     call.req->card_mode = 0;
-    LOG_FROM(POWER, __LINE__, 4, "velmor_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ",
-             param->ignore_hotswap);
-    if (power_prepare(__LINE__, "up", param->esim_enable)) {
-        call.code = power_exchange(__LINE__, QMI_UIM_POWER_UP_REQ_V01, call.req, sizeof(*call.req), call.resp);
-        uim_free(&call, __LINE__);
+    LOG_FROM(POWER, 4, "velmor_uim_request_uicc_power_ex power up sim, ignore hotswap = %d ", param->ignore_hotswap);
+    if (power_prepare("up", param->esim_enable)) {
+        call.code = power_exchange(QMI_UIM_POWER_UP_REQ_V01, call.req, sizeof(*call.req), call.resp);
+        uim_free(&call);
     }
-    return power_end(__LINE__, call.code);
+    return power_end(call.code);
 }
 
 static int32_t uim_power_down(const uicc_power_param *param)
 {
     uim_call<uim_power_down_req_msg_v01, uim_result_resp_msg_v01> call;
-    if (!uim_begin(&call, POWER, __LINE__, POWER_WORD)) return call.code;
+    if (!uim_begin(&call, POWER, POWER_WORD)) return call.code;
     call.req->slot = param->slot;
-    LOG_FROM(POWER, __LINE__, 4, "velmor_uim_request_uicc_power_ex power down sim");
-    if (power_prepare(__LINE__, "down", param->esim_enable)) {
-        call.code = power_exchange(__LINE__, QMI_UIM_POWER_DOWN_REQ_V01, call.req, sizeof(*call.req), call.resp);
-        uim_free(&call, __LINE__);
+    LOG_FROM(POWER, 4, "velmor_uim_request_uicc_power_ex power down sim");
+    if (power_prepare("down", param->esim_enable)) {
+        call.code = power_exchange(QMI_UIM_POWER_DOWN_REQ_V01, call.req, sizeof(*call.req), call.resp);
+        uim_free(&call);
     }
-    return power_end(__LINE__, call.code);
+    return power_end(call.code);
 }
 
 int32_t velmor_esim_request_uicc_power_ex(const uicc_power_param *param)
 {
-    uim_drop_dead(__func__, __LINE__);
+    uim_drop_dead(__func__);
     return param->power_up != 0 ? uim_power_up(param) : uim_power_down(param);
 }
 
@@ -498,19 +492,19 @@ int32_t velmor_esim_request_uicc_power_ex(const uicc_power_param *param)
 /* Meant so: its failures aren't counted, and none of them drops the connection. */
 int32_t velmor_setSimType(const sim_type_param *param)
 {
-    uim_drop_dead(__func__, __LINE__);
+    uim_drop_dead(__func__);
     if (param == nullptr) {
         LOG(4, "velmor_set_sim_type data error");
         return -2;
     }
-    auto *resp = uim_allocate<uim_result_resp_msg_v01>(__func__, __LINE__);
+    auto *resp = uim_allocate<uim_result_resp_msg_v01>(__func__);
     if (resp == nullptr) {
         LOG(4, "error allocating memory for get_sim_type_resp_ptr");
         return -2;
     }
 
     int32_t code = -1;
-    if (uim_connect(__func__, __LINE__, "velmor_set_sim_type")) {
+    if (uim_connect(__func__, "velmor_set_sim_type")) {
         uim_set_sim_type_req_msg_v01 req = {};
         req.sim_type_len = param->count;
         for (uint32_t i = 0; i < param->count; ++i) {
@@ -528,23 +522,23 @@ int32_t velmor_setSimType(const sim_type_param *param)
 
 int32_t velmor_uim_request_eid(const uint8_t *slot, uint8_t *eid)
 {
-    uim_drop_dead(__func__, __LINE__);
+    uim_drop_dead(__func__);
     uim_call<uim_get_eid_req_msg_v01, uim_get_eid_resp_msg_v01> call;
-    if (!uim_begin(&call, __func__, __LINE__, __func__)) return call.code;
+    if (!uim_begin(&call, __func__, __func__)) return call.code;
     call.req->slot = *slot;
-    if (uim_ask(&call, __LINE__, QMI_UIM_GET_EID_REQ_V01) && call.resp->resp.result == 0 && call.resp->eid_valid != 0)
+    if (uim_ask(&call, QMI_UIM_GET_EID_REQ_V01) && call.resp->resp.result == 0 && call.resp->eid_valid != 0)
         memcpy(eid, call.resp->eid, UIM_EID_LEN);
-    return uim_finish(&call, __LINE__);
+    return uim_finish(&call);
 }
 
 /* Cards behind the second are told of and have no place with the caller; those behind the table's end read as 0. */
 static void read_card_states(const char *name, const uim_card_status_type_v01 *status, uint8_t *states)
 {
-    LOG_FROM(name, __LINE__, 4, "velmor_uim_get_card_status check response");
+    LOG_FROM(name, 4, "velmor_uim_get_card_status check response");
     for (uint32_t i = 0; i < status->card_info_len; ++i) {
         const uint32_t state = i < QMI_UIM_CARDS_MAX_V01 ? status->card_info[i].card_state : 0;
         if (i < UIM_STATE_SLOTS) states[i] = static_cast<uint8_t>(state);
-        LOG_FROM(name, __LINE__, 4, "SIM[%d] State = %d", i, state);
+        LOG_FROM(name, 4, "SIM[%d] State = %d", i, state);
     }
 }
 
@@ -552,16 +546,16 @@ static void read_card_states(const char *name, const uim_card_status_type_v01 *s
 int32_t velmor_uim_get_card_status(uint8_t *states)
 {
     uim_call<uim_get_card_status_req_msg_v01, uim_get_card_status_resp_msg_v01> call;
-    if (!uim_begin(&call, __func__, __LINE__, __func__)) return call.code;
+    if (!uim_begin(&call, __func__, __func__)) return call.code;
     call.req->extended_card_status_valid = 1;
     call.req->extended_card_status = 1;
-    if (uim_ask(&call, __LINE__, QMI_UIM_GET_CARD_STATUS_REQ_V01)) {
+    if (uim_ask(&call, QMI_UIM_GET_CARD_STATUS_REQ_V01)) {
         memset(states, UIM_STATE_UNKNOWN, UIM_STATE_SLOTS);
         if (call.resp->resp.result == 0 && call.resp->extended_card_status_valid == 1 &&
             call.resp->extended_card_status.card_info_len >= 1)
             read_card_states(__func__, &call.resp->extended_card_status, states);
     }
-    return uim_finish(&call, __LINE__);
+    return uim_finish(&call);
 }
 
 // ---- UIM: logical channels and APDUs ----
@@ -572,16 +566,16 @@ static const uint8_t ISD_R_AID[] = {0xA0, 0x00, 0x00, 0x05, 0x59, 0x10, 0x10, 0x
 
 int32_t velmor_uim_open_channel(const uim_channel_param *param, uint8_t *channel_id)
 {
-    uim_drop_dead(__func__, __LINE__);
+    uim_drop_dead(__func__);
     uim_call<uim_open_logical_channel_req_msg_v01, uim_channel_resp_msg_v01> call;
-    if (!uim_begin(&call, __func__, __LINE__, __func__)) return call.code;
+    if (!uim_begin(&call, __func__, __func__)) return call.code;
     call.req->slot = param->slot;
     call.req->aid_valid = 1;
     call.req->aid_len = sizeof(ISD_R_AID);
     memcpy(call.req->aid, ISD_R_AID, sizeof(ISD_R_AID));
     call.req->file_control_information_valid = 1;
     call.req->file_control_information = param->value;
-    if (uim_ask(&call, __LINE__, QMI_UIM_OPEN_LOGICAL_CHANNEL_REQ_V01)) {
+    if (uim_ask(&call, QMI_UIM_OPEN_LOGICAL_CHANNEL_REQ_V01)) {
         if (call.resp->resp.result != 0) {
             LOG(4, "velmor_uim_open_channel failed");
             call.code = -1;
@@ -590,22 +584,22 @@ int32_t velmor_uim_open_channel(const uim_channel_param *param, uint8_t *channel
             if (call.resp->channel_id_valid != 0) *channel_id = call.resp->channel_id;
         }
     }
-    return uim_finish(&call, __LINE__);
+    return uim_finish(&call);
 }
 
 int32_t velmor_uim_close_channel(const uim_channel_param *param)
 {
-    uim_drop_dead(__func__, __LINE__);
+    uim_drop_dead(__func__);
     uim_call<uim_logical_channel_req_msg_v01, uim_channel_resp_msg_v01> call;
-    if (!uim_begin(&call, __func__, __LINE__, __func__)) return call.code;
+    if (!uim_begin(&call, __func__, __func__)) return call.code;
     call.req->slot = param->slot;
     call.req->channel_id_valid = 1;
     call.req->channel_id = param->value;
     call.req->terminate_application_valid = 1;
     call.req->terminate_application = 0;
-    if (uim_ask(&call, __LINE__, QMI_UIM_LOGICAL_CHANNEL_REQ_V01) && call.resp->resp.result == 0)
+    if (uim_ask(&call, QMI_UIM_LOGICAL_CHANNEL_REQ_V01) && call.resp->resp.result == 0)
         LOG(4, "velmor_uim_close_channel successfully");
-    return uim_finish(&call, __LINE__);
+    return uim_finish(&call);
 }
 
 /* The answer's length is the card's: what is copied is what was received and what has room. */
@@ -619,10 +613,10 @@ static void take_apdu(const uim_send_apdu_resp_msg_v01 *resp, uim_apdu_result *r
 
 int32_t velmor_uim_send_apdu(const uim_apdu_param *param, uim_apdu_result *result)
 {
-    uim_drop_dead(__func__, __LINE__);
+    uim_drop_dead(__func__);
     uim_call<uim_send_apdu_req_msg_v01, uim_send_apdu_resp_msg_v01> call;
     // The lines of the connection carry the close operation's word here; people know them so.
-    if (!uim_begin(&call, __func__, __LINE__, "velmor_uim_close_channel")) return call.code;
+    if (!uim_begin(&call, __func__, "velmor_uim_close_channel")) return call.code;
     LOG(4, "velmor_uim_send_apdu apdu_len = %d", param->apdu_len);
     call.req->slot = param->slot;
     call.req->apdu_len = param->apdu_len;
@@ -631,7 +625,7 @@ int32_t velmor_uim_send_apdu(const uim_apdu_param *param, uim_apdu_result *resul
     call.req->channel_id = param->channel_id;
     call.req->procedure_bytes_valid = 1;
     call.req->procedure_bytes = 1;
-    if (uim_ask(&call, __LINE__, QMI_UIM_SEND_APDU_REQ_V01)) {
+    if (uim_ask(&call, QMI_UIM_SEND_APDU_REQ_V01)) {
         if (call.resp->resp.result != 0) {
             LOG(4, "velmor_uim_send_apdu failed");
             call.code = -1;
@@ -640,5 +634,5 @@ int32_t velmor_uim_send_apdu(const uim_apdu_param *param, uim_apdu_result *resul
             take_apdu(call.resp, result);
         }
     }
-    return uim_finish(&call, __LINE__);
+    return uim_finish(&call);
 }

@@ -27,23 +27,25 @@
  *   format  the message's body, a literal printf format without prefix and without line end: the shell adds one "\n"
  * The arguments are worked out for each channel that is open, so not at all on closed ones: no side effects in them.
  * One printf or vsyslog carries the whole message, so that lines of two threads don't tear. Threads: any. */
-#define LOG(level, format, ...) LOG_FROM(__func__, __LINE__, level, format __VA_OPT__(, ) __VA_ARGS__)
+#define LOG(level, format, ...) LOG_FROM(__func__, level, format __VA_OPT__(, ) __VA_ARGS__)
 
-/* The second form, for code that several operations share and that reports under its caller's name and line. */
-#define LOG_FROM(function_name, line, level, format, ...)                                                             \
-    do {                                                                                                              \
-        if (velmor_hal_get_logcat_print_flag(level)) {                                                                \
-            ((level) == 1 ? velmor_utils_syslog_err : velmor_utils_syslog_dbg)(                                       \
-                "%s[%s:%d] %s: " format, velmor_log_instance_text(), __FILE_NAME__, line,                             \
-                function_name __VA_OPT__(, ) __VA_ARGS__);                                                            \
-        }                                                                                                             \
-        if (velmor_hal_get_shell_print_flag(level)) {                                                                 \
-            if ((level) == 8) {                                                                                       \
-                printf(format "\n" __VA_OPT__(, ) __VA_ARGS__);                                                       \
-            } else {                                                                                                  \
-                printf("RIL[%s:%d] %s: " format "\n", __FILE_NAME__, line, function_name __VA_OPT__(, ) __VA_ARGS__); \
-            }                                                                                                         \
-        }                                                                                                             \
+/* The second form, for the steps of an operation that stand in functions of their own: the message has the operation's
+ * name, and the line is that of the step. */
+#define LOG_FROM(function_name, level, format, ...)                                           \
+    do {                                                                                      \
+        if (velmor_hal_get_logcat_print_flag(level)) {                                        \
+            ((level) == 1 ? velmor_utils_syslog_err : velmor_utils_syslog_dbg)(               \
+                "%s[%s:%d] %s: " format, velmor_log_instance_text(), __FILE_NAME__, __LINE__, \
+                function_name __VA_OPT__(, ) __VA_ARGS__);                                    \
+        }                                                                                     \
+        if (velmor_hal_get_shell_print_flag(level)) {                                         \
+            if ((level) == 8) {                                                               \
+                printf(format "\n" __VA_OPT__(, ) __VA_ARGS__);                               \
+            } else {                                                                          \
+                printf("RIL[%s:%d] %s: " format "\n", __FILE_NAME__, __LINE__,                \
+                       function_name __VA_OPT__(, ) __VA_ARGS__);                             \
+            }                                                                                 \
+        }                                                                                     \
     } while (0)
 
 extern std::atomic<uint32_t> g_velmor_logcat_print_mask;  // levels open on each channel, 0xffff at first
@@ -168,6 +170,13 @@ void velmor_byte_to_hex(const uint8_t *data, uint32_t len, char *out);
  * overwritten by the next call of the same operation: for the main thread alone. */
 const char *velmor_get_device_type_string_ex(uint32_t index);
 const char *velmor_get_device_state_prop_name(uint32_t index);
+
+// ---- The radio daemon's logger ----
+
+/* Tells a failure of what this system shares with the radio daemon to the daemon's logger and not through LOG: with the
+ * place that asks, and its thread. */
+void qcril_log_failure(const char *text, const char *file = __builtin_FILE(), int line = __builtin_LINE(),
+                       const char *function = __builtin_FUNCTION());
 
 // ---- Memory ----
 

@@ -82,9 +82,9 @@ void velmor_merge_logcat_print_mask()
 {
     g_logcat_mask_merged.store(1, std::memory_order_relaxed);
     const uint32_t merge_mask = mask_property("persist.vendor.radio.adb_log_velmor");
-    const uint32_t old_mask = g_velmor_logcat_print_mask.fetch_and(merge_mask, std::memory_order_relaxed);
-    const uint32_t new_mask = old_mask & merge_mask;
-    velmor_utils_syslog_dbg("merge, old velmor_hal_set_logcat_print_mask 0x%x, merge_mask 0x%x", old_mask, merge_mask);
+    velmor_utils_syslog_dbg("merge, old velmor_hal_set_logcat_print_mask 0x%x, merge_mask 0x%x",
+                            g_velmor_logcat_print_mask.load(std::memory_order_relaxed), merge_mask);
+    const uint32_t new_mask = g_velmor_logcat_print_mask.fetch_and(merge_mask, std::memory_order_relaxed) & merge_mask;
     velmor_utils_syslog_dbg("new velmor_hal_set_logcat_print_mask 0x%x", new_mask);
     if (new_mask != 0) {
         velmor_utils_syslog_dbg("logcat print is started, g_velmor_logcat_print_mask 0x%x", new_mask);
@@ -97,9 +97,9 @@ void velmor_merge_shell_print_mask()
 {
     g_shell_mask_merged.store(1, std::memory_order_relaxed);
     const uint32_t merge_mask = mask_property("persist.vendor.radio.adb_log_shell");
-    const uint32_t old_mask = g_velmor_shell_print_mask.fetch_and(merge_mask, std::memory_order_relaxed);
-    const uint32_t new_mask = old_mask & merge_mask;
-    velmor_utils_syslog_dbg("merge, old g_velmor_shell_print_mask 0x%x, merge_mask 0x%x", old_mask, merge_mask);
+    velmor_utils_syslog_dbg("merge, old g_velmor_shell_print_mask 0x%x, merge_mask 0x%x",
+                            g_velmor_shell_print_mask.load(std::memory_order_relaxed), merge_mask);
+    const uint32_t new_mask = g_velmor_shell_print_mask.fetch_and(merge_mask, std::memory_order_relaxed) & merge_mask;
     velmor_utils_syslog_dbg("new g_velmor_shell_print_mask 0x%x", new_mask);
     if (new_mask != 0) {
         velmor_utils_syslog_dbg("shell print is started, g_velmor_shell_print_mask 0x%x", new_mask);
@@ -138,18 +138,14 @@ static std::atomic<uint8_t> g_pid_name_done;
 
 #define CMDLINE_SIZE 256
 
-enum cmdline_result { CMDLINE_READ, CMDLINE_NOT_OPENED, CMDLINE_NOT_READ };
-
-/* The start of a command line. Its words end in zero bytes, so that what is read is, as text, the first word alone. */
-static cmdline_result cmdline_read(const char *path, char (&buf)[CMDLINE_SIZE])
+/* The start of a command line. Its words end in zero bytes, so that what is read is, as text, the first word alone.
+ * Result: whether anything was read. */
+static bool cmdline_read(FILE *fp, char (&buf)[CMDLINE_SIZE])
 {
     memset(buf, 0, sizeof buf);
-    FILE *fp = fopen(path, "r");
-    if (fp == nullptr) return CMDLINE_NOT_OPENED;
     const bool got = fgets(buf, CMDLINE_SIZE - 1, fp) != nullptr;
-    fclose(fp);
     buf[CMDLINE_SIZE - 1] = 0;
-    return got ? CMDLINE_READ : CMDLINE_NOT_READ;
+    return got;
 }
 
 void velmor_get_current_pid_info(velmor_pid_info *p_pid_info)
@@ -166,21 +162,24 @@ void velmor_get_current_pid_info(velmor_pid_info *p_pid_info)
     char proc_pid_path[64];
     snprintf(proc_pid_path, sizeof proc_pid_path, "/proc/%d/cmdline", p_pid_info->p_id);
     LOG(4, "proc_pid_path: %s", proc_pid_path);
-    char                 proc_pid_buf[CMDLINE_SIZE];
-    const cmdline_result result = cmdline_read(proc_pid_path, proc_pid_buf);
-    if (result == CMDLINE_NOT_OPENED) {
+    FILE *fp = fopen(proc_pid_path, "r");
+    if (fp == nullptr) {
         LOG(1, "fopen fail");
-    } else if (result == CMDLINE_NOT_READ) {
-        LOG(1, "fgets fail");
     } else {
-        LOG(4, "proc_pid_buf: %s", proc_pid_buf);
-        const char *str_pid_name = behind_last_slash(proc_pid_buf);
-        if (str_pid_name == proc_pid_buf) LOG(4, "proc_pid_buf should be name");
-        snprintf(p_pid_info->p_name, sizeof p_pid_info->p_name, "%s", str_pid_name);
-        LOG(4, "str_pid_name: %s", str_pid_name);
-        LOG(4, "p_pid_info->p_name: %s", p_pid_info->p_name);
+        char proc_pid_buf[CMDLINE_SIZE];
+        if (!cmdline_read(fp, proc_pid_buf)) {
+            LOG(1, "fgets fail");
+        } else {
+            LOG(4, "proc_pid_buf: %s", proc_pid_buf);
+            const char *str_pid_name = behind_last_slash(proc_pid_buf);
+            if (str_pid_name == proc_pid_buf) LOG(4, "proc_pid_buf should be name");
+            snprintf(p_pid_info->p_name, sizeof p_pid_info->p_name, "%s", str_pid_name);
+            LOG(4, "str_pid_name: %s", str_pid_name);
+            LOG(4, "p_pid_info->p_name: %s", p_pid_info->p_name);
+        }
+        LOG(4, "close fp");
+        fclose(fp);
     }
-    if (result != CMDLINE_NOT_OPENED) LOG(4, "close fp");
 
     LOG(4, "p_id: %d, p_name: %s", p_pid_info->p_id, p_pid_info->p_name);
     LOG(4, "function exit <-------------");
@@ -194,12 +193,14 @@ const char *velmor_get_current_pid_name()
     char proc_pid_path[64];
     char proc_pid_buf[CMDLINE_SIZE];
     snprintf(proc_pid_path, sizeof proc_pid_path, "/proc/%d/cmdline", static_cast<int>(getpid()));
-    const cmdline_result result = cmdline_read(proc_pid_path, proc_pid_buf);
-    if (result == CMDLINE_NOT_OPENED) {
+    FILE *fp = fopen(proc_pid_path, "r");
+    if (fp == nullptr) {
         velmor_utils_syslog_err("fopen fail");
         return g_pid_info.p_name;
     }
-    if (result == CMDLINE_NOT_READ) {
+    const bool got = cmdline_read(fp, proc_pid_buf);
+    fclose(fp);
+    if (!got) {
         velmor_utils_syslog_err("velmor_get_current_pid_name, fgets fail");
         return g_pid_info.p_name;
     }
@@ -466,15 +467,22 @@ const char *velmor_get_device_state_prop_name(uint32_t index)
     return name;
 }
 
+// ---- The radio daemon's logger ----
+
+void qcril_log_failure(const char *text, const char *file, int line, const char *function)
+{
+    qti::ril::logger::Logger::log(LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: %s", behind_last_slash(file), line,
+                                  qti::ril::logger::qcril_get_thread_name(), static_cast<long>(getpid()),
+                                  static_cast<long>(syscall(SYS_gettid)), function, text);
+}
+
 // ---- Memory ----
 
 void *qcril_malloc_adv(size_t size, const char *file, int line, const char *function)
 {
     void *block = calloc(1, size);
     if (block == nullptr) {
-        qti::ril::logger::Logger::log(LOG_ERR, "util", "[%s: %d] [%s(%ld,%ld)] %s: Fail to allocate memory",
-                                      behind_last_slash(file), line, qti::ril::logger::qcril_get_thread_name(),
-                                      static_cast<long>(getpid()), static_cast<long>(syscall(SYS_gettid)), function);
+        qcril_log_failure("Fail to allocate memory", file, line, function);
     }
     return block;
 }
