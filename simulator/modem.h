@@ -106,7 +106,7 @@ class Modem {
     bool restart_put_off_ = false;      // a timer sees to it
 
     // Reused for every datagram and every answer.
-    std::array<std::uint8_t, link::kLongestDatagram> received_;
+    Bytes received_ = Bytes(link::kLongestDatagram);
     Bytes answer_;
 };
 

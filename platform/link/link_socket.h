@@ -75,7 +75,8 @@ class LinkSocket {
     SendResult send(Address peer, ByteView head, ByteView body, bool wait) const;
     // The next datagram. Empty when there is none, when the far end has closed (`closed` is set) or when the datagram
     // had no address or was longer than the buffer. With `wait` it waits for one, kTurn at the longest: that costs a
-    // system call less than wait() and then receive(), but no wake-up ends it.
+    // system call less than wait() and then receive(), but no wake-up ends it. The buffer is a block of the heap: under
+    // the address sanitizer what lies behind the datagram is out of bounds until the next call, or the block's end.
     std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool& closed, bool wait = false) const;
     // Waits for a datagram, an end or a wake-up, at most `timeout_ms` milliseconds.
     void wait(int timeout_ms) const;
