@@ -41,7 +41,8 @@ class Session {
     {
         if (!input_.empty()) {
             type(input_.take(input_.byte()));
-            return loop_.after({}, [this] { take_turn(); });
+            loop_.after({}, [this] { take_turn(); });
+            return;
         }
         if (++waited_ > kLongestWait) std::abort();
         said_.clear();
