@@ -289,7 +289,7 @@ std::int32_t ModemLink::look_up(std::uint32_t service)
     const auto packet = link::pack_control({QRTR_TYPE_NEW_LOOKUP, service, 0, {}});
 
     mutex_.unlock();
-    const std::int32_t sent = send(*socket, router, {}, packet, deadline);
+    const std::int32_t sent = send_in_time(*socket, deadline, [&] { return socket->send(router, {}, packet, false); });
     mutex_.lock();
     if (sent != 0 && lookup_ == own) {
         lookup_ = 0;
@@ -341,20 +341,14 @@ void ModemLink::await_end(const Socket& socket)
                [&]() REQUIRES(mutex_) { return state_ != State::open || socket_ != socket; });
 }
 
-std::int32_t ModemLink::send(const link::LinkSocket& socket, link::Address to, ByteView head, ByteView body,
-                             Deadline deadline)
+// A turn of it; false when the time has run out.
+bool ModemLink::wait_for_room(const link::LinkSocket& socket, Deadline deadline)
 {
-    for (;;) {
-        switch (socket.send(to, head, body, false)) {
-        case link::SendResult::sent: return 0;
-        case link::SendResult::closed: return kModemGone;
-        case link::SendResult::would_block: break;
-        }
-        const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
-        if (left <= 0) return -3;
-        pollfd ready{socket.fd(), POLLOUT, 0};
-        ::poll(&ready, 1, static_cast<int>(std::min<std::int64_t>(left, 1000)));
-    }
+    const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
+    if (left <= 0) return false;
+    pollfd ready{socket.fd(), POLLOUT, 0};
+    ::poll(&ready, 1, static_cast<int>(std::min<std::int64_t>(left, 1000)));
+    return true;
 }
 
 }  // namespace rbk::platform

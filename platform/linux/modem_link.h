@@ -84,14 +84,14 @@ class ModemLink {
     {
         const Socket socket = open_socket();
         if (socket == nullptr) return kModemGone;
-        std::int32_t result;
-        if (trace_->is_on()) {
+        const std::int32_t result = send_in_time(*socket, deadline, [&] {
+            if (!trace_->is_on()) return socket->send(to, head, body, false);
+            // Not held over the wait for room: whoever reads the link takes it too.
             const MutexLock lock(trace_->mutex());
-            result = send(*socket, to, head, body, deadline);
-            if (result == 0) traced(*trace_);
-        } else {
-            result = send(*socket, to, head, body, deadline);
-        }
+            const link::SendResult sent = socket->send(to, head, body, false);
+            if (sent == link::SendResult::sent) traced(*trace_);
+            return sent;
+        });
         if (result == kModemGone) await_end(socket);
         return result;
     }
@@ -103,8 +103,20 @@ class ModemLink {
 
     ModemLink();
     Socket open_socket();
-    static std::int32_t send(const link::LinkSocket& socket, link::Address to, ByteView head, ByteView body,
-                             Deadline deadline);
+    // Attempts again each time that a full link has room.
+    template <typename Attempt>
+    static std::int32_t send_in_time(const link::LinkSocket& socket, Deadline deadline, Attempt attempt)
+    {
+        for (;;) {
+            switch (attempt()) {
+            case link::SendResult::sent: return 0;
+            case link::SendResult::closed: return kModemGone;
+            case link::SendResult::would_block: break;
+            }
+            if (!wait_for_room(socket, deadline)) return -3;
+        }
+    }
+    static bool wait_for_room(const link::LinkSocket& socket, Deadline deadline);
     void await_end(const Socket& socket);
     std::int32_t open() REQUIRES(mutex_);
     bool connect() REQUIRES(mutex_);
