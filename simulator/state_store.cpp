@@ -229,7 +229,10 @@ bool StateStore::take_whole()
 {
     const std::filesystem::path unfinished = root_ / kUnfinished;
     const std::filesystem::path content = unfinished / kWhole / kContent;
-    for (const std::string& name : names_in(content).names) {
+    const Names built = names_in(content);
+    // Not found: another start has moved all of it, and .new is gone. Anything else must not pass for an empty build.
+    if (built.error != 0 && built.error != -ENOENT) return give_up(content, built.error);
+    for (const std::string& name : built.names) {
         if (::rename((content / name).c_str(), (root_ / name).c_str()) == 0) continue;
         // Another start has been quicker, or a person, and what they have put there stays.
         if (errno != ENOENT && errno != ENOTEMPTY && errno != EEXIST && errno != ENOTDIR && errno != EISDIR) {
