@@ -9,6 +9,7 @@
 #include "support/home.h"
 #include "support/no_threads.h"
 #include "support/program.h"
+#include "support/wait_until.h"
 #include "velmor_rbk_test_cmn.h"
 #include "velmor_utils_cmn.h"
 
@@ -83,7 +84,7 @@ TEST_F(UtilsTest, IdentityThatCannotBeReadHasANumberAndNoName)
 
 TEST_F(UtilsTest, CommandLineWithoutASlashIsTheName)
 {
-    const RunResult result = run({"/bin/bash", "-c", "exec -a bench_shell " + rbk_path() + " 2"});
+    const RunResult result = run_rbk({"2"}, {.name = "bench_shell"});
     const Lines bodies = bodies_of(result.out);
     EXPECT_EQ(std::count(bodies.begin(), bodies.end(), "proc_pid_buf should be name"), 1);
     EXPECT_EQ(std::count(bodies.begin(), bodies.end(), "p_pid_info->p_name: bench_shell"), 1);
@@ -189,7 +190,7 @@ TEST_F(UtilsTest, WorkerRunsWithItsArgument)
                   },
                   &seen),
               0u);
-    while (seen != 5) std::this_thread::yield();
+    EXPECT_TRUE(wait_until([&] { return seen == 5; }));
 }
 
 TEST_F(UtilsTest, WorkerWithoutABodyIsNotStarted)

@@ -151,7 +151,7 @@ TEST_F(DiagLsm, PacketsGoToTheCallbackOfTheirProcessor)
     EXPECT_EQ(diag_switch_logging(USB_MODE, nullptr), 0);
     EXPECT_EQ(diag_callback_send_data(0, kRequest, 1), 0);
     EXPECT_EQ(diag_callback_send_data(0, kRequest, 1), 0);
-    while (trace().size() < 12) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ASSERT_TRUE(wait_until([this] { return trace().size() >= 12; }));
     EXPECT_EQ(heard.wait_for(0).size(), 2U) << "packets go to USB";
     EXPECT_EQ(trace()[1].head, "diag len=1");
     EXPECT_EQ(trace()[1].bytes, "01");
@@ -196,7 +196,7 @@ TEST_F(DiagLsm, StopAndReleaseWaitForTheCallbackThatRuns)
         make_client();
         slow_calls = 0;
         ASSERT_EQ(diag_send_dci_async_req(client, kRequest, 1, buffer, sizeof buffer, on_slow, dci), DIAG_DCI_NO_ERROR);
-        while (!slow_running) std::this_thread::yield();
+        ASSERT_TRUE(wait_until([] { return slow_running.load(); }));
         if (release)
             EXPECT_EQ(diag_release_dci_client(&client), DIAG_DCI_NO_ERROR);
         else
@@ -236,8 +236,8 @@ TEST_F(DiagLsm, ProcessEndsWithACallbackUnderWay)
             scenario("[[diag.response]]\nrequest = '7C'\npackets = [ { bytes = '01' } ]\n");
             make_client();
             diag_send_dci_async_req(client, kRequest, 1, buffer, sizeof buffer, on_slow, dci);
-            while (!slow_running) std::this_thread::yield();
-            std::exit(0);
+            wait_until([] { return slow_running.load(); });
+            std::exit(slow_running ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
 }

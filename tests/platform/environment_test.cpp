@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
 
 #include "support/home.h"
 #include "support/program.h"
@@ -22,21 +23,25 @@ TEST_F(EnvironmentTest, StateDirectoryHasItsDefaults)
     const passwd* entry = getpwuid(getuid());
     std::filesystem::path in_database;
     if (entry != nullptr) in_database = std::string(entry->pw_dir) + "/.local/state/rbk";
+    const std::string a = home() / "a";
+    const std::string b = home() / "b";
+    const std::string c = home() / "c";
+    const std::string file = home() / "log";
     const struct {
         const char* catches;
-        const char *rbk_home, *state_home, *home;
+        std::optional<std::string> rbk_home, state_home, home;
         std::filesystem::path directory;
-    } rows[] = {{"RbkHomeIgnored", "/a", "/b", "/c", "/a"},
-                {"FileTakenForAHome", "/dev/null", "/b", "/c", ""},
-                {"StateHomeIgnored", nullptr, "/b", "/c", "/b/rbk"},
-                {"EmptyVariableTaken", "", "/b", "/c", "/b/rbk"},
-                {"RelativeStateHomeTaken", nullptr, "b", "/c", "/c/.local/state/rbk"},
-                {"HomeIgnored", nullptr, nullptr, "/c", "/c/.local/state/rbk"},
-                {"DatabaseIgnored", nullptr, nullptr, nullptr, in_database}};
+    } rows[] = {{"RbkHomeIgnored", a, b, c, a},
+                {"FileTakenForAHome", file, b, c, ""},
+                {"StateHomeIgnored", {}, b, c, b + "/rbk"},
+                {"EmptyVariableTaken", "", b, c, b + "/rbk"},
+                {"RelativeStateHomeTaken", {}, "b", c, c + "/.local/state/rbk"},
+                {"HomeIgnored", {}, {}, c, c + "/.local/state/rbk"},
+                {"DatabaseIgnored", {}, {}, {}, in_database}};
     for (const auto& row : rows) {
-        const std::pair<const char*, const char*> variables[] = {
+        const std::pair<const char*, const std::optional<std::string>&> variables[] = {
             {"RBK_HOME", row.rbk_home}, {"XDG_STATE_HOME", row.state_home}, {"HOME", row.home}};
-        for (const auto& [name, value] : variables) value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+        for (const auto& [name, value] : variables) value ? setenv(name, value->c_str(), 1) : unsetenv(name);
         std::string problem;
         EXPECT_EQ(platform::rbk_home(problem), row.directory) << row.catches;
         EXPECT_EQ(problem.empty(), !row.directory.empty()) << row.catches << problem;

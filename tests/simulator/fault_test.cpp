@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "simulator/scenario_reader.h"
+#include "support/wait_until.h"
 #include "wire_client.h"
 
 namespace rbk::sim {
@@ -144,8 +145,8 @@ TEST(Fault, ARequestIsCarriedOutOrLeftUndone)
         WireClient client = modem.connect();
         const Bytes record = nv_record(kNvWrite, 0, 77, Bytes{1}).bytes;
         client.send(client.extended(), 2, envelope_tlvs(2, 544, record));
-        while (client.lookup(0xFFE4).empty()) {  // whose answer comes behind the request's; empty while it is down
-        }
+        // A lookup's answer comes behind the request's; it is empty while the service is down.
+        EXPECT_TRUE(test::wait_until([&] { return !client.lookup(0xFFE4).empty(); })) << row.action;
         EXPECT_EQ(std::filesystem::exists(modem.state() / "nv/0/77"), row.done) << row.action;
     }
 }

@@ -81,8 +81,10 @@ TEST(NvEfs, RefusalsHaveTheirNumbers)
     RunningModem modem(
         "[efs]\n\"0:/file\" = '01'\n\"0:/folder/inside\" = '02'\n\"0:/long\" = { fill = 7, size = 500 }\n");
     WireClient client = modem.connect();
-    std::filesystem::create_symlink("/etc", modem.state() / "efs/0/way_out");
-    std::filesystem::create_symlink("/etc/hostname", modem.state() / "efs/0/link_out");
+    const TempDir outside;
+    write_file(outside.path() / "file", "x");
+    std::filesystem::create_symlink(outside.path(), modem.state() / "efs/0/way_out");
+    std::filesystem::create_symlink(outside.path() / "file", modem.state() / "efs/0/link_out");
     struct {
         const char* catches;
         Record record;
@@ -102,7 +104,7 @@ TEST(NvEfs, RefusalsHaveTheirNumbers)
         {"EfsUpwards", efs_record(kEfsRead, 0, "/folder/../file"), -22},
         {"EfsWriteUpwards", first_chunk("/../nv/0/550", 1, 1), -22},
         {"EfsDeleteUpwards", efs_record(kEfsDelete, 0, "../1/policyman"), -22},
-        {"EfsThroughALink", efs_record(kEfsRead, 0, "/way_out/hostname"), -20},
+        {"EfsThroughALink", efs_record(kEfsRead, 0, "/way_out/file"), -20},
         {"EfsALink", efs_record(kEfsRead, 0, "/link_out"), -22},
         {"EfsWriteThroughALink", first_chunk("/way_out/new", 1, 1), -20},
         {"EfsMissing", efs_record(kEfsRead, 0, "/missing"), -2},

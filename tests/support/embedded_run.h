@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/home.h"
+#include "support/wait_until.h"
 
 namespace rbk::test {
 
@@ -33,15 +34,6 @@ class EmbeddedRun : public HomeTest {
     std::vector<Traced> trace() const;
     std::vector<Traced> requests() const;
 };
-
-// Waits for what comes on another thread, at most some seconds. Whether it came.
-template <typename Condition>
-bool wait_until(Condition met)
-{
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (!met() && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    return met();
-}
 
 // Different bytes, also from one chunk of a file to the next.
 std::vector<std::uint8_t> pattern(std::size_t size);

@@ -1,5 +1,7 @@
 #include "support/home.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -15,6 +17,18 @@ std::vector<std::string> take_lines(const std::filesystem::path& file)
     std::filesystem::resize_file(file, 0);
     return lines;
 }
+
+// What the machine, or an earlier case, has said to the system.
+void forget_variables()
+{
+    std::vector<std::string> names;
+    for (char** each = environ; *each != nullptr; ++each) {
+        const std::string_view variable = *each;
+        if (variable.starts_with("RBK_")) names.emplace_back(variable.substr(0, variable.find('=')));
+    }
+    for (const std::string& name : names) unsetenv(name.c_str());
+}
+const bool forgotten = (forget_variables(), true);  // also for cases without a home
 
 }  // namespace
 
@@ -54,8 +68,7 @@ std::vector<std::string> lines_of(std::string_view text)
 
 HomeTest::HomeTest()
 {
-    for (const char* name : {"RBK_MODEM", "RBK_SCENARIO", "RBK_TRACE", "RBK_QMI_TIMEOUT_SCALE", "RBK_TEST_SYSTEM"})
-        unsetenv(name);
+    forget_variables();
     write_file(home() / "log", "");
     write_file(home() / "calls", "");
     setenv("RBK_HOME", home().c_str(), 1);

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -17,6 +18,8 @@
 extern char** environ;
 
 namespace rbk::test {
+
+constexpr int kStartMs = 30'000;  // a busy machine takes its time, and a case has 120 s
 
 ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<std::string>& more_arguments,
                            Start start)
@@ -48,10 +51,14 @@ ModemProcess::ModemProcess(const std::filesystem::path& home, const std::vector<
     posix_spawn_file_actions_destroy(&actions);
     ::close(out[1]);
     char said[64] = {};
-    const ssize_t got = failed != 0 ? 0 : ::read(out[0], said, sizeof said - 1);
+    pollfd ready{out[0], POLLIN, 0};
+    const bool in_time = failed == 0 && ::poll(&ready, 1, kStartMs) == 1;
+    const ssize_t got = in_time ? ::read(out[0], said, sizeof said - 1) : 0;
     ::close(out[0]);
     is_ready_ = got > 0 && std::string(said) == "ready\n";
-    if (!is_ready_ && start == Start::succeeds) ADD_FAILURE() << "rbk-modem did not come up: " << said << errors();
+    if (!is_ready_ && start == Start::succeeds) {
+        ADD_FAILURE() << "rbk-modem did not come up" << (in_time ? ": " : " in time: ") << said << errors();
+    }
 }
 
 ModemProcess::~ModemProcess()

@@ -27,7 +27,8 @@ namespace {
     std::vector<char*> arguments;
     for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
-    execv(arguments[0], arguments.data());
+    if (!options.name.empty()) arguments[0] = const_cast<char*>(options.name.c_str());
+    execv(command[0].c_str(), arguments.data());
     _exit(127);
 }
 

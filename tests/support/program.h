@@ -15,8 +15,9 @@ struct RunResult {
 };
 
 struct RunOptions {
-    std::map<std::string, std::string> variables;  // beside those of this process; empty values are unset
-    std::chrono::seconds limit{60};                // it is killed then
+    std::map<std::string, std::string> variables{};  // beside those of this process; empty values are unset
+    std::chrono::seconds limit{60};                  // it is killed then
+    std::string name{};                              // as which it runs; else its path
 };
 
 // Runs a program to its end; `command` begins with its path.
