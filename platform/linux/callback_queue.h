@@ -15,7 +15,7 @@ namespace rbk::platform {
 template <typename Event>
 class CallbackQueue {
  public:
-    static constexpr std::size_t kMost = 16 * 1024 * 1024;  // bytes, as much as the modem itself keeps for a client
+    static constexpr std::size_t kMost = 16UL * 1024 * 1024;  // bytes, as much as the modem itself keeps for a client
 
     bool empty() const { return events_.empty(); }
     bool any(auto predicate) const { return std::any_of(events_.begin(), events_.end(), predicate); }
