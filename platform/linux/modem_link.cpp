@@ -113,7 +113,7 @@ void ModemLink::end()
 // ---- Reading and waiting ----
 
 template <typename Done>
-bool ModemLink::wait_until(Deadline deadline, Done done)
+bool ModemLink::wait_until(Deadline deadline, Done done, Behind behind)
 {
     ++waiting_;
     while (!done() && state_ != State::stopped) {
@@ -130,7 +130,7 @@ bool ModemLink::wait_until(Deadline deadline, Done done)
         // What the modem said right behind the answer is here as well; and where it says much, there is no quiet.
         const Deadline now = steady_clock::now();
         quiet_until_ = now + kIdle;
-        if (read(now, now)) {
+        if (behind == Behind::indication || read(now, now)) {
             quiet_until_ = now;
             opened_.notify_one();
         }
@@ -178,10 +178,11 @@ void ModemLink::read_while_nobody_waits()
     }
 }
 
-bool ModemLink::wait(const std::atomic<bool>& done, Deadline deadline)
+bool ModemLink::wait(const std::atomic<bool>& done, Deadline deadline, Behind behind)
 {
     const MutexLock lock(mutex_);
-    return wait_until(deadline, [&] { return done.load(std::memory_order_acquire); });
+    return wait_until(
+        deadline, [&] { return done.load(std::memory_order_acquire); }, behind);
 }
 
 void ModemLink::wake()

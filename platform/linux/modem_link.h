@@ -49,6 +49,10 @@ class LinkListener {
     ~LinkListener() = default;
 };
 
+// What is likely to come behind the answer that a wait ends with: another request, from a thread that will read by itself,
+// or an indication, which must not wait for that.
+enum class Behind { request, indication };
+
 class ModemLink {
  public:
     static constexpr std::int32_t kModemGone = -2;
@@ -72,7 +76,7 @@ class ModemLink {
     bool knows(const Server& server);
 
     // Waits until `done` is set, and reads the link meanwhile. False when the time has run out or the process ends.
-    bool wait(const std::atomic<bool>& done, Deadline deadline);
+    bool wait(const std::atomic<bool>& done, Deadline deadline, Behind behind = Behind::request);
     // After setting what somebody waits for. A wait with a deadline that reads at this moment ends within a tenth of a
     // second, any other one at once.
     void wake();
@@ -122,7 +126,7 @@ class ModemLink {
     bool connect() REQUIRES(mutex_);
     std::int32_t look_up(std::uint32_t service) REQUIRES(mutex_);
     template <typename Done>
-    bool wait_until(Deadline deadline, Done done) REQUIRES(mutex_);
+    bool wait_until(Deadline deadline, Done done, Behind behind = Behind::request) REQUIRES(mutex_);
     bool read(Deadline now, Deadline deadline) REQUIRES(mutex_);
     void read_while_nobody_waits();
     void dispatch(const link::Datagram& datagram);

@@ -269,7 +269,10 @@ std::int32_t ClientLibrary::exchange(const Client& client, Transaction& transact
         trace.assert_locked();
         trace.qmi(Direction::to_modem, client.server.service, sent_head, tlvs);
     });
-    const bool answered = sent == 0 && link_.wait(transaction.done, end);
+    // Where a service sends a request's own message as an indication too, that is how it tells the outcome.
+    const bool indicated = find_message(*client.service, INDICATION, head.message) != nullptr;
+    const bool answered =
+        sent == 0 && link_.wait(transaction.done, end, indicated ? Behind::indication : Behind::request);
     mutex_.lock();
     if (!answered) finish(transaction, sent != 0 ? sent : process_ends() ? kServiceGone : kTimeout);
     end_transaction(transaction);
