@@ -485,18 +485,22 @@ struct Sized {
 
 TEST(CallbackQueue, IsBoundedButForWhatHasNoBytes)
 {
-    using Queue = platform::CallbackQueue<Sized>;
-    Queue queue;
-    for (const std::size_t bytes : {Queue::kMost - 1, std::size_t{2}, std::size_t{1}, std::size_t{1}, std::size_t{0}})
-        queue.push({bytes});
-    EXPECT_EQ(queue.pop().bytes, Queue::kMost - 1);
-    EXPECT_EQ(queue.pop().bytes, 1u) << "what found no room was kept";
-    EXPECT_EQ(queue.pop().bytes, 0u) << "a lost service was dropped";
-    EXPECT_TRUE(queue.empty());
-    queue.push({Queue::kMost});
-    queue.erase_if([](const Sized&) { return true; });
-    queue.push({Queue::kMost});
-    EXPECT_FALSE(queue.empty()) << "room that is free again wasn't given";
+    platform::CallbackQueue<Sized> queue;
+    constexpr std::size_t most = queue.kMost;
+    const auto push = [&](std::vector<std::size_t> sizes) {
+        for (const std::size_t size : sizes) queue.push({size});
+    };
+    const auto pop_all = [&] {
+        std::vector<std::size_t> sizes;
+        while (!queue.empty()) sizes.push_back(queue.pop().bytes);
+        return sizes;
+    };
+    push({most - 1, 2, 1, 1, 0});
+    EXPECT_EQ(pop_all(), (std::vector<std::size_t>{most - 1, 1, 0})) << "what has no room is lost, but no lost service";
+    push({most - 1, 1});
+    queue.erase_if([](const Sized& event) { return event.bytes == 1; });
+    push({2, 1});
+    EXPECT_EQ(pop_all(), (std::vector<std::size_t>{most - 1, 1})) << "what was erased makes room, what stays doesn't";
 }
 
 // ---- The end of the process ----
