@@ -4,7 +4,8 @@
  * There is no cache: each view asks the modem anew. Figures are the modem's own, without a scale and unchecked.
  *
  * Threads: views on any thread, one after the other under g_hydra_data_mutex, which is held through the request (up to
- * 30 seconds); init, start and deinit while no view runs. */
+ * 30 seconds) and, where there is no client, through its opening first (up to 9 seconds); init, start and deinit while no
+ * view runs. */
 #ifndef MODEM_HYDRA_MGR_H
 #define MODEM_HYDRA_MGR_H
 

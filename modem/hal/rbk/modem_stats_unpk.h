@@ -23,7 +23,7 @@ extern int32_t g_unpk_print_flag;
 
 /* Parses a packet and prints what is in it: two lines. A failure prints its line and ends the parse.
  *   length   bytes; no position is compared with it
- *   payload  the packet, with MODEM_STATS_UNPK_SLACK bytes behind it; null is a failure */
+ *   payload  the packet, whole as its layout has it, with MODEM_STATS_UNPK_SLACK bytes behind it; null is a failure */
 void velmor_test_modem_stats_parsing_process_do(uint8_t length, const uint8_t *payload);
 
 /* Cuts the bits `low` to `high`, counted from 1, out of two words, the second one above the first.

@@ -54,7 +54,7 @@ static void velmor_test_at_cmd_send(const char *command)
     snprintf(line, sizeof line, "%s%s%s%s", "echo \"", command, "\r\" > ", AT_DEVICE);
     LOG(2, "at shell cmd: %s", line);
 
-    const int ret_sys = system(line);  // the process's only call
+    const int ret_sys = system(line);
     LOG(2, "echo, ret_sys: %d", ret_sys);
     if (ret_sys != 0) {
         LOG(1, "Fail to send at shell cmd");

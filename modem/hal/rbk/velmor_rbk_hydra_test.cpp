@@ -218,7 +218,7 @@ static void print_log_ids(const common_rsp *rsp, uint32_t log_num)
             STATS_PRINT("%s: MODEM_STATS_DATA_UNPK_EX2, ptr is NULL", __func__); \
         } else {                                                                 \
             (variable) = print_field(pointer, size, name);                       \
-            (pointer) += size;                                                   \
+            (pointer) += (size);                                                 \
         }                                                                        \
     } while (0)
 

@@ -140,7 +140,7 @@ static int32_t send_diag(const char *name, const uint8_t *request, uint32_t len,
     }
     LOG_FROM(name, 2, "dci mode without result");
     const int32_t result = velmor_diag_cmd_send_without_result_by_dci_mode(request, len);
-    usleep(timeout_ms * 1000);
+    usleep(timeout_ms * 1000);  // 32 bits: wraps above 71 minutes, and a negative word is about that long
     return result;
 }
 
@@ -193,7 +193,7 @@ enum {
 };
 
 /* The answer is shown from its type on: four bytes of type, four of length, and what the length says. The length is the
- * modem's word; what is shown stays within the record. */
+ * modem's word, up to four thousand million, and the sum may wrap; what is shown stays within the record. */
 static void show_common_answer(const common_typed_rsp *rsp)
 {
     const uint32_t     len = rsp->l + 8;

@@ -100,7 +100,7 @@ typedef struct {
     char    p_name[256];  // last path component of the first word of the command line; empty when it can't be read
 } velmor_pid_info;
 
-/* Filled once, at start in main; only read afterwards. */
+/* Filled at its first use, in this program on the main thread; only read afterwards. */
 extern velmor_pid_info g_pid_info;
 
 /* Fills a record with the identity of the calling process. What can't be read stays empty. */

@@ -1,6 +1,7 @@
 /* Messages, identity, properties, workers, waits, device states and memory.
  *
- * Nothing here takes a lock: masks and flags are relaxed atomics, set once at start or by the command that runs. */
+ * Nothing here takes a lock: masks and flags are relaxed atomics, set once at start or by the command that runs. The
+ * identity is plain; who has several threads fills it before they start. */
 #include "velmor_utils_cmn.h"
 
 #include <stdarg.h>
