@@ -104,7 +104,7 @@ int32_t qmi_client_register_error_cb(qmi_client_handle client, qmi_client_error_
  * Result: 0 answered (what the response says in its own result field is the caller's to judge), -1 internal failure,
  *   -2 service gone or refused, -3 no answer in time, -4 and -5 transport.
  * Threads: any, several at once on one client. Not from a callback.
- * Source: callers wait 3000 ms (extended), 10000 ms (pdc), 30000 ms (vs). */
+ * Callers wait 3000 ms (extended, uim), 10000 ms (pdc, nas) or 30000 ms (vs, sar). */
 int32_t qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, const void *request, uint32_t request_size,
                                  void *response, uint32_t response_size, uint32_t timeout_ms);
 

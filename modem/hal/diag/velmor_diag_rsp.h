@@ -21,7 +21,7 @@ diag_rsp_block *diag_rsp_make(int32_t len);
 uint8_t *diag_rsp_bytes(diag_rsp_block *block);
 
 /* Copies at most the block's own bytes. Without a block there are none, whatever a stale length says.
- * Threads: the library's. */
+ * Threads: one that the block can't be freed under. */
 void diag_rsp_copy(diag_rsp_block *block, uint8_t *to, int32_t len);
 
 /* The same from the block that stands in a place, which may be replaced meanwhile. Threads: the sender. */

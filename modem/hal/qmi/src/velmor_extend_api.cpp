@@ -1,5 +1,5 @@
 /* The extended client. A request takes the mutex, opens the service if need be, sends its envelope from one static
- * structure and takes the answer from another, so that nothing is allocated on the way. Indications come on the QMI
+ * structure and takes the answer from another, so that once it is open nothing is allocated. Indications come on the QMI
  * client library's thread, use their own stack and never the mutex. */
 #include "velmor_extend_api.h"
 
@@ -13,7 +13,7 @@ constexpr uint32_t OPEN_ATTEMPTS = 50;
 constexpr uint32_t OPEN_WAIT_MS = 20;  // a service that isn't there costs 50 of these, one second
 constexpr uint32_t SEND_TIMEOUT_MS = 3000;
 
-/* State: everything down to the flag belongs to g_extend_mutex. */
+/* State: everything down to the flag belongs to g_extend_mutex; the flag is also read without it. */
 static pthread_mutex_t             g_extend_mutex = PTHREAD_MUTEX_INITIALIZER;
 static extend_envelope             g_extend_req;
 static extend_envelope             g_extend_rsp;
@@ -22,7 +22,7 @@ static qmi_idl_service_object_type g_extend_service_object;
 static qmi_client_handle           g_extend_client;  // null until open, never released
 static bool                        g_extend_client_open;
 static qmi_client_handle           g_extend_notifier;
-static bool                        g_extend_client_inited;
+static std::atomic<bool>           g_extend_client_inited;
 
 std::atomic<int32_t> g_extend_log_on{1};
 extend_handler       g_extend_ind_handlers[EXTEND_IND_IDS];
@@ -71,9 +71,15 @@ void velmor_extend_qmi_client_init()
     pthread_mutex_unlock(&g_extend_mutex);
 }
 
-qmi_client_handle velmor_extend_qmi_client_open()
+/* With the mutex held. */
+static void extend_init_once_locked()
 {
     if (!g_extend_client_inited) extend_init_locked();
+}
+
+qmi_client_handle velmor_extend_qmi_client_open()
+{
+    extend_init_once_locked();
     if (g_extend_client != nullptr) return g_extend_client;
 
     qmi_client_notifier_init(g_extend_service_object, &g_extend_os_params, &g_extend_notifier);
@@ -143,6 +149,11 @@ static int32_t extend_exchange(uint32_t qmi_id, const void *req, uint32_t req_le
 
 int32_t velmor_extend_qmi_send_sync(uint32_t qmi_id, const void *req, int32_t req_len, void *rsp, uint32_t *rsp_len)
 {
+    if (!g_extend_client_inited) {  // refused requests included; who only checks needn't wait for another's request
+        pthread_mutex_lock(&g_extend_mutex);
+        extend_init_once_locked();
+        pthread_mutex_unlock(&g_extend_mutex);
+    }
     if (req == nullptr || rsp == nullptr || rsp_len == nullptr) {
         EXTEND_LOG(1, "%x,  put Invalid param", handle_number(req));
         return EXTEND_BAD_ARGUMENT;
