@@ -202,7 +202,7 @@ const DecisionCase kDecisionCases[] = {
     {"ShortProfileRead", kProfile, "1 2 3 ", "1 ", false, "velmor_get_profile_apn_name: Invalid data len"},
     {"CountIgnored", kProfile, profile(1, kOtherRecord + kIms), "1 ", false, "apn_name = , will not report"},
     {"RecordPastTheEndRead", kProfile, profile(5, "1 16 255 255 105 109 115 "), "1 ", true, "apn_name ims"},
-    {"HeadPastTheEndRead", kProfile, profile(5, "1 16 3 "), "1 ", false, "apn_name = , will not report"},
+    {"HeadPastTheEndRead", kProfile, profile(5, "1 16 3 "), "1 ", false, "velmor_get_profile_apn_name: apn_name "},
     {"SkipPastTheEndRead", kProfile, profile(5, "2 16 255 255 1 16 3 0 105 109 115 "), "1 ", false,
      "apn_name = , will not report"},
     {"ImsAgainstAShortDevice", kProfile, profile(1, kIms), profile(1, ""), true,

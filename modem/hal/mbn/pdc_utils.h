@@ -204,7 +204,7 @@ extern pdc_info_s_type g_pdc_info_ex;  // built before main
 
 // ---- Request timers: 5 seconds for every kind ----
 
-/* Clears flags, results, holders and timer slots of all blocks. Takes no lock: what sleeps meanwhile is lost. */
+/* Clears flags, results, holders, the list's token and timer slots of all blocks. Takes no lock: what sleeps meanwhile is lost. */
 void qmi_pdc_init_pdc_info();
 
 /* Start the timer of a kind of request, in the place of one that runs; stop it. The caller holds the mutex. */
@@ -245,7 +245,7 @@ void    pdc_request_deliver(int req_type, int32_t result);
  * Results: those of requests; PDC_NOT_AVAILABLE when none is active. This one and those below: any thread but a callback's. */
 int32_t pdc_get_current_config_ex(pdc_config_pdc_info *info, pdc_config_type_enum_v01 config_type, uint32_t sub);
 
-/* Selects a configuration. After a failure the kind stays busy until the client is opened again. */
+/* Selects a configuration. After too long an id or a failed send the kind stays busy until the client is opened again. */
 int32_t pdc_select_config_ex(const pdc_config_pdc_info *info, pdc_config_type_enum_v01 config_type, uint32_t sub);
 
 /* Deactivates the configuration of a subscription, which comes first here. After a failed send the kind stays busy. */

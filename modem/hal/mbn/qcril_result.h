@@ -34,8 +34,8 @@ struct qmi_ril_err_payload {
  *   transport_error  what the send returned
  *   response         the answer's result; null: none, which counts as success
  *   context          changes the meaning of some outcomes
- *   payload          a qmi_ril_err_payload for the contexts 1 to 4, 6 and 9; null: they decide nothing
- * Result: 0 for success. Threads: any. */
+ *   payload          a qmi_ril_err_payload for the contexts 1 to 4, 6 and 9; null: nothing is decided by it
+ * Result: 0 for success. An outcome that has no result of its own is told to the radio daemon's logger. Threads: any. */
 int32_t qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(int                          transport_error,
                                                                    const qmi_response_type_v01 *response,
                                                                    qmi_ril_err_context_e_type   context,

@@ -167,7 +167,7 @@ int32_t velmor_reactivate_sw_mbn(uint32_t sub_mask)
 void (*g_velmor_hal_send_broadcast_for_pdc_validate_dumped_cb)(const char *path, int32_t path_len);
 void (*g_velmor_hal_send_broadcast_for_pdc_configs_validation_cb)(const void *message, int32_t message_len);
 
-static int32_t              pdc_validate_frame_count;  // written so far; under the record's mutex
+static int32_t              pdc_validate_frame_count;  // written so far, on after a time-out; under the record's mutex
 static std::atomic<int32_t> pdc_diff_send_count;       // entries handed on since the last closing message
 
 static void stop_validation()
@@ -206,7 +206,8 @@ static bool take_frame(const char *name, const pdc_validate_config_ind_v01 *vali
              valid_ind->frame_index_valid, valid_ind->frame_index, valid_ind->result_frame_valid, frame_len,
              validate.dump_fd.load());
     if (validate.dump_fd < 0) {
-        LOG_FROM(name, 1, "invalid dump file: %s, %s", validate.pdc_validate_dump_path, strerror(errno));
+        LOG_FROM(name, 1, "invalid dump file: %s, %s", validate.pdc_validate_dump_path,
+                 strerror(errno));  // the opener's, if it is still there
         return false;
     }
     ++pdc_validate_frame_count;
@@ -328,8 +329,8 @@ constexpr uint32_t PROFILE_HEAD_SIZE = 32;  // bytes before a profile's records
 constexpr uint32_t PROFILE_COUNT_AT = 8;    // 32-bit count of records
 constexpr uint16_t PROFILE_APN_NAME = 0x1001;
 
-/* The low byte of a token's number, as atoi has it; called only for what isn't all digits, since it would cost more than
- * all the rest of the walk. */
+/* The low byte of a token's number as atoi has it, which itself is called only for what isn't all digits: it would cost
+ * more than all the rest of the walk. */
 static char token_byte(const char *token, size_t len)
 {
     char text[8] = {};
@@ -391,10 +392,11 @@ void velmor_get_profile_apn_name(const char *ref_val, char *apn_name)
     memcpy(&count, bytes + PROFILE_COUNT_AT, sizeof(count));
     uint32_t offset = PROFILE_HEAD_SIZE;
     for (uint32_t i = 0; i < count && offset < len; ++i) {
-        uint16_t record[2];  // type and length
-        if (len - offset < sizeof(record)) break;
-        memcpy(record, bytes + offset, sizeof(record));
-        offset += sizeof(record);
+        uint16_t       record[2] = {};  // type and length; 0 where the value ends within them
+        const uint32_t left = len - offset;
+        const uint32_t held = left < sizeof(record) ? left : sizeof(record);
+        memcpy(record, bytes + offset, held);
+        offset += held;
         uint32_t record_len = record[1];
         if (record[0] != PROFILE_APN_NAME) {
             offset += record_len;
