@@ -43,12 +43,14 @@ std::string next_name()
     return std::to_string(::getpid()) + "-" + std::to_string(++names_taken);
 }
 
-// Whether a process that no longer lives has left what has this name.
+// Whether a process that no longer lives has left what has this name, which is one of next_name().
 bool is_left_over(const std::string& name)
 {
     int pid = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), pid);
     if (error != std::errc{} || pid <= 0 || *end != '-') return false;
+    if (end[1] == '\0' || std::string_view(end + 1).find_first_not_of("0123456789") != std::string_view::npos)
+        return false;
     if (pid == ::getpid()) return names_taken == 0;
     return ::kill(pid, 0) != 0 && errno == ESRCH;
 }
@@ -116,6 +118,13 @@ Names names_in(const std::filesystem::path& folder)
     found.error = -errno;
     ::closedir(entries);
     return found;
+}
+
+// A link isn't one, wherever it leads: what lies there isn't the modem's.
+bool is_own_folder(const std::filesystem::path& path)
+{
+    std::error_code ignored;
+    return std::filesystem::is_directory(std::filesystem::symlink_status(path, ignored));
 }
 
 bool has_content(const Names& root)
@@ -241,6 +250,7 @@ bool StateStore::take_whole()
     }
     const std::filesystem::path temporaries = root_ / kTemporaries;
     int error = ::mkdir(temporaries.c_str(), 0777) == 0 || errno == EEXIST ? 0 : -errno;
+    if (error == 0 && !is_own_folder(temporaries)) error = -ENOTDIR;
     const std::filesystem::path away = error == 0 ? make_new_folder(temporaries) : "";
     if (error == 0 && (away.empty() || ::rename(unfinished.c_str(), away.c_str()) != 0)) error = -errno;
     std::error_code ignored;
@@ -254,6 +264,7 @@ bool StateStore::take_whole()
 void StateStore::sweep()
 {
     const std::filesystem::path temporaries = root_ / kTemporaries;
+    if (!is_own_folder(temporaries)) return;
     for (const std::string& name : names_in(temporaries).names) {
         std::error_code ignored;
         if (is_left_over(name)) std::filesystem::remove_all(temporaries / name, ignored);
@@ -313,9 +324,11 @@ int StateStore::write_in(std::string_view base, const std::vector<std::string>& 
     if (error == 0) error = open_folder(kTemporaries, true, temporaries);
     if (error != 0) return error;
     error = descend(folder, parts, 1, true);
-    if (error == 0) error = replace(temporaries, folder, parts.back(), bytes);
-    // A modem of another container, which doesn't see this process, may have swept the new file away.
-    if (error == -ENOENT) error = replace(temporaries, folder, parts.back(), bytes);
+    if (error == 0) {
+        error = replace(temporaries, folder, parts.back(), bytes);
+        // A modem of another container, which doesn't see this process, may have swept the new file away.
+        if (error == -ENOENT) error = replace(temporaries, folder, parts.back(), bytes);
+    }
     return judge(base, parts, error);
 }
 

@@ -453,13 +453,21 @@ TEST(State, WhatKilledProcessesLeftIsSwept)
     const std::filesystem::path tmp = folder.path() / "modem/tmp";
     write_file(tmp / (std::to_string(dead) + "-1"), "half a value");
     write_file(tmp / (std::to_string(dead) + "-2/whole/content/file"), "of a start");
-    const std::filesystem::path others[] = {tmp / (std::to_string(::getpid()) + "-0"), tmp / "notes"};
+    const std::filesystem::path others[] = {tmp / (std::to_string(::getpid()) + "-0"), tmp / "notes",
+                                            tmp / (std::to_string(dead) + "-01-31")};
     for (const auto& file : others) write_file(file, "");
     // In a container each start may have the same number.
     test::run({"/bin/sh", "-c", "echo > " + tmp.string() + "/$$-1 && exec " + test::rbk_path() + " 4 1 0 550"},
               {{{"RBK_HOME", folder.path()}}});
     for (const auto& file : others) EXPECT_TRUE(std::filesystem::remove(file)) << file;
     EXPECT_TRUE(std::filesystem::is_empty(tmp));
+    // What lies behind a person's link isn't the modem's.
+    std::filesystem::remove(tmp);
+    const std::filesystem::path elsewhere = folder.path() / "elsewhere" / (std::to_string(dead) + "-1");
+    write_file(elsewhere, "");
+    std::filesystem::create_directory_symlink(elsewhere.parent_path(), tmp);
+    prepared(folder.path() / "modem", "a");
+    EXPECT_TRUE(std::filesystem::exists(elsewhere));
 }
 
 TEST(State, ADirectoryThatCantBeHadLeavesAModemWithoutMemory)
