@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -197,6 +198,7 @@ class PdcService final : public Service {
     std::optional<Bytes> stored(const std::string& at, std::string_view what);
     bool is_known(const Named& named, const std::string& at);
     bool is_in_use(const Config& config);
+    void erase(std::size_t index);
     std::size_t frame_count() const
     {
         return std::max<std::size_t>((settings_.report.size() + kFrame - 1) / kFrame, 1);
@@ -367,6 +369,14 @@ bool PdcService::is_in_use(const Config& config)
     return stored(place(config.type, 0), kActive) == config.id || stored(place(config.type, 1), kActive) == config.id;
 }
 
+void PdcService::erase(std::size_t index)
+{
+    configs_.erase(configs_.begin() + static_cast<std::ptrdiff_t>(index));
+    for (auto& [client, listing] : listings_) {
+        if (index < listing.next) --listing.next;  // who is told the list in chunks misses none
+    }
+}
+
 // One configuration, or without an id all of its type that nothing runs.
 void PdcService::remove(Call& call)
 {
@@ -374,14 +384,16 @@ void PdcService::remove(Call& call)
     const std::optional<ByteView> id = call.find(0x11);
     if (id && (id->empty() || id->size() - 1 != (*id)[0])) return call.fail(QmiError::malformed_message);
     if (!id) {
-        std::erase_if(configs_, [&](const Config& config) { return config.type == named.type && !is_in_use(config); });
+        for (std::size_t i = configs_.size(); i-- > 0;) {
+            if (configs_[i].type == named.type && !is_in_use(configs_[i])) erase(i);
+        }
         return outcome(call, QmiError::none);
     }
     named.id.assign(id->begin() + 1, id->end());
     const Config* config = find_config(named);
     if (config == nullptr) return outcome(call, QmiError::no_such_id);
     if (is_in_use(*config)) return outcome(call, QmiError::not_in_this_state);
-    configs_.erase(configs_.begin() + (config - configs_.data()));
+    erase(static_cast<std::size_t>(config - configs_.data()));
     outcome(call, QmiError::none);
 }
 
@@ -500,8 +512,11 @@ std::unique_ptr<const ServiceSettings> read_pdc_settings(TableReader* file)
     if (const ScenarioNode* report = table.find("report")) settings->report = report->file("report", kLongestReport);
     if (const ScenarioNode* configs = table.find("config")) {
         settings->configs.clear();
+        std::set<std::pair<std::uint32_t, Bytes>> ids;
         for (const ScenarioNode& config : configs->list("[[pdc.config]]")) {
-            settings->configs.push_back(read_config(config));
+            Config read = read_config(config);
+            if (!ids.emplace(read.type, read.id).second) config.refuse("[[pdc.config]]", "each id of a type once");
+            settings->configs.push_back(std::move(read));
         }
     }
     for (std::uint32_t sub = 0; sub < 2; ++sub) {

@@ -247,7 +247,8 @@ void UimService::get_eid(Call& call)
 {
     const std::uint8_t slot = euicc_slot_of(call);
     if (slot == 0 || !cards_.eid_is_due(slot)) return;
-    call.answer.bytes(0x10, with_count<std::uint8_t>(*cards_.eid(slot)));
+    const auto eid = cards_.eid(slot);  // read anew: a person may have taken the file
+    if (eid) call.answer.bytes(0x10, with_count<std::uint8_t>(*eid));
 }
 
 // ---- Channels and APDUs ----
