@@ -16,7 +16,6 @@
 namespace rbk::sim {
 namespace {
 
-constexpr std::size_t kLongestLine = 2048;    // bytes; longer ones are cut
 constexpr std::size_t kUnread = 64UL * 1024;  // bytes of answers; what comes on top of them is lost
 constexpr std::string_view kUnknown = "ERROR";
 

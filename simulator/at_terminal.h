@@ -15,6 +15,7 @@ namespace rbk::sim {
 class AtTerminal {
  public:
     using Answers = std::map<std::string, std::string>;  // by command
+    static constexpr std::size_t kLongestLine = 2048;    // bytes of a command; longer lines are cut
 
     // Makes a terminal and a link to it at `path`. A link that an ended server has left is replaced. Null, with the reason
     // in `error`, when a server has the path, when something else lies there or there is no terminal to be had.

@@ -4,6 +4,7 @@
 
 #include "platform/link/diag_frame.h"
 #include "platform/link/qmi_frame.h"
+#include "simulator/at_terminal.h"
 #include "simulator/built_in_phone.h"
 #include "simulator/nv_limits.h"
 #include "simulator/printable.h"
@@ -124,7 +125,14 @@ void read_at(TableReader& file, Scenario& scenario)
 {
     const ScenarioNode* node = file.find("at");
     if (node == nullptr) return;
-    for (const auto& [command, answer] : node->table("[at]")) scenario.at[command] = answer.text(command);
+    for (const auto& [command, answer] : node->table("[at]")) {
+        if (command.empty() || command.size() > AtTerminal::kLongestLine ||
+            command.find_first_of("\r\n") != std::string::npos) {
+            answer.refuse("[at]",
+                          "commands of 1 to " + std::to_string(AtTerminal::kLongestLine) + " bytes on one line");
+        }
+        scenario.at[command] = answer.text(command);
+    }
 }
 
 void read_indication(const ScenarioNode& node, Scenario& scenario)
@@ -170,14 +178,23 @@ FaultAction read_action(const ScenarioNode& node, bool on_indication)
     node.refuse("action", "one of " + names);
 }
 
+// Of a request, an answer or an indication; of a diag request or packet.
+std::size_t longest_bytes(const FaultRule& rule)
+{
+    return rule.service == "diag" ? link::kLongestDiagBytes : link::kLongestTlvs;
+}
+
 void read_fault_matching(TableReader& table, FaultRule& rule)
 {
-    if (const auto message = table.number("message", 0, 0xFFFF)) rule.message = static_cast<std::uint16_t>(*message);
+    if (const auto message = table.number("message", 0, 0xFFFF)) {
+        if (rule.service == "diag") table.refuse("no message with the service diag, whose requests have no number");
+        rule.message = static_cast<std::uint16_t>(*message);
+    }
     if (const auto qmi_id = table.number("qmi_id", 0, UINT32_MAX)) {
         if (rule.service != "extended") table.refuse("qmi_id with the service extended alone");
         rule.qmi_id = static_cast<std::uint32_t>(*qmi_id);
     }
-    rule.prefix = table.bytes("prefix", link::kLongestTlvs).value_or(Bytes{});
+    rule.prefix = table.bytes("prefix", longest_bytes(rule)).value_or(Bytes{});
     if (const ScenarioNode* on = table.find("on")) {
         const std::string& what = on->text("on");
         if (what != "request" && what != "indication") on->refuse("on", "request or indication");
@@ -197,8 +214,8 @@ void read_fault_call(TableReader& table, FaultRule& rule)
         call->refuse("call", "one of " + names);
     }
     if (rule.service != "diag") table.refuse("call with the service diag alone");
-    if (rule.message || rule.on_indication || !rule.prefix.empty()) {
-        table.refuse("no message, on or prefix beside call");
+    if (rule.on_indication || !rule.prefix.empty()) {
+        table.refuse("no on or prefix beside call");
     }
 }
 
@@ -235,6 +252,7 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
         const bool word = rule.service == "extended" || rule.service == "diag";
         rule.code = static_cast<std::int32_t>(
             table.need("code").number("code", word ? INT32_MIN : 1, word ? INT32_MAX : 0xFFFF));
+        if (rule.service == "extended" && rule.code == 0) table.refuse("a code other than 0, which is success");
         break;
     }
     case FaultAction::result:
@@ -242,11 +260,13 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
         break;
     case FaultAction::indicate:
         if (const auto indication = table.number("indication", 0, 0xFFFF)) {
+            if (rule.service == "diag")
+                table.refuse("no indication with the service diag, whose packets have no number");
             rule.indication = static_cast<std::uint16_t>(*indication);
         }
         rule.also = table.flag("also").value_or(false);
         [[fallthrough]];
-    case FaultAction::raw: rule.bytes = table.need("bytes").bytes("bytes", link::kLongestTlvs); break;
+    case FaultAction::raw: rule.bytes = table.need("bytes").bytes("bytes", longest_bytes(rule)); break;
     case FaultAction::silent:
     case FaultAction::twice:
     case FaultAction::early:

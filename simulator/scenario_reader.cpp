@@ -218,8 +218,8 @@ ScenarioNode load_scenario_file(const std::filesystem::path& file)
     } catch (const toml::parse_error& error) {
         // The parser's words about a repeated key show another one.
         const bool repeated = error.description().find("cannot redefine") != std::string_view::npos;
-        const std::string words = repeated ? "expected each key and table once" : std::string(error.description());
-        throw ScenarioError(name + ":" + std::to_string(error.source().begin.line) + ": " + words);
+        const std::string words = repeated ? "each key and table once" : "TOML; " + std::string(error.description());
+        throw ScenarioError(name + ":" + std::to_string(error.source().begin.line) + ": expected " + words);
     } catch (const std::logic_error&) {
         throw ScenarioError(name + ":" + std::to_string(line_of_failed_assertion(text)) + ": expected TOML");
     }

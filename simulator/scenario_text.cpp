@@ -131,7 +131,8 @@ void Scan::skip_text(char quote)
     bool skipping = false;
     for (; at_ < text_.size(); ++at_) {
         const char c = text_[at_];
-        check(c, !in_word_ && !skipping);
+        check(c, !in_word_);
+        if (skipping && static_cast<unsigned char>(c) >= 0x80) refuse("no letter outside ASCII behind a backslash");
         if (c == '\n') {
             if (!whole_lines) refuse("the end of the text in its line");
             ++line_;
