@@ -124,7 +124,7 @@ by their files: take a private one.
 A command on the terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] doesn't
 name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
 Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there
-are.
+are, up to 65536.
 A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.
 What is wrong is told on standard error, each line once, and at most a hundred a minute.
 Exit status: 0 after a signal, when fault rules that never matched are named on standard error (nohup keeps SIGHUP
@@ -137,6 +137,8 @@ int run(int argc, char** argv)
     Arguments arguments;
     CLI::App app("A simulated modem that serves rbk over a Unix socket until SIGTERM, SIGINT or SIGHUP.", "rbk-modem");
     app.footer(kHelp);
+    // An empty word is what becomes of a script's variable that isn't set.
+    const auto is_given = [](const std::string& value) { return std::string(value.empty() ? "expected a path" : ""); };
     app.add_option("--listen", arguments.listen, "where to listen")
         ->type_name("unix:PATH")
         ->required()
@@ -145,17 +147,26 @@ int run(int argc, char** argv)
         });
     app.add_option("--state", arguments.state,
                    "directory of NV items, EFS files and all else that lasts;\n"
-                   "default: modem/ in the directory that RBK_HOME names")
-        ->type_name("DIR");
-    app.add_option("--scenario", arguments.scenario, "TOML file: content, faults, indications")->type_name("FILE");
+                   "default: modem/ in the directory that RBK_HOME names,\n"
+                   "else in $XDG_STATE_HOME/rbk, else in ~/.local/state/rbk")
+        ->type_name("DIR")
+        ->check(is_given);
+    app.add_option("--scenario", arguments.scenario, "TOML file: content, faults, indications")
+        ->type_name("FILE")
+        ->check(is_given);
     app.add_option("--at", arguments.at, "make a terminal that answers AT commands, with a link to it here")
-        ->type_name("PATH");
+        ->type_name("PATH")
+        ->check(is_given);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 1;
     }
     arguments.listen.erase(0, 5);
+    if (arguments.listen == arguments.at) {
+        say(arguments.at + ": the socket and the terminal's link can't have one place");
+        return 1;
+    }
     return serve(arguments);
 }
 

@@ -40,7 +40,8 @@ typedef struct {
 typedef void (*qmi_client_ind_cb)(qmi_client_handle client, uint32_t msg_id, void *buffer, uint32_t buffer_len,
                                   void *cb_data);
 
-/* Called once when the client's service goes away; `error` is -2. The client stays refused with -2 until released. */
+/* Called once for each registration when the client's service goes away or has gone; `error` is -2. The client stays
+ * refused with -2 until released. */
 typedef void (*qmi_client_error_cb)(qmi_client_handle client, int32_t error, void *cb_data);
 
 /* Any instance of a service. */

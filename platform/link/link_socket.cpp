@@ -111,8 +111,9 @@ SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wai
     const int flags = MSG_NOSIGNAL | (wait ? 0 : MSG_DONTWAIT);
     while (send_once(peer, head, body, flags) < 0) {
         if (errno == EINTR) continue;
-        return errno == EAGAIN || errno == EWOULDBLOCK || errno == ENOBUFS ? SendResult::would_block
-                                                                           : SendResult::closed;
+        // ENOSPC: a receiver on this node whose queue is full, as the kernel's router says it.
+        const bool full = errno == EAGAIN || errno == EWOULDBLOCK || errno == ENOBUFS || errno == ENOSPC;
+        return full ? SendResult::would_block : SendResult::closed;
     }
     return SendResult::sent;
 }

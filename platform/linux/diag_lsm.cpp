@@ -214,6 +214,7 @@ bool DiagLibrary::start()
     if (!answer || answer->code != link::kDiagSuccess) return false;
     if (session_ && !session_->gone) return true;  // another thread was quicker
     if (!callbacks_.start("diag callbacks", [this] { run_callbacks(); })) return false;
+    packets_.clear();  // of a session that the modem has ended
     session_.emplace();
     session_->modem = servers.front();
     session_->remote_mask = static_cast<std::uint16_t>(answer->value);
