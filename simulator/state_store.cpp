@@ -120,13 +120,6 @@ Names names_in(const std::filesystem::path& folder)
     return found;
 }
 
-// A link isn't one, wherever it leads: what lies there isn't the modem's.
-bool is_own_folder(const std::filesystem::path& path)
-{
-    std::error_code ignored;
-    return std::filesystem::is_directory(std::filesystem::symlink_status(path, ignored));
-}
-
 bool has_content(const Names& root)
 {
     return std::any_of(root.names.begin(), root.names.end(), [](const std::string& name) {
@@ -190,6 +183,11 @@ bool StateStore::prepare(const std::function<bool(StateStore& fresh)>& fill)
         there = names_in(root_);
     }
     if (there.error != 0) return give_up(root_, there.error);
+    // Where the store makes, moves and removes what is its own, a person's link would lead it to what isn't.
+    for (const char* own : {kUnfinished, kTemporaries}) {
+        if (std::error_code ignored; std::filesystem::is_symlink(root_ / own, ignored))
+            return give_up(root_ / own, -ENOTDIR);
+    }
     if (!has_content(there)) return build(fill) && take_whole();
     if (std::find(there.names.begin(), there.names.end(), kUnfinished) != there.names.end()) return take_whole();
     sweep();
@@ -250,7 +248,6 @@ bool StateStore::take_whole()
     }
     const std::filesystem::path temporaries = root_ / kTemporaries;
     int error = ::mkdir(temporaries.c_str(), 0777) == 0 || errno == EEXIST ? 0 : -errno;
-    if (error == 0 && !is_own_folder(temporaries)) error = -ENOTDIR;
     const std::filesystem::path away = error == 0 ? make_new_folder(temporaries) : "";
     if (error == 0 && (away.empty() || ::rename(unfinished.c_str(), away.c_str()) != 0)) error = -errno;
     std::error_code ignored;
@@ -264,7 +261,6 @@ bool StateStore::take_whole()
 void StateStore::sweep()
 {
     const std::filesystem::path temporaries = root_ / kTemporaries;
-    if (!is_own_folder(temporaries)) return;
     for (const std::string& name : names_in(temporaries).names) {
         std::error_code ignored;
         if (is_left_over(name)) std::filesystem::remove_all(temporaries / name, ignored);

@@ -463,11 +463,22 @@ TEST(State, WhatKilledProcessesLeftIsSwept)
     EXPECT_TRUE(std::filesystem::is_empty(tmp));
     // What lies behind a person's link isn't the modem's.
     std::filesystem::remove(tmp);
-    const std::filesystem::path elsewhere = folder.path() / "elsewhere" / (std::to_string(dead) + "-1");
-    write_file(elsewhere, "");
-    std::filesystem::create_directory_symlink(elsewhere.parent_path(), tmp);
-    prepared(folder.path() / "modem", "a");
-    EXPECT_TRUE(std::filesystem::exists(elsewhere));
+    const std::filesystem::path elsewhere = folder.path() / "elsewhere";
+    write_file(elsewhere / (std::to_string(dead) + "-1"), "");
+    write_file(elsewhere / "whole/content/nv/0/551", "");
+    for (const char* name : {"modem/tmp", "modem/.new", "fresh/.new"}) {
+        const std::filesystem::path link = folder.path() / name;
+        std::filesystem::create_directories(link.parent_path());
+        std::filesystem::create_directory_symlink(elsewhere, link);
+        std::string said;
+        Complaints complaints([&said](const std::string& line) { said += line; });
+        StateStore store(link.parent_path(), complaints);
+        EXPECT_FALSE(store.prepare([](StateStore&) { return true; }));
+        EXPECT_EQ(said, link.string() + ": Not a directory");
+        EXPECT_TRUE(std::filesystem::exists(elsewhere / (std::to_string(dead) + "-1"))) << name;
+        EXPECT_TRUE(std::filesystem::exists(elsewhere / "whole/content/nv/0/551")) << name;
+        std::filesystem::remove(link);
+    }
 }
 
 TEST(State, ADirectoryThatCantBeHadLeavesAModemWithoutMemory)
