@@ -1,6 +1,7 @@
 // Waits of seconds, shortened by one factor so that orders and races stay as they are, and the system's shell, not run.
 // Each call is a line in the file that RBK_TEST_CALLS names: "sleep 3", "usleep 20000", "timer_settime 10.000000000",
-// "system echo ...". RBK_TEST_DIVISOR is the factor, 100 when unset; RBK_TEST_SYSTEM what `system` answers, else 0;
+// "system echo ...". Requests with the time-out that they ask for, "send 0x0020 30000", go to the file that RBK_TEST_SENDS
+// names, in the order of their threads. RBK_TEST_DIVISOR is the factor, 100 when unset; RBK_TEST_SYSTEM what `system` answers, else 0;
 // RBK_TEST_FAIL names a wrapped operation of timers that fails.
 #include <fcntl.h>
 #include <signal.h>
@@ -13,6 +14,8 @@
 #include <cstring>
 #include <string>
 
+#include "qmi_client.h"
+
 namespace {
 
 long number_from(const char* variable, long otherwise)
@@ -21,9 +24,9 @@ long number_from(const char* variable, long otherwise)
     return text != nullptr ? std::atol(text) : otherwise;
 }
 
-void write_down(const std::string& call)
+void write_down(const std::string& call, const char* variable = "RBK_TEST_CALLS")
 {
-    const char* file = std::getenv("RBK_TEST_CALLS");
+    const char* file = std::getenv(variable);
     if (file == nullptr) return;
     const int fd = open(file, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
     if (fd < 0 && errno == ENOENT) return;  // a thread that outlives its case, whose directory is gone
@@ -109,6 +112,20 @@ int __wrap_timer_settime(timer_t timer, int flags, const itimerspec* due, itimer
 #else
     return __real_timer_settime(timer, flags, &soon, old);
 #endif
+}
+
+int32_t __real_qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, const void* request,
+                                        uint32_t request_size, void* response, uint32_t response_size,
+                                        uint32_t timeout_ms);
+
+int32_t __wrap_qmi_client_send_msg_sync(qmi_client_handle client, uint32_t msg_id, const void* request,
+                                        uint32_t request_size, void* response, uint32_t response_size,
+                                        uint32_t timeout_ms)
+{
+    char call[32];
+    std::snprintf(call, sizeof call, "send 0x%04X %u", msg_id, timeout_ms);
+    write_down(call, "RBK_TEST_SENDS");
+    return __real_qmi_client_send_msg_sync(client, msg_id, request, request_size, response, response_size, timeout_ms);
 }
 
 int __wrap_system(const char* command)

@@ -1,0 +1,375 @@
+// Golden sessions: what a person types, and all that comes of it. A file of sessions (golden/*.t) is a case.
+//
+//   == words                 a session: a home, a modem and a scenario of its own; the mask of the screen is 11
+//   # words                  for the reader
+//   | toml                   a line of the scenario, from the session's next command on
+//   env NAME=VALUE           for the commands that follow; an empty value takes it away
+//   $ rbk 3 0 5 -1*50        the shell with shortened waits; "word*50" is fifty words, '...' may hold blanks
+//   $ traced rbk 3 1         the same; messages of the log that aren't on the screen stand there too, as level 4
+//   $ rbk-prop get NAME      the properties
+//   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
+//   $ put modem/nv/0/550 0A  writes such a file; $ remove PATH takes it or a folder away
+//
+// What came of a command stands below it, in this order:
+//   1 velmor_rbk_test_rf.cpp main: text    a message of the screen with its level: 1 failure, 2 step, 8 for the user
+//   1 ^ text                 the same file and function as the message above
+//   @again 3                 the line above three times more
+//   - text                   printed bare, or said by another program; "@help 3" is a group's whole help
+//   E text                   standard error
+//   exit 1                   the status, unless it is 0
+//   > 0xFFE4 0x0002 3000 ms 01:04000000 ...    a request: service, message, time-out asked for, TLVs; 00*8 is eight zeros
+//   > diag 7C                a request to diag
+//   ! sleep 5 x3             waits, timers and commands of the system
+//
+// UPDATE_GOLDEN=1 in the environment writes the files anew: read what has changed before it is kept.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <deque>
+#include <filesystem>
+#include <map>
+#include <regex>
+
+#include "support/embedded_run.h"
+#include "support/help_text.h"
+#include "support/home.h"
+#include "support/program.h"
+
+namespace rbk::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Bytes in hex; eight or more that are equal stand there once, with their number.
+std::string with_runs(const std::string& hex_text)
+{
+    std::string text;
+    for (std::size_t at = 0; at < hex_text.size();) {
+        const std::string byte = hex_text.substr(at, 2);
+        std::size_t end = at;
+        while (end < hex_text.size() && hex_text.compare(end, 2, byte) == 0) end += 2;
+        const std::size_t count = (end - at) / 2;
+        if (count >= 8) {
+            text += (text.empty() || text.back() == ' ' ? "" : " ") + byte + "*" + std::to_string(count) + " ";
+        } else {
+            for (; at < end; at += 2) text += byte;
+        }
+        at = end;
+    }
+    if (text.ends_with(' ')) text.pop_back();
+    return text;
+}
+
+// "01:04000000 10:00*550": the TLVs of a request; bytes that are none stand at the end as they are.
+std::string tlvs_of(std::string rest)
+{
+    std::string text;
+    while (rest.size() >= 6) {
+        const std::size_t len = std::stoul(rest.substr(4, 2) + rest.substr(2, 2), nullptr, 16);
+        if (rest.size() < 6 + 2 * len) break;
+        text += " " + rest.substr(0, 2) + ":" + with_runs(rest.substr(6, 2 * len));
+        rest.erase(0, 6 + 2 * len);
+    }
+    return rest.empty() ? text : text + " " + rest;
+}
+
+std::vector<std::string> words_of(const std::string& line)
+{
+    static const std::regex kWord(R"('([^']*)'|(\S+?)\*(\d+)(?=\s|$)|(\S+))");
+    std::vector<std::string> words;
+    for (std::sregex_iterator each(line.begin(), line.end(), kWord), end; each != end; ++each) {
+        const std::smatch& word = *each;
+        if (word[1].matched) words.push_back(word[1]);
+        if (word[2].matched) words.insert(words.end(), std::stoul(word[3]), word[2]);
+        if (word[4].matched) words.push_back(word[4]);
+    }
+    return words;
+}
+
+class Session {
+ public:
+    Session() { run_rbk_prop({"set", "persist.vendor.radio.adb_log_shell", "11"}, options()); }
+
+    void scenario(const std::string& line) { scenario_ += line + "\n"; }
+    void variable(const std::string& line)
+    {
+        variables_[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+    }
+
+    // Runs one command; what came of it.
+    Lines run(const std::string& command)
+    {
+        Lines words = words_of(command);
+        const bool traced = take(words, "traced");
+        const std::string program = words.at(0);
+        words.erase(words.begin());
+        if (program == "show") return show(words.at(0));
+        if (program == "remove") return std::filesystem::remove_all(home_.path() / words.at(0)), Lines{};
+        if (program == "put") return put(words.at(0), words.size() > 1 ? words[1] : ""), Lines{};
+
+        for (const char* file : {"log", "trace", "calls"}) write_file(home_.path() / file, "");
+        if (!scenario_.empty()) write_file(home_.path() / "scenario.toml", scenario_);
+        const bool is_shell = program == "rbk";
+        const RunResult result = is_shell ? run_rbk(words, options()) : run_rbk_prop(words, options());
+        Lines lines = is_shell ? screen(result.out, traced) : bare(result.out);
+        for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
+        if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
+        tell_requests_and_calls(lines);
+        for (std::string& line : lines) line = masked(line);
+        return lines;
+    }
+
+ private:
+    static bool take(Lines& words, const std::string& word)
+    {
+        if (words.empty() || words[0] != word) return false;
+        words.erase(words.begin());
+        return true;
+    }
+
+    RunOptions options() const
+    {
+        std::map<std::string, std::string> variables = variables_;
+        variables["RBK_HOME"] = home_.path();
+        variables["RBK_TEST_DIVISOR"] = "100";
+        if (!scenario_.empty()) variables["RBK_SCENARIO"] = home_.path() / "scenario.toml";
+        variables["RBK_LOGCAT"] = home_.path() / "log";
+        variables["RBK_TRACE"] = home_.path() / "trace";
+        variables["RBK_TEST_CALLS"] = variables["RBK_TEST_SENDS"] = home_.path() / "calls";
+        return {.variables = variables};
+    }
+
+    std::string masked(std::string line) const
+    {
+        static const std::regex kProcess("(p_id: |/proc/|pid=)[0-9]+");
+        line = std::regex_replace(line, kProcess, "$1N");
+        const std::pair<std::string, std::string> places[] = {{home_.path(), "HOME"}, {rbk_path(), "RBK"}};
+        for (const auto& [path, word] : places) {
+            for (std::size_t at = line.find(path); at != std::string::npos; at = line.find(path))
+                line.replace(at, path.size(), word);
+        }
+        return line;
+    }
+
+    static Lines bare(const std::string& text)
+    {
+        Lines lines;
+        for (const std::string& line : lines_of(text)) lines.push_back("- " + line);
+        return lines;
+    }
+
+    // The screen's messages, each found again in the log, which has the priority; what isn't in the log was printed bare.
+    Lines screen(const std::string& out, bool traced) const
+    {
+        static const std::regex kMessage(R"((\d) (?:\[[^\]]*\])?\[(\S+):\d+\] (\w+): ?([^]*))");
+        static const std::regex kLineFeed(R"(\\n)");
+        Lines lines;
+        std::size_t at = 0;
+        for (const std::string& entry : lines_of(read_file(home_.path() / "log"))) {
+            std::smatch parts;
+            if (!std::regex_match(entry, parts, kMessage)) continue;  // of the masks themselves
+            const std::string level = parts[1] == "3" ? "1" : "2";
+            const std::string body = std::regex_replace(parts[4].str(), kLineFeed, "\n");
+            const std::string place = parts[2].str() + " " + parts[3].str() + ": " + body;
+            const std::string whole =
+                "RIL" + entry.substr(entry.find('['), parts.position(4) - entry.find('[')) + body + "\n";
+            std::size_t found = next(out, at, whole);
+            const bool is_bare = found == std::string::npos;
+            if (is_bare) found = next(out, at, body + "\n");
+            if (found == std::string::npos || (is_bare && body.empty() && found != at)) {
+                if (traced) append(lines, "4", place);
+                continue;
+            }
+            for (const std::string& line : lines_of(out.substr(at, found - at))) lines.push_back("- " + line);
+            append(lines, is_bare ? "8" : level, is_bare ? body : place);
+            at = found + (is_bare ? body.size() + 1 : whole.size());
+        }
+        for (const std::string& line : lines_of(out.substr(at))) lines.push_back("- " + line);
+        return shortened(with_help(lines));
+    }
+
+    // Places that stand in the message above already, and lines that are repeated.
+    static Lines shortened(const Lines& lines)
+    {
+        static const std::regex kPlace(R"([124] (\S+ \w+:)( [^]*|))");
+        Lines shorter;
+        std::string place, last;
+        std::size_t again = 0;
+        const auto tell_again = [&] {
+            if (again > 0) shorter.push_back("@again " + std::to_string(again));
+            again = 0;
+        };
+        for (const std::string& line : lines) {
+            if (line == last && ++again > 0) continue;
+            tell_again();
+            last = line;
+            std::smatch parts;
+            const bool is_message = std::regex_match(line, parts, kPlace);
+            const bool is_same = is_message && parts[1] == place;
+            shorter.push_back(is_same ? line.substr(0, 2) + "^" + parts[2].str() : line);
+            if (is_message) place = parts[1];
+        }
+        tell_again();
+        return shorter;
+    }
+
+    // Where `text` stands next at the begin of a line.
+    static std::size_t next(const std::string& out, std::size_t at, const std::string& text)
+    {
+        for (at = out.find(text, at); at != std::string::npos && at != 0 && out[at - 1] != '\n';)
+            at = out.find(text, at + 1);
+        return at;
+    }
+
+    static void append(Lines& lines, const std::string& level, const std::string& text)
+    {
+        std::string head = level + " ";
+        for (const std::string& line : lines_of(text + "\n")) {
+            lines.push_back(head + line);
+            head = "  ";  // the same message goes on
+        }
+    }
+
+    static bool is_bare_line(const std::string& line, const std::string& text)
+    {
+        return (line[0] == '8' || line[0] == ' ') && line.compare(2, std::string::npos, text) == 0;
+    }
+
+    // A help that stands there whole becomes one line.
+    static Lines with_help(const Lines& lines)
+    {
+        for (int group = 0; group <= 12; ++group) {
+            const Lines help = lines_of(help_of(group));
+            const auto found = std::search(lines.begin(), lines.end(), help.begin(), help.end(), is_bare_line);
+            if (found == lines.end()) continue;
+            Lines shorter(lines.begin(), found);
+            shorter.push_back("@help " + std::to_string(group));
+            shorter.insert(shorter.end(), found + static_cast<long>(help.size()), lines.end());
+            return shorter;
+        }
+        return lines;
+    }
+
+    void tell_requests_and_calls(Lines& lines) const
+    {
+        std::deque<std::string> waits;
+        std::multimap<std::string, std::string> timeouts;  // message id, milliseconds; in the order of the sends
+        for (const std::string& call : lines_of(read_file(home_.path() / "calls"))) {
+            const Lines words = words_of(call);
+            if (words[0] == "send") timeouts.emplace(words[1], words[2]);
+            if (words[0] != "send") waits.push_back(call);
+        }
+        for (const std::string& line : lines_of(read_file(home_.path() / "trace"))) {
+            const Lines words = words_of(line);  // time, way, then as the trace has them
+            if (words[1] != ">") continue;
+            if (words[2] == "diag") {
+                lines.push_back("> diag " + with_runs(words.back()));
+                continue;
+            }
+            const std::string message = words[5].substr(4);
+            const auto timeout = timeouts.find(message);
+            const std::string within = timeout == timeouts.end() ? "?" : timeout->second;
+            if (timeout != timeouts.end()) timeouts.erase(timeout);
+            const std::string tlvs = words[6] == "len=0" ? "" : tlvs_of(words.back());
+            lines.push_back("> " + words[2].substr(4) + " " + message + " " + within + " ms" + tlvs);
+        }
+        for (const auto& [message, ms] : timeouts) waits.push_back("send " + message + " " + ms);  // it never went out
+        for (std::size_t i = 0, count = 1; i < waits.size(); ++i, ++count) {
+            if (i + 1 < waits.size() && waits[i + 1] == waits[i]) continue;
+            lines.push_back("! " + waits[i] + (count > 1 ? " x" + std::to_string(count) : ""));
+            count = 0;
+        }
+    }
+
+    Lines show(const std::string& path) const
+    {
+        const std::filesystem::path file = home_.path() / path;
+        if (!std::filesystem::exists(file)) return {"- absent"};
+        if (!std::filesystem::is_directory(file)) {
+            const std::string content = read_file(file);
+            return {"- " + with_runs(hex({content.begin(), content.end()}))};
+        }
+        Lines names;
+        for (const auto& each : std::filesystem::directory_iterator(file))
+            names.push_back("- " + each.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    void put(const std::string& path, const std::string& bytes) const
+    {
+        std::string content;
+        for (std::size_t i = 0; i < bytes.size(); i += 2)
+            content += static_cast<char>(std::stoi(bytes.substr(i, 2), nullptr, 16));
+        write_file(home_.path() / path, content);
+    }
+
+    TempDir home_;
+    std::string scenario_;
+    std::map<std::string, std::string> variables_;
+};
+
+// The file as it would stand if all that its commands bring were meant.
+Lines played(const Lines& file)
+{
+    Lines lines;
+    std::optional<Session> session;
+    bool below_command = false;
+    for (const std::string& line : file) {
+        const bool is_command = line.starts_with("$ ");
+        const bool is_ours = line.empty() || is_command || line.starts_with("#") || line.starts_with("== ") ||
+                             line.starts_with("| ") || line == "|" || line.starts_with("env ");
+        if (!is_ours && below_command) continue;  // what is to come of it
+        lines.push_back(line);
+        below_command = false;
+        if (line.starts_with("== ")) session.emplace();
+        if (!session) continue;
+        if (line.starts_with("|")) session->scenario(line.substr(std::min<std::size_t>(line.size(), 2)));
+        if (line.starts_with("env ")) session->variable(line.substr(4));
+        if (!is_command) continue;
+        below_command = true;
+        for (const std::string& each : session->run(line.substr(2))) lines.push_back(each);
+    }
+    return lines;
+}
+
+class Golden : public testing::Test {
+ public:
+    explicit Golden(std::filesystem::path file) : file_(std::move(file)) {}
+
+    void TestBody() override
+    {
+        const Lines told = lines_of(read_file(file_));
+        const Lines came = played(told);
+        if (std::getenv("UPDATE_GOLDEN") != nullptr) {
+            std::string text;
+            for (const std::string& line : came) text += line + "\n";
+            write_file(file_, text);
+        }
+        std::string session, command;
+        for (std::size_t i = 0; i < std::max(told.size(), came.size()); ++i) {
+            const std::string expected = i < told.size() ? told[i] : "(nothing)";
+            const std::string seen = i < came.size() ? came[i] : "(nothing)";
+            if (expected.starts_with("== ")) session = expected;
+            if (expected.starts_with("$ ")) command = expected;
+            ASSERT_EQ(seen, expected) << file_.filename() << " line " << i + 1 << "\n" << session << "\n" << command;
+        }
+    }
+
+ private:
+    std::filesystem::path file_;
+};
+
+const bool registered = [] {
+    for (const auto& each : std::filesystem::directory_iterator(data_path("golden"))) {
+        const std::filesystem::path file = each.path();
+        if (file.extension() != ".t") continue;
+        testing::RegisterTest("Golden", file.stem().c_str(), nullptr, nullptr, file.c_str(), 1,
+                              [file]() -> testing::Test* { return new Golden(file); });
+    }
+    return true;
+}();
+
+}  // namespace
+}  // namespace rbk::test
