@@ -2,22 +2,26 @@
 //
 //   == words                 a session: a home, a modem and a scenario of its own; the mask of the screen is 11
 //   # words                  for the reader
-//   | toml                   a line of the scenario, from the session's next command on
-//   env NAME=VALUE           for the commands that follow; an empty value takes it away
+//   | toml                   a line of the scenario, from the session's next command on; 00*8 is eight zeros
+//   env NAME=VALUE           for the commands that follow; an empty value takes it away, also what the runner sets
 //   $ rbk 3 0 5 -1*50        the shell with shortened waits; "word*50" is fifty words, '...' may hold blanks
 //   $ traced rbk 3 1         the same; messages of the log that aren't on the screen stand there too, as level 4
+//   $ inside rbk 3 1         as traced, without what every run traces at its start
 //   $ rbk-prop get NAME      the properties
 //   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
+//   $ text modem/marks/sync  a file of the home that is text, without its times
 //   $ put modem/nv/0/550 0A  writes such a file; $ remove PATH takes it or a folder away
 //
 // What came of a command stands below it, in this order:
 //   1 velmor_rbk_test_rf.cpp main: text    a message of the screen with its level: 1 failure, 2 step, 8 for the user
 //   1 ^ text                 the same file and function as the message above
 //   @again 3                 the line above three times more
-//   - text                   printed bare, or said by another program; "@help 3" is a group's whole help
+//   - text                   printed bare, or said by another program; 0x4B*4096 is a word that comes 64 times or more
+//   @help 3                  a group's whole help
 //   E text                   standard error
 //   exit 1                   the status, unless it is 0
-//   > 0xFFE4 0x0002 3000 ms 01:04000000 ...    a request: service, message, time-out asked for, TLVs; 00*8 is eight zeros
+//   > 0xFFE4 0x0002 3000 ms 01:04000000 ...    a request: service, message, time-out asked for, TLVs; x30 if it went out
+//                                              eight times or more
 //   > diag 7C                a request to diag
 //   ! sleep 5 x3             waits, timers and commands of the system
 //
@@ -26,7 +30,6 @@
 
 #include <cctype>
 #include <cstdlib>
-#include <deque>
 #include <filesystem>
 #include <map>
 #include <regex>
@@ -61,6 +64,40 @@ std::string with_runs(const std::string& hex_text)
     return text;
 }
 
+// Back from there: "0A 00*3" to "0A 000000".
+std::string without_runs(std::string text)
+{
+    static const std::regex kRun(R"(([0-9A-F]{2})\*(\d+))");
+    for (std::smatch run; std::regex_search(text, run, kRun);) {
+        std::string bytes;
+        for (std::size_t i = std::stoul(run[2]); i > 0; --i) bytes += run[1];
+        text.replace(run.position(0), run.length(0), bytes);
+    }
+    return text;
+}
+
+// Words of a line that are printed many times in a row stand there once, with their number.
+std::string with_word_runs(const std::string& line)
+{
+    constexpr std::size_t kMany = 64;
+    Lines words(1);
+    for (const char character : line) {
+        if (character == ' ')
+            words.emplace_back();
+        else
+            words.back() += character;
+    }
+    std::string text;
+    for (std::size_t i = 0, count = 1; i < words.size(); i += count) {
+        const auto differs = [&](const std::string& word) { return word != words[i]; };
+        const auto end = std::find_if(words.begin() + static_cast<long>(i), words.end(), differs);
+        count = static_cast<std::size_t>(end - words.begin()) - i;
+        if (count < kMany) count = 1;
+        text += (i > 0 ? " " : "") + words[i] + (count > 1 ? "*" + std::to_string(count) : "");
+    }
+    return text;
+}
+
 // "01:04000000 10:00*550": the TLVs of a request; bytes that are none stand at the end as they are.
 std::string tlvs_of(std::string rest)
 {
@@ -91,7 +128,7 @@ class Session {
  public:
     Session() { run_rbk_prop({"set", "persist.vendor.radio.adb_log_shell", "11"}, options()); }
 
-    void scenario(const std::string& line) { scenario_ += line + "\n"; }
+    void scenario(const std::string& line) { scenario_ += without_runs(line) + "\n"; }
     void variable(const std::string& line)
     {
         variables_[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
@@ -101,10 +138,12 @@ class Session {
     Lines run(const std::string& command)
     {
         Lines words = words_of(command);
-        const bool traced = take(words, "traced");
+        const bool inside = take(words, "inside");
+        const bool traced = take(words, "traced") || inside;
         const std::string program = words.at(0);
         words.erase(words.begin());
         if (program == "show") return show(words.at(0));
+        if (program == "text") return text(words.at(0));
         if (program == "remove") return std::filesystem::remove_all(home_.path() / words.at(0)), Lines{};
         if (program == "put") return put(words.at(0), words.size() > 1 ? words[1] : ""), Lines{};
 
@@ -112,7 +151,7 @@ class Session {
         if (!scenario_.empty()) write_file(home_.path() / "scenario.toml", scenario_);
         const bool is_shell = program == "rbk";
         const RunResult result = is_shell ? run_rbk(words, options()) : run_rbk_prop(words, options());
-        Lines lines = is_shell ? screen(result.out, traced) : bare(result.out);
+        Lines lines = is_shell ? screen(result.out, traced, inside) : bare(result.out);
         for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
         if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
         tell_requests_and_calls(lines);
@@ -130,13 +169,14 @@ class Session {
 
     RunOptions options() const
     {
-        std::map<std::string, std::string> variables = variables_;
+        std::map<std::string, std::string> variables;
         variables["RBK_HOME"] = home_.path();
         variables["RBK_TEST_DIVISOR"] = "100";
         if (!scenario_.empty()) variables["RBK_SCENARIO"] = home_.path() / "scenario.toml";
         variables["RBK_LOGCAT"] = home_.path() / "log";
         variables["RBK_TRACE"] = home_.path() / "trace";
         variables["RBK_TEST_CALLS"] = variables["RBK_TEST_SENDS"] = home_.path() / "calls";
+        for (const auto& [name, value] : variables_) variables[name] = value;
         return {.variables = variables};
     }
 
@@ -155,13 +195,19 @@ class Session {
     static Lines bare(const std::string& text)
     {
         Lines lines;
-        for (const std::string& line : lines_of(text)) lines.push_back("- " + line);
+        append_bare(lines, text);
         return lines;
     }
 
-    // The screen's messages, each found again in the log, which has the priority; what isn't in the log was printed bare.
-    Lines screen(const std::string& out, bool traced) const
+    static void append_bare(Lines& lines, const std::string& text)
     {
+        for (const std::string& line : lines_of(text)) lines.push_back("- " + with_word_runs(line));
+    }
+
+    // The screen's messages, each found again in the log, which has the priority; what isn't in the log was printed bare.
+    Lines screen(const std::string& out, bool traced, bool inside) const
+    {
+        static const std::regex kStart(" (velmor_get_current_pid_info|velmor_modem_check_odm_white_list): ");
         static const std::regex kMessage(R"((\d) (?:\[[^\]]*\])?\[(\S+):\d+\] (\w+): ?([^]*))");
         static const std::regex kLineFeed(R"(\\n)");
         Lines lines;
@@ -178,14 +224,14 @@ class Session {
             const bool is_bare = found == std::string::npos;
             if (is_bare) found = next(out, at, body + "\n");
             if (found == std::string::npos || (is_bare && body.empty() && found != at)) {
-                if (traced) append(lines, "4", place);
+                if (traced && !(inside && std::regex_search(place, kStart))) append(lines, "4", place);
                 continue;
             }
-            for (const std::string& line : lines_of(out.substr(at, found - at))) lines.push_back("- " + line);
+            append_bare(lines, out.substr(at, found - at));
             append(lines, is_bare ? "8" : level, is_bare ? body : place);
             at = found + (is_bare ? body.size() + 1 : whole.size());
         }
-        for (const std::string& line : lines_of(out.substr(at))) lines.push_back("- " + line);
+        append_bare(lines, out.substr(at));
         return shortened(with_help(lines));
     }
 
@@ -253,18 +299,19 @@ class Session {
 
     void tell_requests_and_calls(Lines& lines) const
     {
-        std::deque<std::string> waits;
+        Lines waits;
         std::multimap<std::string, std::string> timeouts;  // message id, milliseconds; in the order of the sends
         for (const std::string& call : lines_of(read_file(home_.path() / "calls"))) {
             const Lines words = words_of(call);
             if (words[0] == "send") timeouts.emplace(words[1], words[2]);
             if (words[0] != "send") waits.push_back(call);
         }
+        Lines requests;
         for (const std::string& line : lines_of(read_file(home_.path() / "trace"))) {
             const Lines words = words_of(line);  // time, way, then as the trace has them
             if (words[1] != ">") continue;
             if (words[2] == "diag") {
-                lines.push_back("> diag " + with_runs(words.back()));
+                requests.push_back("> diag " + with_runs(words.back()));
                 continue;
             }
             const std::string message = words[5].substr(4);
@@ -272,12 +319,20 @@ class Session {
             const std::string within = timeout == timeouts.end() ? "?" : timeout->second;
             if (timeout != timeouts.end()) timeouts.erase(timeout);
             const std::string tlvs = words[6] == "len=0" ? "" : tlvs_of(words.back());
-            lines.push_back("> " + words[2].substr(4) + " " + message + " " + within + " ms" + tlvs);
+            requests.push_back("> " + words[2].substr(4) + " " + message + " " + within + " ms" + tlvs);
         }
         for (const auto& [message, ms] : timeouts) waits.push_back("send " + message + " " + ms);  // it never went out
-        for (std::size_t i = 0, count = 1; i < waits.size(); ++i, ++count) {
-            if (i + 1 < waits.size() && waits[i + 1] == waits[i]) continue;
-            lines.push_back("! " + waits[i] + (count > 1 ? " x" + std::to_string(count) : ""));
+        append_counted(lines, "", requests, 8);
+        append_counted(lines, "! ", waits, 2);
+    }
+
+    // Each line behind `head`; those that come `many` times or more in a row once, with their number.
+    static void append_counted(Lines& lines, const std::string& head, const Lines& more, std::size_t many)
+    {
+        for (std::size_t i = 0, count = 1; i < more.size(); ++i, ++count) {
+            if (i + 1 < more.size() && more[i + 1] == more[i]) continue;
+            if (count >= many) lines.push_back(head + more[i] + " x" + std::to_string(count));
+            if (count < many) lines.insert(lines.end(), count, head + more[i]);
             count = 0;
         }
     }
@@ -295,6 +350,12 @@ class Session {
             names.push_back("- " + each.path().filename().string());
         std::sort(names.begin(), names.end());
         return names;
+    }
+
+    Lines text(const std::string& path) const
+    {
+        static const std::regex kTime(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ)");
+        return bare(std::regex_replace(read_file(home_.path() / path), kTime, "TIME"));
     }
 
     void put(const std::string& path, const std::string& bytes) const

@@ -7,7 +7,7 @@ namespace rbk::test {
 
 std::string help_of(int group)
 {
-    const std::string all = read_file(data_path("hal/help.txt"));
+    const std::string all = read_file(data_path("golden/help.txt"));
     if (group == 0) return all;
     const auto head = [&](int number) { return all.find("\n" + std::to_string(number) + ": ") + 1; };
     const std::size_t closing = all.find("=========== above");

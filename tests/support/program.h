@@ -28,7 +28,7 @@ RunResult run_rbk_prop(const std::vector<std::string>& arguments, const RunOptio
 // Paths of both, for tests that start them in another way.
 std::string rbk_path();
 std::string bin_path(const std::string& program);
-// A file that stands beside the tests, such as "hal/help.txt".
+// A file that stands beside the tests, such as "golden/help.txt".
 std::string data_path(const std::string& file);
 
 // What the case's own process prints while `action` runs: everything of standard output, flushed before and after.
