@@ -7,6 +7,8 @@
 //   $ rbk 3 0 5 -1*50        the shell with shortened waits; "word*50" is fifty words, '...' may hold blanks
 //   $ traced rbk 3 1         the same; messages of the log that aren't on the screen stand there too, as level 4
 //   $ inside rbk 3 1         as traced, without what every run traces at its start
+//   $ inside FILE.cpp rbk 3 1   only what this file traces, as where other threads' traces have no fixed place
+//   $ kbr 9 20 0             the shell under another name, whatever it is
 //   $ rbk-prop get NAME      the properties
 //   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
 //   $ text modem/marks/sync  a file of the home that is text, without its times
@@ -140,6 +142,8 @@ class Session {
         Lines words = words_of(command);
         const bool inside = take(words, "inside");
         const bool traced = take(words, "traced") || inside;
+        std::string traced_file;
+        if (inside && words.at(0).ends_with(".cpp")) take(words, traced_file = words[0]);
         const std::string program = words.at(0);
         words.erase(words.begin());
         if (program == "show") return show(words.at(0));
@@ -149,9 +153,11 @@ class Session {
 
         for (const char* file : {"log", "trace", "calls"}) write_file(home_.path() / file, "");
         if (!scenario_.empty()) write_file(home_.path() / "scenario.toml", scenario_);
-        const bool is_shell = program == "rbk";
-        const RunResult result = is_shell ? run_rbk(words, options()) : run_rbk_prop(words, options());
-        Lines lines = is_shell ? screen(result.out, traced, inside) : bare(result.out);
+        const bool is_shell = program != "rbk-prop";
+        RunOptions options = this->options();
+        if (is_shell && program != "rbk") options.name = program;
+        const RunResult result = is_shell ? run_rbk(words, options) : run_rbk_prop(words, options);
+        Lines lines = is_shell ? screen(result.out, traced, inside, traced_file) : bare(result.out);
         for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
         if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
         tell_requests_and_calls(lines);
@@ -183,7 +189,8 @@ class Session {
     std::string masked(std::string line) const
     {
         static const std::regex kProcess("(p_id: |/proc/|pid=)[0-9]+");
-        line = std::regex_replace(line, kProcess, "$1N");
+        static const std::regex kAddress("((?:client|ptr|buf|data|holder)(?: =)? 0x|handle = )(?!0+\\b)-?[0-9a-f]+");
+        line = std::regex_replace(std::regex_replace(line, kProcess, "$1N"), kAddress, "$1N");
         const std::pair<std::string, std::string> places[] = {{home_.path(), "HOME"}, {rbk_path(), "RBK"}};
         for (const auto& [path, word] : places) {
             for (std::size_t at = line.find(path); at != std::string::npos; at = line.find(path))
@@ -205,7 +212,7 @@ class Session {
     }
 
     // The screen's messages, each found again in the log, which has the priority; what isn't in the log was printed bare.
-    Lines screen(const std::string& out, bool traced, bool inside) const
+    Lines screen(const std::string& out, bool traced, bool inside, const std::string& traced_file) const
     {
         static const std::regex kStart(" (velmor_get_current_pid_info|velmor_modem_check_odm_white_list): ");
         static const std::regex kMessage(R"((\d) (?:\[[^\]]*\])?\[(\S+):\d+\] (\w+): ?([^]*))");
@@ -224,7 +231,8 @@ class Session {
             const bool is_bare = found == std::string::npos;
             if (is_bare) found = next(out, at, body + "\n");
             if (found == std::string::npos || (is_bare && body.empty() && found != at)) {
-                if (traced && !(inside && std::regex_search(place, kStart))) append(lines, "4", place);
+                const bool is_start = std::regex_search(place, kStart);
+                if (traced && !(inside && is_start) && place.starts_with(traced_file)) append(lines, "4", place);
                 continue;
             }
             append_bare(lines, out.substr(at, found - at));
