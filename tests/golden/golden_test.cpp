@@ -7,7 +7,8 @@
 //   $ rbk 3 0 5 -1*50        the shell with shortened waits; "word*50" is fifty words, '...' may hold blanks
 //   $ traced rbk 3 1         the same; messages of the log that aren't on the screen stand there too, as level 4
 //   $ inside rbk 3 1         as traced, without what every run traces at its start
-//   $ inside FILE.cpp rbk 3 1   only what this file traces, as where other threads' traces have no fixed place
+//   $ inside FILE.cpp rbk 3 1   only what this file traces, as where other threads' traces have no fixed place; or
+//                               a few files
 //   $ kbr 9 20 0             the shell under another name, whatever it is
 //   $ rbk-prop get NAME      the properties
 //   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
@@ -142,8 +143,8 @@ class Session {
         Lines words = words_of(command);
         const bool inside = take(words, "inside");
         const bool traced = take(words, "traced") || inside;
-        std::string traced_file;
-        if (inside && words.at(0).ends_with(".cpp")) take(words, traced_file = words[0]);
+        Lines traced_files;
+        for (; inside && words.at(0).ends_with(".cpp"); words.erase(words.begin())) traced_files.push_back(words[0]);
         const std::string program = words.at(0);
         words.erase(words.begin());
         if (program == "show") return show(words.at(0));
@@ -157,7 +158,7 @@ class Session {
         RunOptions options = this->options();
         if (is_shell && program != "rbk") options.name = program;
         const RunResult result = is_shell ? run_rbk(words, options) : run_rbk_prop(words, options);
-        Lines lines = is_shell ? screen(result.out, traced, inside, traced_file) : bare(result.out);
+        Lines lines = is_shell ? screen(result.out, traced, inside, traced_files) : bare(result.out);
         for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
         if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
         tell_requests_and_calls(lines);
@@ -171,6 +172,11 @@ class Session {
         if (words.empty() || words[0] != word) return false;
         words.erase(words.begin());
         return true;
+    }
+
+    static bool contains(const Lines& words, const std::string& word)
+    {
+        return std::find(words.begin(), words.end(), word) != words.end();
     }
 
     RunOptions options() const
@@ -212,7 +218,7 @@ class Session {
     }
 
     // The screen's messages, each found again in the log, which has the priority; what isn't in the log was printed bare.
-    Lines screen(const std::string& out, bool traced, bool inside, const std::string& traced_file) const
+    Lines screen(const std::string& out, bool traced, bool inside, const Lines& traced_files) const
     {
         static const std::regex kStart(" (velmor_get_current_pid_info|velmor_modem_check_odm_white_list): ");
         static const std::regex kMessage(R"((\d) (?:\[[^\]]*\])?\[(\S+):\d+\] (\w+): ?([^]*))");
@@ -232,7 +238,8 @@ class Session {
             if (is_bare) found = next(out, at, body + "\n");
             if (found == std::string::npos || (is_bare && body.empty() && found != at)) {
                 const bool is_start = std::regex_search(place, kStart);
-                if (traced && !(inside && is_start) && place.starts_with(traced_file)) append(lines, "4", place);
+                const bool is_wanted = traced_files.empty() || contains(traced_files, parts[2]);
+                if (traced && !(inside && is_start) && is_wanted) append(lines, "4", place);
                 continue;
             }
             append_bare(lines, out.substr(at, found - at));
@@ -329,7 +336,9 @@ class Session {
             const std::string tlvs = words[6] == "len=0" ? "" : tlvs_of(words.back());
             requests.push_back("> " + words[2].substr(4) + " " + message + " " + within + " ms" + tlvs);
         }
-        for (const auto& [message, ms] : timeouts) waits.push_back("send " + message + " " + ms);  // it never went out
+        if (!variables_.contains("RBK_TRACE")) {
+            for (const auto& [message, ms] : timeouts) waits.push_back("send " + message + " " + ms);  // never went out
+        }
         append_counted(lines, "", requests, 8);
         append_counted(lines, "! ", waits, 2);
     }
