@@ -1,230 +1,213 @@
-// The command line: groups, their help byte for byte, and the AT command.
-#include <gtest/gtest.h>
+// What of the groups isn't a session (golden/*.t): entries called by another than main, threads that speak at once, the
+// shell's tests of its own mechanisms.
+#include <fcntl.h>
+#include <signal.h>
 
-#include "support/help_text.h"
-#include "support/home.h"
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <regex>
+
+#include "support/group_test.h"
 #include "support/no_threads.h"
-#include "support/program.h"
 #include "velmor_rbk_groups.h"
+#include "velmor_rbk_smart_test.h"
+#include "velmor_rbk_test_cmn.h"
+#include "velmor_utils_cmn.h"
+
+// Nothing opens the AT channel, so what is read from it is seen only from within.
+namespace opened {
+#include "modem/hal/rbk/velmor_rbk_at_cmd.cpp"
+}
 
 namespace rbk::test {
 namespace {
 
-using Lines = std::vector<std::string>;
+using Entry = int (*)(int argc, char* argv[]);
 
-class ShellTest : public HomeTest {
+class ShellTest : public GroupTest {
  protected:
-    // Runs the shell with only the levels 1, 2 and 8 shown; messages stand there without line numbers.
-    std::string shown(const Lines& arguments)
+    // What the entry says to these words on the screen, a line each: "7 operation: text\n", 7 being the priority in the
+    // log. A thread that receives comes last.
+    std::string said(Entry entry, Words words)
     {
-        set_property("persist.vendor.radio.adb_log_shell", "11");
-        const RunResult result = run_rbk(arguments);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.err, "");
-        return without_line_numbers(result.out);
+        words.insert(words.begin(), "rbk");
+        std::vector<char*> arguments;
+        for (std::string& word : words) arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        screen_ = output_of([&] { EXPECT_EQ(entry(static_cast<int>(words.size()), arguments.data()), 0); });
+        std::string lines, received;
+        for (const std::string& line : log()) {
+            if (screen_.find("RIL" + line.substr(2) + "\n") == std::string::npos) continue;
+            const std::string text = line.substr(0, 2) + line.substr(line.find("] ") + 2) + "\n";
+            (text.find("receive: ") == std::string::npos ? lines : received) += text;
+        }
+        return lines + received;
     }
+    bool ends_with_help(int group) const { return screen_.ends_with(help_of(group)); }
+
+ private:
+    std::string screen_;
 };
 
-TEST_F(ShellTest, WholeHelpForNothingAndForWhatIsNoGroup)
+TEST_F(ShellTest, EachEntryChecksTheGroupThatItIsCalledWith)
 {
-    for (const Lines& arguments : {Lines{}, Lines{"0"}, Lines{"13"}, Lines{"-4"}, Lines{"word"}, Lines{""}})
-        EXPECT_EQ(shown(arguments), help_of(0));
+    // From group 3 on.
+    const Entry entries[] = {velmor_test_rf_do,
+                             velmor_test_nvefs_do,
+                             velmor_test_cmn_do,
+                             velmor_test_qmi_send_data_do,
+                             velmor_test_modem_stats_do,
+                             velmor_test_at_cmd_do,
+                             velmor_test_qmi_modem_stats_do,
+                             velmor_test_mbn_do,
+                             velmor_smart_test_do,
+                             velmor_test_qmi_do};
+    for (int group = 3; group <= 12; ++group) {
+        const std::string text = said(entries[group - 3], group == 8 ? Words{"13", "1"} : Words{"13", "1", "0"});
+        const std::regex note("3 velmor_\\w+_do: note: the first parameters should be " + std::to_string(group) +
+                              ", Pls refer to the following cmd:\n");
+        EXPECT_TRUE(std::regex_match(text, note)) << text;
+        EXPECT_TRUE(ends_with_help(group)) << group;
+    }
+    EXPECT_TRUE(trace().empty());
 }
 
 TEST_F(ShellTest, HelpOfOneGroupStandsBetweenTheBanners)
 {
-    for (int group = 1; group <= 12; ++group) {
-        EXPECT_EQ(output_of([&] { show_help(group); }), help_of(group)) << group;
-        EXPECT_GT(help_of(group).size(), 300u);
-    }
+    for (const int group : {1, 2, 7, 9}) EXPECT_EQ(output_of([&] { show_help(group); }), help_of(group)) << group;
+    EXPECT_EQ(log_count("] velmor_test_qmi_modem_stats_show_help: 7: "), 1U) << "the names cross over";
+    EXPECT_EQ(log_count("] velmor_test_modem_stats_show_help: 9: "), 1U);
 }
 
-TEST_F(ShellTest, HelpIsLoggedByTheOperationOfItsGroup)
-{
-    const struct {
-        int group;
-        std::string from;
-    } rows[] = {{2, "[velmor_rbk_test_main.cpp:N] show_help: "},
-                {3, "[velmor_rbk_test_rf.cpp:N] velmor_test_rf_show_help: "},
-                {4, "[velmor_rbk_test_nvefs.cpp:N] velmor_test_nvefs_show_help: "},
-                {5, "[velmor_rbk_test_cmn.cpp:N] velmor_test_cmn_show_help: "},
-                {6, "[velmor_rbk_test_cmn.cpp:N] velmor_test_qmi_send_data_show_help: "},
-                {7, "[velmor_rbk_hydra_test.cpp:N] velmor_test_qmi_modem_stats_show_help: "},
-                {8, "[velmor_rbk_at_cmd.cpp:N] velmor_test_at_cmd_show_help: "},
-                {9, "[velmor_rbk_hydra_data.cpp:N] velmor_test_modem_stats_show_help: "},
-                {10, "[velmor_rbk_mbn.cpp:N] velmor_test_mbn_show_help: "},
-                {11, "[velmor_rbk_smart_test.cpp:N] velmor_smart_test_show_help: "},
-                {12, "[velmor_rbk_qmi.cpp:N] velmor_test_qmi_show_help: "}};
-    for (const auto& row : rows) {
-        const std::string out = output_of([&] { show_help(row.group); });
-        const Lines told = log();
-        const std::string head = "7 " + row.from + std::to_string(row.group) + ": ";
-        EXPECT_EQ(std::count_if(told.begin(), told.end(),
-                                [&](const std::string& line) { return without_line_numbers(line).starts_with(head); }),
-                  1)
-            << head;
-    }
-}
+// ---- AT commands: the main thread sends while another receives ----
 
-TEST_F(ShellTest, GroupsWithoutAnEntryAreNotSupported)
-{
-    for (const Lines& arguments : {Lines{"1"}, Lines{"1", "4", "550"}, Lines{"2", "0"}, Lines{"2x"}})
-        EXPECT_EQ(shown(arguments), "RIL[velmor_rbk_test_main.cpp:N] main: Not support\n");
-}
+const std::string kDo = " velmor_test_at_cmd_do: ", kSend = " velmor_test_at_cmd_send: ";
+const std::string kReceive = " velmor_test_at_cmd_receive: ";
+const std::string kStarted = "7" + kReceive + "The thread to receive data from serial is started\n";
 
-TEST_F(ShellTest, ClosedMaskSilencesStandardOutput)
+TEST_F(ShellTest, AtCommandGoesToTheDeviceBesideAThreadThatReceives)
 {
-    set_property("persist.vendor.radio.adb_log_shell", "0");
-    EXPECT_EQ(run_rbk({}).out, "");
-}
-
-TEST_F(ShellTest, IdentityIsReadOnlyWhereATraceIsOpen)
-{
-    set_property("persist.vendor.radio.adb_log_shell", "9");
-    set_property("persist.vendor.radio.adb_log_velmor", "9");
-    run_rbk({"2"});
-    for (const std::string& line : log()) EXPECT_EQ(line.find("pid"), std::string::npos) << line;
-    set_property("persist.vendor.radio.adb_log_shell", "4");
-    const std::string out = run_rbk({"2"}).out;
-    EXPECT_NE(out.find("VELMOR_MANUFACTURER_ID is VELMOR_MANUFACTURER_ID_VELMOR(1), p_id: "), std::string::npos);
-    EXPECT_NE(out.find(", p_name: rbk\n"), std::string::npos);
-}
-
-TEST_F(ShellTest, BadSurroundingsAreToldOnceAndTheCommandGoesOn)
-{
-    write_file(home() / "file", "no directory");
-    const std::string file = home() / "file";
     const struct {
         const char* catches;
-        Lines arguments;
-        const char* variable;
-        std::string value;
-        std::string told;
+        std::string word, scanned, answer;  // of the system's shell
     } rows[] = {
-        {"BrokenHomeStopsTheHelp", {"13"}, "RBK_HOME", file, file + ": Not a directory"},
-        {"BrokenHomeToldByStoreAndModem", {"4", "1", "0", "550"}, "RBK_HOME", file, file + ": Not a directory"},
-        {"ModemWithoutPath",
-         {"4", "1", "0", "550"},
-         "RBK_MODEM",
-         "unix:",
-         "RBK_MODEM: expected embedded, unix:PATH or qrtr, not \"unix:\""},
+        {"limit not inclusive", std::string(100, 'A'), "sscanf(1), len (100), ", "0"},
+        {"blank doesn't end the command", "AT+X Y", "sscanf(1), len (4), ", "0"},
+        {"empty command refused", "", "sscanf(-1), len (0), ", "0"},
+        {"shell's characters quoted", "AT+`$X`", "sscanf(1), len (7), ", "0"},
+        {"failed send overlooked, or followed by the help", "AT", "sscanf(1), len (2), ", "512"},
     };
     for (const auto& row : rows) {
-        const RunResult result = run_rbk(row.arguments, {.variables = {{row.variable, row.value}}});
-        EXPECT_EQ(result.status, 0) << row.catches;
-        EXPECT_EQ(result.err, "rbk: " + row.told + "\n") << row.catches;
-        EXPECT_TRUE(result.out.ends_with(help_of(row.arguments[0] == "13" ? 0 : 4))) << row.catches;
+        SCOPED_TRACE(row.catches);
+        setenv("RBK_TEST_SYSTEM", row.answer.c_str(), 1);
+        const std::string command = row.word.substr(0, row.word.find(' '));
+        const std::string line = "echo \"" + command + "\r\" > /dev/smd8";
+        std::string expected = "7" + kDo + "At cmd you input: " + row.scanned + command + "\n";
+        expected += "7" + kDo + "Will create a thread to receive data from serial\n";
+        expected += "7" + kSend + "at shell cmd: " + line + "\n";
+        expected += "7" + kSend + "echo, ret_sys: " + row.answer + "\n";
+        expected += (row.answer == "0" ? "7" + kSend + "Success" : "3" + kSend + "Fail") + " to send at shell cmd\n";
+        expected += kStarted + "3" + kReceive + "The at channel is not opened, g_at_serial_fd 0\n";
+        EXPECT_EQ(said(velmor_test_at_cmd_do, {"8", row.word}), expected);
+        EXPECT_FALSE(ends_with_help(8));
+        Words made = calls();
+        std::erase(made, "sleep 1");  // the poll, when the other thread is late
+        EXPECT_EQ(made, Words{"system " + line});
     }
 }
 
-// ---- Group 8 ----
-
-const char* const kAt = "RIL[velmor_rbk_at_cmd.cpp:N] ";
-
-struct AtCase {
-    const char* catches;
-    Lines arguments;     // behind the group
-    const char* answer;  // of the system's shell
-    Lines calls;
-    Lines shown;  // without order: two threads speak
-    bool help;
-};
-
-const std::string kHundred(100, 'A');
-
-const AtCase kAtCases[] = {
-    {"CommandIsOptional",
-     {},
-     "0",
-     {},
-     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"},
-     true},
-    {"FurtherWordsIgnored",
-     {"AT", "X"},
-     "0",
-     {},
-     {"velmor_test_at_cmd_do: note: The number of inputs should be 2, Pls refer to the following cmd:"},
-     true},
-    {"LimitNotInclusive",
-     {kHundred},
-     "0",
-     {"system echo \"" + kHundred + "\r\" > /dev/smd8"},
-     {"velmor_test_at_cmd_do: At cmd you input: sscanf(1), len (100), " + kHundred,
-      "velmor_test_at_cmd_send: echo, ret_sys: 0"},
-     false},
-    {"LongCommandCut",
-     {kHundred + "B"},
-     "0",
-     {},
-     {"velmor_test_at_cmd_do: note: the second parameters length should <= 100, Pls refer to the following cmd:"},
-     true},
-    {"BlankDoesNotEndTheCommand",
-     {"AT+X Y"},
-     "0",
-     {"system echo \"AT+X\r\" > /dev/smd8"},
-     {"velmor_test_at_cmd_do: At cmd you input: sscanf(1), len (4), AT+X",
-      "velmor_test_at_cmd_send: Success to send at shell cmd"},
-     false},
-    {"EmptyCommandRefused",
-     {""},
-     "0",
-     {"system echo \"\r\" > /dev/smd8"},
-     {"velmor_test_at_cmd_do: At cmd you input: sscanf(-1), len (0), "},
-     false},
-    {"ShellCharactersQuoted", {"AT+`$X`"}, "0", {"system echo \"AT+`$X`\r\" > /dev/smd8"}, {}, false},
-    {"FailedSendBringsHelp",
-     {"AT"},
-     "512",
-     {"system echo \"AT\r\" > /dev/smd8"},
-     {"velmor_test_at_cmd_send: echo, ret_sys: 512", "velmor_test_at_cmd_send: Fail to send at shell cmd",
-      "velmor_test_at_cmd_receive: The thread to receive data from serial is started",
-      "velmor_test_at_cmd_receive: The at channel is not opened, g_at_serial_fd 0"},
-     false}};
-
-class AtTest : public ShellTest, public testing::WithParamInterface<AtCase> {};
-
-TEST_P(AtTest, OneCommand)
-{
-    setenv("RBK_TEST_SYSTEM", GetParam().answer, 1);
-    Lines arguments{"8"};
-    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
-    const std::string out = shown(arguments);
-    for (const std::string& line : GetParam().shown)
-        EXPECT_NE(out.find(kAt + line + "\n"), std::string::npos) << line << "\n" << out;
-    EXPECT_EQ(out.ends_with(help_of(8)), GetParam().help);
-    EXPECT_EQ(out.find("=====") != std::string::npos, GetParam().help);
-    EXPECT_EQ(out.find("is started") == std::string::npos, GetParam().help) << "no thread where the help is shown";
-    Lines sent;
-    for (const std::string& call : calls())
-        if (call != "sleep 1") sent.push_back(call);
-    EXPECT_EQ(sent, GetParam().calls);
-}
-
-INSTANTIATE_TEST_SUITE_P(, AtTest, testing::ValuesIn(kAtCases), [](const auto& row) { return row.param.catches; });
-
-// The group's entry in this process, as another caller than main would have it.
-std::string at_entry(const char* group, const char* command)
-{
-    char* arguments[] = {const_cast<char*>("rbk"), const_cast<char*>(group), const_cast<char*>(command), nullptr};
-    return output_of([&] { EXPECT_EQ(velmor_test_at_cmd_do(3, arguments), 0); });
-}
-
-TEST_F(ShellTest, AtEntrySendsNothingWithoutAThreadThatReceives)
+TEST_F(ShellTest, AtCommandIsNotSentWithoutAThreadThatReceives)
 {
     const NoThreads no_threads;
-    EXPECT_TRUE(without_line_numbers(at_entry("8", "AT"))
-                    .ends_with(std::string(kAt) + "velmor_test_at_cmd_do: Fail to create a thread\n" + help_of(8)));
-    EXPECT_EQ(calls(), Lines{});
+    EXPECT_TRUE(said(velmor_test_at_cmd_do, {"8", "AT"}).ends_with("3" + kDo + "Fail to create a thread\n"));
+    EXPECT_TRUE(ends_with_help(8));
+    EXPECT_TRUE(calls().empty());
 }
 
-TEST_F(ShellTest, AtEntryChecksTheGroupThatItIsCalledWith)
+TEST_F(ShellTest, AtAnswerIsReadOnceUpToItsRoomAndTheChannelClosed)
 {
-    const std::string out = at_entry("9", "AT");
-    EXPECT_EQ(without_line_numbers(out),
-              std::string(kAt) +
-                  "velmor_test_at_cmd_do: note: the first parameters should be 8, Pls refer to the following cmd:\n" +
-                  help_of(8));
-    EXPECT_EQ(calls(), Lines{});
+    const std::string full(511, 'x');
+    const std::pair<std::string, std::string> rows[] = {
+        {full + "y", "7" + kReceive + "Receive the AT reponse: len(511)\n7" + kReceive + full + "\n"},
+        {"", "3" + kReceive + "Failed to receive bytes from server\n"},
+    };
+    for (const auto& [answer, received] : rows) {
+        int ends[2];
+        ASSERT_EQ(pipe(ends), 0);
+        ASSERT_EQ(write(ends[1], answer.data(), answer.size()), static_cast<ssize_t>(answer.size()));
+        close(ends[1]);
+        opened::g_at_serial_fd = ends[0];
+        const std::string text = said(opened::velmor_test_at_cmd_do, {"8", "AT"});
+        EXPECT_TRUE(text.ends_with("7" + kDo + "Will close channel: /dev/smd8\n" + kStarted + received)) << text;
+        EXPECT_EQ(opened::g_at_serial_fd, 0);
+        EXPECT_EQ(fcntl(ends[0], F_GETFD), -1);
+    }
+}
+
+// ---- Group 5 ----
+
+TEST_F(ShellTest, DiagWithoutResultWaitsInDciModeAlone)
+{
+    shown({"5", "0", "1", "1", "500", "0x7c"});
+    shown({"5", "0", "0", "1", "700", "0x7c"});
+    const Words made = calls();
+    EXPECT_EQ(std::count(made.begin(), made.end(), "usleep 500000"), 1);
+    EXPECT_EQ(std::count(made.begin(), made.end(), "usleep 700000"), 0);
+}
+
+TEST_F(ShellTest, EidIsSavedOnceInAProcess)
+{
+    const std::uint8_t first[16] = {0x89, 1}, second[16] = {0x89, 2};
+    save_eid_to_efs(first);
+    save_eid_to_efs(second);
+    EXPECT_EQ(requests().size(), 2U) << "read and written for the first alone";
+    EXPECT_EQ(log_count("save_eid_to_efs: EID already saved, skip"), 1U);
+}
+
+// ---- Group 11: tests of the shell's own mechanisms ----
+
+TEST_F(ShellTest, SharedMemoryShowsWhatLiesThere)
+{
+    EXPECT_EQ(g_share_memory_size, 100);
+    const std::string file = home() / "share_memory";
+    write_file(file, "\x01\xFF\x03");
+    const std::tuple<std::string, int, std::string> rows[] = {
+        {file, 100,
+         "7 ftruncate, ret: 0\n7 mmap, data_ptr: \n7 data_ptr[0]: 1\n7 data_ptr[1]: 255\n7 data_ptr[2]: 3\n"
+         "7 data_ptr[3]: 0\n7 data_ptr[4]: 0\n7 munmap, ret: 0\n3 close fd\n"},
+        {"/dev/null", 100, "7 ftruncate, ret: -1\n3 ftruncate error\n3 close fd\n"},
+        {file, 0, "7 ftruncate, ret: 0\n7 mmap, data_ptr: \n3 mmap error\n3 close fd\n"},
+    };
+    for (const auto& [path, size, told] : rows) {
+        g_share_memory_file_path = path.c_str();
+        g_share_memory_size = size;
+        static const std::regex kNoise("velmor_smart_test_\\w+: |0x[0-9a-f]+|(fd: )\\d+");
+        EXPECT_EQ(std::regex_replace(said(velmor_smart_test_do, {"11", "7"}), kNoise, "$1"),
+                  "7 share_memory\n7 g_share_memory_file_path: " + path + "\n7 open, fd: \n" + told);
+        EXPECT_EQ(read_file(file).size(), size == 0 ? 0U : 100U);
+    }
+}
+
+TEST_F(ShellTest, TimerTestEndsWithItsTimer)
+{
+    setenv("RBK_TEST_DIVISOR", "20", 1);
+    const std::string test = "7 velmor_smart_test_velmor_timer: ";
+    const std::string text = said(velmor_smart_test_do, {"11", "8", "10"});
+    EXPECT_NE(text.find(test + "1 second has passed\n" + test + "2 seconds have passed\n"), std::string::npos);
+    EXPECT_EQ(std::regex_replace(text, std::regex(test + "\\d+ seconds? ha(s|ve) passed\n"), ""),
+              test + "Timer test start, timeout_s = 10\n" + test +
+                  "Start one timer(timer_id 1), will pause until this timer is expired ...\n" +
+                  "7 velmor_rbk_delay_timer_cb: The timer expired with ID 1\n" + test + "Timer test done\n");
+    EXPECT_EQ(calls().front(), "timer_settime 10.000000000");
+}
+
+TEST_F(ShellTest, DeadCycleSpinsOneProcessorForEver)
+{
+    EXPECT_EQ(run({"/bin/sh", "-c", "ulimit -S -t 1; exec \"$0\" 11 9 5", rbk_path()}).status, 128 + SIGXCPU);
+    EXPECT_EQ(log_count("velmor_smart_test_dead_cycle_test: velmor_smart_test_dead_cycle_test start"), 1U);
+    EXPECT_EQ(log_count("velmor_smart_test_dead_cycle_test_do: velmor_smart_test_dead_cycle_test_do start"), 1U);
+    EXPECT_EQ(log_count("Will wait 1s") + log_count("_test_do end") + calls().size(), 0U) << "no way out, no sleep";
 }
 
 }  // namespace
