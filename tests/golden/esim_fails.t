@@ -155,7 +155,7 @@ env RBK_TRACE=
 env RBK_QMI_TIMEOUT_SCALE=0.3
 | modem.restart_ms = 60000
 | card = [ {}, { eid = '89049032123451234512345678901235', eid_after = 30 } ]
-| fault = [ { service = 'uim', message = 0x0065, nth = 28, action = 'down' } ]
+| fault = [ { service = 'uim', message = 0x0065, nth = 29, action = 'down' } ]
 $ rbk 5 10 1 1
 - value=FAILED
 ! usleep 100000 x30
