@@ -2,7 +2,6 @@
 #include "diag_lsm.h"
 
 #include <cerrno>
-#include <future>
 
 #include "platform/fake_peer.h"
 #include "platform/link/diag_frame.h"
@@ -73,99 +72,59 @@ std::int32_t send_request()
 
 class DiagLsm : public EmbeddedRun {};
 
-TEST_F(DiagLsm, RefusesEverythingBeforeTheStartAndAfterTheStop)
+using Call = std::int32_t (*)();
+std::uint16_t mask;
+const std::uint8_t kLongest[DIAG_REQUEST_MAX + 1] = {0x7C};
+
+const Call kCalls[] = {
+    send_request,
+    make_client,
+    [] { return ask(); },
+    [] { return diag_switch_logging(CALLBACK_MODE, nullptr); },
+    [] { return diag_register_callback(on_packet, primary); },
+    [] { return diag_register_remote_callback(on_packet, 1, primary); },
+    [] { return diag_has_remote_device(&mask); },
+    [] { return diag_get_dci_support_list_proc(0, &mask); },
+    [] { return diag_register_dci_signal_data(client, 64); },
+    [] { return diag_register_dci_stream_proc(client, on_log, on_event); },
+    [] { return diag_release_dci_client(&client); },
+};
+const std::pair<Call, int> kWrongCalls[] = {
+    {[] { return ask(); }, EBADF},
+    {[] { return diag_register_dci_signal_data(client, 64); }, EBADF},
+    {[] { return diag_register_dci_stream_proc(client, on_log, on_event); }, EBADF},
+    {[] { return diag_release_dci_client(&client); }, EBADF},
+    {[] { return diag_release_dci_client(nullptr); }, EINVAL},
+    {[] { return diag_callback_send_data(0, kLongest, DIAG_REQUEST_MAX + 1); }, EMSGSIZE},
+    {[] { return diag_callback_send_data(0, kLongest, 0); }, EINVAL},
+    {[] { return diag_callback_send_data(0, nullptr, 1); }, EINVAL},
+    {[] { return diag_register_remote_callback(on_packet, 0, primary); }, EINVAL},
+    {[] { return diag_register_remote_callback(on_packet, 17, primary); }, EINVAL},
+};
+
+TEST_F(DiagLsm, RefusesAllBeforeItsStartAndWhatIsWrong)
 {
-    for (int round = 0; round < 2; ++round) {
-        std::uint16_t mask = 0xABCD;
-        client = 1;
-        errno = 0;
-        EXPECT_EQ(send_request(), DIAG_REFUSED);
-        EXPECT_EQ(errno, ENOTCONN);
-        EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), DIAG_REFUSED);
-        EXPECT_EQ(diag_register_callback(on_packet, primary), DIAG_REFUSED);
-        EXPECT_EQ(diag_register_remote_callback(on_packet, 1, primary), DIAG_REFUSED);
-        EXPECT_EQ(diag_has_remote_device(&mask), DIAG_REFUSED);
-        EXPECT_EQ(diag_get_dci_support_list_proc(0, &mask), DIAG_REFUSED);
-        EXPECT_EQ(mask, 0xABCD);
-        EXPECT_EQ(make_client(), DIAG_REFUSED);
-        EXPECT_EQ(client, 1);
-        EXPECT_EQ(diag_register_dci_signal_data(1, 64), DIAG_REFUSED);
-        EXPECT_EQ(diag_register_dci_stream_proc(1, on_log, on_event), DIAG_REFUSED);
-        EXPECT_EQ(ask(), DIAG_REFUSED);
-        EXPECT_EQ(diag_release_dci_client(&client), DIAG_REFUSED);
+    const auto expect_all_refused = [](int error) {
+        for (const Call call : kCalls) {
+            errno = 0;
+            EXPECT_EQ(call(), DIAG_REFUSED) << &call - kCalls;
+            EXPECT_EQ(errno, error) << &call - kCalls;
+        }
         EXPECT_EQ(Diag_LSM_DeInit(), 0);
-        EXPECT_TRUE(trace().empty());
-        if (round == 1) break;
-        EXPECT_NE(Diag_LSM_Init(nullptr), 0);
-        EXPECT_EQ(make_client(), DIAG_DCI_NO_ERROR);
-        EXPECT_NE(Diag_LSM_Init(nullptr), 0) << "started already";
-        EXPECT_NE(Diag_LSM_DeInit(), 0);
-    }
-}
-
-TEST_F(DiagLsm, RefusesUnknownClientsAndBadArguments)
-{
+    };
+    expect_all_refused(ENOTCONN);
+    EXPECT_TRUE(trace().empty());
     EXPECT_NE(Diag_LSM_Init(nullptr), 0);
+    EXPECT_NE(Diag_LSM_Init(nullptr), 0) << "started already";
     EXPECT_EQ(make_client(), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(diag_callback_send_data(0, kLongest, DIAG_REQUEST_MAX), 0);
     client += 1;
-    errno = 0;
-    EXPECT_EQ(ask(), DIAG_REFUSED);
-    EXPECT_EQ(errno, EBADF);
-    EXPECT_EQ(diag_register_dci_signal_data(client, 64), DIAG_REFUSED);
-    EXPECT_EQ(diag_register_dci_stream_proc(client, on_log, on_event), DIAG_REFUSED);
-    EXPECT_EQ(diag_release_dci_client(&client), DIAG_REFUSED);
-    EXPECT_EQ(diag_release_dci_client(nullptr), DIAG_REFUSED);
-
-    const std::vector<std::uint8_t> longest(DIAG_REQUEST_MAX + 1, 0x7C);
-    EXPECT_EQ(diag_callback_send_data(0, longest.data(), DIAG_REQUEST_MAX), 0);
-    EXPECT_EQ(diag_callback_send_data(0, longest.data(), DIAG_REQUEST_MAX + 1), DIAG_REFUSED);
-    EXPECT_EQ(errno, EMSGSIZE);
-    EXPECT_EQ(diag_callback_send_data(0, longest.data(), 0), DIAG_REFUSED);
-    EXPECT_EQ(diag_callback_send_data(0, nullptr, 1), DIAG_REFUSED);
-    EXPECT_EQ(diag_register_remote_callback(on_packet, 0, primary), DIAG_REFUSED);
-    EXPECT_EQ(diag_register_remote_callback(on_packet, 17, primary), DIAG_REFUSED);
-}
-
-TEST_F(DiagLsm, PacketsGoToTheCallbackOfTheirProcessor)
-{
-    scenario(
-        "[diag]\nremote_mask = 0x0003\n[[diag.response]]\nrequest = '7C'\npackets = [\n"
-        "{ bytes = '01', processor = 1 }, { bytes = '02', processor = 2 }, { bytes = '00' } ]\n");
-    ASSERT_NE(Diag_LSM_Init(nullptr), 0);
-    std::uint16_t mask = 0;
-    EXPECT_EQ(diag_has_remote_device(&mask), 0);
-    EXPECT_EQ(mask, 3);
-    EXPECT_EQ(diag_register_callback(on_packet, primary), 0);
-    EXPECT_EQ(diag_register_remote_callback(on_packet, 2, remote_2), 0);
-    for (const auto mode : {USB_MODE, CALLBACK_MODE}) {
-        EXPECT_EQ(diag_switch_logging(mode, nullptr), 0);
-        EXPECT_EQ(send_request(), 0);
-        ASSERT_TRUE(wait_until([&] { return trace().size() >= (mode == USB_MODE ? 4u : 8u); }));
+    for (const auto& [call, error] : kWrongCalls) {
+        EXPECT_EQ(call(), DIAG_REFUSED) << error;
+        EXPECT_EQ(errno, error);
     }
-    EXPECT_EQ(heard.wait(2), (Lines{"remote 2 02", "primary 00"})) << "the first ones go to USB";
-    EXPECT_EQ(trace()[1].head, "diag len=1");
-    EXPECT_EQ(trace()[1].bytes, "01");
-}
-
-TEST_F(DiagLsm, DciPacketsUseTheRequestsBuffer)
-{
-    scenario(
-        "[[diag.response]]\nrequest = '7C'\npackets = [ { fill = 1, size = 17 }, { fill = 2, size = 16 }, "
-        "{ bytes = '03' } ]\n[[diag.stream]]\nkind = 'event'\nbytes = '60'\nevery_ms = 1\n");
-    EXPECT_NE(Diag_LSM_Init(nullptr), 0);
-    EXPECT_EQ(make_client(), DIAG_DCI_NO_ERROR);
-    std::uint16_t peripherals = 0;
-    EXPECT_EQ(diag_get_dci_support_list_proc(0, &peripherals), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(peripherals, DIAG_CON_MPSS);
-    EXPECT_EQ(diag_register_dci_signal_data(client, 64), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(ask(), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(heard.wait(2), (Lines{"dci 02020202020202020202020202020202", "dci 03"})) << "longer ones are dropped";
-    EXPECT_EQ(buffer[0], 3);
-    EXPECT_EQ(buffer[1], 2);
-    EXPECT_EQ(diag_register_dci_stream_proc(client, on_log, on_event), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(heard.wait(3)[2], "event 60");
-    EXPECT_EQ(diag_release_dci_client(&client), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(client, 0);
+    EXPECT_NE(Diag_LSM_DeInit(), 0);
+    expect_all_refused(ENOTCONN);
 }
 
 TEST_F(DiagLsm, ProcessEndsWithACallbackUnderWay)
@@ -187,27 +146,19 @@ constexpr link::Address kDiag{1, 20};
 constexpr link::Address kExtended{1, 7};
 constexpr link::ControlPacket kDiagRow{QRTR_TYPE_NEW_SERVER, link::kDiagService, 1, kDiag};
 
-class DiagPeer : public HomeTest {
+class DiagPeer : public PeerTest {
  protected:
-    DiagPeer() { setenv("RBK_MODEM", ("unix:" + (home() / "peer").string()).c_str(), 1); }
-
-    // A call of the library, begun; the answer to it that the modem would give.
-    template <typename Call>
-    auto begin(Call call)
+    // The answer to the call that was heard.
+    Bytes answer(std::int32_t code = 0, std::int32_t value = 3) const
     {
-        auto result = std::async(std::launch::async, call);
-        call_ = peer_.hear();
-        return result;
-    }
-    Bytes answer(std::int32_t code = 0) const
-    {
-        Bytes bytes(call_.begin(), call_.begin() + link::kDiagHeadSize);
+        Bytes bytes(heard_.begin(), heard_.begin() + link::kDiagHeadSize);
         bytes[0] = static_cast<std::uint8_t>(DiagKind::answer);
+        store_le(&bytes[8], value);
         store_le(&bytes[12], code);
         return bytes;
     }
     template <typename Call>
-    auto make(Call call, std::int32_t code = 0)
+    auto make(Call call, std::int32_t code)
     {
         auto result = begin(call);
         peer_.say(kDiag, answer(code));
@@ -222,18 +173,19 @@ class DiagPeer : public HomeTest {
         });
         if (first) {
             peer_.tell_servers({kDiagRow, {QRTR_TYPE_NEW_SERVER, 0xFFE4, 1, kExtended}});
-            call_ = peer_.hear();
+            heard_ = peer_.hear();
         }
         peer_.say(kDiag, answer());
         EXPECT_TRUE(started.get());
         EXPECT_EQ(diag_register_callback(on_packet, primary), 0);
         EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), 0);
     }
-    void give_packet(std::uint8_t byte, DiagPacket what = DiagPacket::response)
+    void give_packet(std::uint8_t byte, DiagPacket what = DiagPacket::response, std::int32_t processor = 0,
+                     std::size_t size = 1)
     {
-        const auto head = link::pack_diag({DiagKind::packet, static_cast<std::uint8_t>(what), 0, client});
+        const auto head = link::pack_diag({DiagKind::packet, static_cast<std::uint8_t>(what), 0, client, processor});
         Bytes packet(head.begin(), head.end());
-        packet.push_back(byte);
+        packet.resize(packet.size() + size, byte);
         peer_.say(kDiag, packet);
     }
     // A callback runs, and behind it wait two packets.
@@ -246,19 +198,40 @@ class DiagPeer : public HomeTest {
         entered.get_future().wait();
         give_packet(2, DiagPacket::dci_response);
         give_packet(3);
-        EXPECT_EQ(make(send_request), 0) << "with the answer they have come";
+        EXPECT_EQ(make(send_request, 0), 0) << "with the answer they have come";
     }
-    template <typename Result>
-    static void let_it_go_on(const std::future<Result>& whoever_waits)
-    {
-        std::this_thread::sleep_for(milliseconds(20));
-        EXPECT_EQ(whoever_waits.wait_for(milliseconds(0)), std::future_status::timeout) << "a callback runs";
-        goes_on.set_value();
-    }
-
-    FakePeer peer_{home() / "peer"};
-    Bytes call_;
 };
+
+TEST_F(DiagPeer, PacketsGoToWhomTheyAreFor)
+{
+    setenv("RBK_TRACE", (home() / "trace").c_str(), 1);
+    start();
+    EXPECT_EQ(diag_has_remote_device(&mask), 0);
+    EXPECT_EQ(mask, 3);
+    EXPECT_EQ(diag_register_remote_callback(on_packet, 2, remote_2), 0);
+    EXPECT_EQ(make(make_client, DIAG_DCI_NO_ERROR), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(make([] { return diag_get_dci_support_list_proc(0, &mask); }, 7), 7);
+    EXPECT_EQ(diag_switch_logging(USB_MODE, nullptr), 0);
+    give_packet(1);
+    EXPECT_EQ(make([] { return ask(); }, 5), 5);
+    give_packet(3, DiagPacket::dci_response, 0, sizeof buffer + 1);
+    give_packet(4, DiagPacket::dci_response, 0, 2);
+    give_packet(5, DiagPacket::dci_log);
+    give_packet(6, DiagPacket::dci_response);
+    EXPECT_EQ(heard.wait(2), (Lines{"dci 0404", "dci 06"}))
+        << "dropped: of USB mode, longer than the room, for no callback";
+    EXPECT_EQ(buffer[0], 6);
+    EXPECT_EQ(buffer[1], 4);
+    EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), 0);
+    EXPECT_EQ(make([] { return diag_register_dci_stream_proc(client, on_log, on_event); }, 6), 6);
+    for (const std::int32_t processor : {1, 17, -1, 2, 0}) give_packet(7, DiagPacket::response, processor);
+    give_packet(8, DiagPacket::dci_log);
+    give_packet(9, DiagPacket::dci_event);
+    EXPECT_EQ(heard.wait(6), (Lines{"dci 0404", "dci 06", "remote 2 07", "primary 07", "log 08", "event 09"}));
+    EXPECT_NE(read_file(home() / "trace").find(" < diag len=2 0404\n"), std::string::npos);
+    EXPECT_EQ(make([] { return diag_release_dci_client(&client); }, DIAG_DCI_NO_ERROR), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(client, 0);
+}
 
 TEST_F(DiagPeer, NothingButItsAnswerEndsACall)
 {
@@ -293,8 +266,7 @@ TEST_F(DiagPeer, ACallThatIsNeverAnsweredIsGivenUp)
     auto error = begin([] { return send_request() == DIAG_REFUSED ? errno : 0; });
     test_clock::move_on(std::chrono::seconds(4));
     peer_.say(kDiag, {});  // whoever waits looks at the clock
-    std::this_thread::sleep_for(milliseconds(20));
-    EXPECT_EQ(error.wait_for(milliseconds(0)), std::future_status::timeout) << "given up too early";
+    EXPECT_TRUE(still_waits(error)) << "given up too early";
     test_clock::move_on(std::chrono::seconds(1));
     peer_.say(kDiag, {});
     EXPECT_EQ(error.get(), ETIMEDOUT);
@@ -304,8 +276,9 @@ TEST_F(DiagPeer, ReleaseWaitsForTheCallbackThatRuns)
 {
     hold_a_callback();
     auto released = std::async(std::launch::async, [] { return diag_release_dci_client(&client); });
-    let_it_go_on(released);
-    call_ = peer_.hear();
+    EXPECT_TRUE(still_waits(released));
+    goes_on.set_value();
+    heard_ = peer_.hear();
     peer_.say(kDiag, answer(DIAG_DCI_NO_ERROR));
     EXPECT_EQ(released.get(), DIAG_DCI_NO_ERROR);
     EXPECT_EQ(heard.wait(2), (Lines{"dci 01", "primary 03"})) << "a packet for nobody is dropped";
@@ -315,7 +288,8 @@ TEST_F(DiagPeer, StopWaitsForTheCallbackThatRuns)
 {
     hold_a_callback();
     auto stopped = begin(Diag_LSM_DeInit);
-    let_it_go_on(stopped);
+    EXPECT_TRUE(still_waits(stopped));
+    goes_on.set_value();
     EXPECT_NE(stopped.get(), 0);
     start(false);
     give_packet(4);
