@@ -12,7 +12,6 @@
 namespace rbk::test {
 namespace {
 
-using link::DiagCall;
 using link::DiagKind;
 using link::DiagPacket;
 using std::chrono::milliseconds;
@@ -105,7 +104,7 @@ const std::pair<Call, int> kWrongCalls[] = {
 TEST_F(DiagLsm, RefusesAllBeforeItsStartAndWhatIsWrong)
 {
     const auto expect_all_refused = [](int error) {
-        for (const Call call : kCalls) {
+        for (const Call& call : kCalls) {
             errno = 0;
             EXPECT_EQ(call(), DIAG_REFUSED) << &call - kCalls;
             EXPECT_EQ(errno, error) << &call - kCalls;

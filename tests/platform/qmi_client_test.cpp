@@ -415,6 +415,19 @@ TEST_F(QmiPeer, AFullLinkIsNoLostModemAndNoNumberIsUsedTwice)
     EXPECT_EQ(first.get(), 0);
 }
 
+TEST_F(QmiPeer, ARequestWaitsForItsTimeOutOnTheScaleOfTheRun)
+{
+    setenv("RBK_QMI_TIMEOUT_SCALE", "2", 1);
+    start();
+    auto sent = begin([client = open()] { return send(client, 30000); });
+    test_clock::move_on(std::chrono::seconds(59));
+    peer_.say(kStranger, {});  // whoever reads looks at the clock
+    EXPECT_TRUE(still_waits(sent));
+    test_clock::move_on(std::chrono::seconds(1));
+    peer_.say(kStranger, {});
+    EXPECT_EQ(sent.get(), -3);
+}
+
 TEST_F(QmiPeer, IndicationsGoToTheClientsOfTheirServer)
 {
     start();

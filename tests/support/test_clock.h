@@ -1,5 +1,5 @@
 // The steady clock in the hands of a case: moved past bounds that nobody wants to sit out, or stopped. For programs that
-// link wrapped_clock.cpp; what the C library waits for by itself (poll, sleeps) isn't touched.
+// link wrapped_clock.cpp; what the system itself waits for (poll, sleeps) isn't touched.
 #pragma once
 
 #include <chrono>
