@@ -1,245 +1,313 @@
-// The diag library against the embedded modem: what it refuses, to whom packets go, and what a stop and a release promise.
+// The diag library: what it refuses, to whom packets go, and what a stop and a release promise.
 #include "diag_lsm.h"
 
-#include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <string>
-#include <thread>
 
+#include "platform/fake_peer.h"
+#include "platform/link/diag_frame.h"
 #include "support/embedded_run.h"
+#include "support/test_clock.h"
+#include "support/told.h"
 
 namespace rbk::test {
 namespace {
 
+using link::DiagKind;
+using link::DiagPacket;
+using std::chrono::milliseconds;
+using Lines = std::vector<std::string>;
+
 // What callbacks were called with, in order: "<context> <bytes>".
-struct Heard {
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<std::string> lines;
+Told heard;
 
-    void add(const std::string& who, const std::uint8_t* bytes, std::int32_t len)
-    {
-        const std::lock_guard lock(mutex);
-        lines.push_back(who + " " + hex({bytes, bytes + len}));
-        changed.notify_all();
-    }
-    std::vector<std::string> wait_for(std::size_t count)
-    {
-        std::unique_lock lock(mutex);
-        changed.wait_for(lock, std::chrono::seconds(10), [&] { return lines.size() >= count; });
-        return lines;
-    }
-};
-Heard heard;
-
-std::int32_t on_packet(std::uint8_t* ptr, std::int32_t len, void* context)
-{
-    heard.add(static_cast<const char*>(context), ptr, len);
-    return 0;
-}
 void on_response(std::uint8_t* ptr, std::int32_t len, void* context)
 {
-    heard.add(static_cast<const char*>(context), ptr, len);
+    heard.add(static_cast<const char*>(context) + (" " + hex({ptr, ptr + len})));
 }
+std::int32_t on_packet(std::uint8_t* ptr, std::int32_t len, void* context)
+{
+    on_response(ptr, len, context);
+    return 0;
+}
+char primary[] = "primary", remote_2[] = "remote 2", dci[] = "dci", log_name[] = "log", event_name[] = "event";
 void on_log(std::uint8_t* ptr, std::int32_t len)
 {
-    heard.add("log", ptr, len);
+    on_response(ptr, len, log_name);
 }
 void on_event(std::uint8_t* ptr, std::int32_t len)
 {
-    heard.add("event", ptr, len);
+    on_response(ptr, len, event_name);
 }
 
-char primary[] = "primary";
-char remote_2[] = "remote 2";
-char dci[] = "dci";
-const std::uint8_t kRequest[] = {0x7C};
-const std::uint16_t kMpss = DIAG_CON_MPSS;
-const std::int32_t kSignalType = 18;
+// A callback that takes its time.
+std::promise<void> entered, goes_on;
+void on_slow(std::uint8_t* ptr, std::int32_t len, void* context)
+{
+    entered.set_value();
+    goes_on.get_future().wait();
+    on_response(ptr, len, context);
+}
 
-class DiagLsm : public EmbeddedRun {
- public:
-    // A client with a packet buffer of its own, registered.
-    std::int32_t client = 0;
-    std::uint8_t buffer[16] = {};
-    void make_client()
-    {
-        ASSERT_NE(Diag_LSM_Init(nullptr), 0);
-        ASSERT_EQ(diag_register_dci_client(&client, &kMpss, 0, &kSignalType), DIAG_DCI_NO_ERROR);
-        ASSERT_GT(client, 0);
-    }
-    std::int32_t ask() { return diag_send_dci_async_req(client, kRequest, 1, buffer, sizeof buffer, on_response, dci); }
+const std::uint8_t kRequest[] = {0x7C};
+std::int32_t client;
+std::uint8_t buffer[16];
+
+std::int32_t make_client()
+{
+    constexpr std::uint16_t kMpss = DIAG_CON_MPSS;
+    constexpr std::int32_t kSignalType = 18;
+    return diag_register_dci_client(&client, &kMpss, 0, &kSignalType);
+}
+std::int32_t ask(diag_dci_response_cb callback = on_response)
+{
+    return diag_send_dci_async_req(client, kRequest, 1, buffer, sizeof buffer, callback, dci);
+}
+std::int32_t send_request()
+{
+    return diag_callback_send_data(0, kRequest, 1);
+}
+
+// ---- Against the modem ----
+
+class DiagLsm : public EmbeddedRun {};
+
+using Call = std::int32_t (*)();
+std::uint16_t mask;
+const std::uint8_t kLongest[DIAG_REQUEST_MAX + 1] = {0x7C};
+
+const Call kCalls[] = {
+    send_request,
+    make_client,
+    [] { return ask(); },
+    [] { return diag_switch_logging(CALLBACK_MODE, nullptr); },
+    [] { return diag_register_callback(on_packet, primary); },
+    [] { return diag_register_remote_callback(on_packet, 1, primary); },
+    [] { return diag_has_remote_device(&mask); },
+    [] { return diag_get_dci_support_list_proc(0, &mask); },
+    [] { return diag_register_dci_signal_data(client, 64); },
+    [] { return diag_register_dci_stream_proc(client, on_log, on_event); },
+    [] { return diag_release_dci_client(&client); },
+};
+const std::pair<Call, int> kWrongCalls[] = {
+    {[] { return ask(); }, EBADF},
+    {[] { return diag_register_dci_signal_data(client, 64); }, EBADF},
+    {[] { return diag_register_dci_stream_proc(client, on_log, on_event); }, EBADF},
+    {[] { return diag_release_dci_client(&client); }, EBADF},
+    {[] { return diag_release_dci_client(nullptr); }, EINVAL},
+    {[] { return diag_callback_send_data(0, kLongest, DIAG_REQUEST_MAX + 1); }, EMSGSIZE},
+    {[] { return diag_callback_send_data(0, kLongest, 0); }, EINVAL},
+    {[] { return diag_callback_send_data(0, nullptr, 1); }, EINVAL},
+    {[] { return diag_register_remote_callback(on_packet, 0, primary); }, EINVAL},
+    {[] { return diag_register_remote_callback(on_packet, 17, primary); }, EINVAL},
 };
 
-using Lines = std::vector<std::string>;
-
-TEST_F(DiagLsm, RefusesEverythingBeforeTheStartAndAfterTheStop)
+TEST_F(DiagLsm, RefusesAllBeforeItsStartAndWhatIsWrong)
 {
-    for (int round = 0; round < 2; ++round) {
-        std::uint16_t mask = 0xABCD;
-        client = 1;
-        errno = 0;
-        EXPECT_EQ(diag_callback_send_data(0, kRequest, 1), DIAG_REFUSED);
-        EXPECT_EQ(errno, ENOTCONN);
-        EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), DIAG_REFUSED);
-        EXPECT_EQ(diag_register_callback(on_packet, primary), DIAG_REFUSED);
-        EXPECT_EQ(diag_register_remote_callback(on_packet, 1, primary), DIAG_REFUSED);
-        EXPECT_EQ(diag_has_remote_device(&mask), DIAG_REFUSED);
-        EXPECT_EQ(diag_get_dci_support_list_proc(0, &mask), DIAG_REFUSED);
-        EXPECT_EQ(mask, 0xABCD);
-        EXPECT_EQ(diag_register_dci_client(&client, &kMpss, 0, &kSignalType), DIAG_REFUSED);
-        EXPECT_EQ(client, 1);
-        EXPECT_EQ(diag_register_dci_signal_data(1, 64), DIAG_REFUSED);
-        EXPECT_EQ(diag_register_dci_stream_proc(1, on_log, on_event), DIAG_REFUSED);
-        EXPECT_EQ(ask(), DIAG_REFUSED);
-        EXPECT_EQ(diag_release_dci_client(&client), DIAG_REFUSED);
-        EXPECT_EQ(Diag_LSM_DeInit(), 0);
-        EXPECT_TRUE(trace().empty());
-        if (round == 0) {
-            make_client();
-            EXPECT_NE(Diag_LSM_Init(nullptr), 0) << "started already";
-            EXPECT_NE(Diag_LSM_DeInit(), 0);
+    const auto expect_all_refused = [](int error) {
+        for (const Call& call : kCalls) {
+            errno = 0;
+            EXPECT_EQ(call(), DIAG_REFUSED) << &call - kCalls;
+            EXPECT_EQ(errno, error) << &call - kCalls;
         }
-    }
-}
-
-TEST_F(DiagLsm, RefusesUnknownClientsAndBadArguments)
-{
-    make_client();
+        EXPECT_EQ(Diag_LSM_DeInit(), 0);
+    };
+    expect_all_refused(ENOTCONN);
+    EXPECT_TRUE(trace().empty());
+    EXPECT_NE(Diag_LSM_Init(nullptr), 0);
+    EXPECT_NE(Diag_LSM_Init(nullptr), 0) << "started already";
+    EXPECT_EQ(make_client(), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(diag_callback_send_data(0, kLongest, DIAG_REQUEST_MAX), 0);
     client += 1;
-    errno = 0;
-    EXPECT_EQ(ask(), DIAG_REFUSED);
-    EXPECT_EQ(errno, EBADF);
-    EXPECT_EQ(diag_register_dci_signal_data(client, 64), DIAG_REFUSED);
-    EXPECT_EQ(diag_register_dci_stream_proc(client, on_log, on_event), DIAG_REFUSED);
-    EXPECT_EQ(diag_release_dci_client(&client), DIAG_REFUSED);
-
-    const std::vector<std::uint8_t> longest(DIAG_REQUEST_MAX + 1, 0x7C);
-    EXPECT_EQ(diag_callback_send_data(0, longest.data(), DIAG_REQUEST_MAX), 0);
-    EXPECT_EQ(diag_callback_send_data(0, longest.data(), DIAG_REQUEST_MAX + 1), DIAG_REFUSED);
-    EXPECT_EQ(errno, EMSGSIZE);
-    EXPECT_EQ(diag_callback_send_data(0, longest.data(), 0), DIAG_REFUSED);
-    EXPECT_EQ(diag_callback_send_data(0, nullptr, 1), DIAG_REFUSED);
-    EXPECT_EQ(diag_register_remote_callback(on_packet, 0, primary), DIAG_REFUSED);
-    EXPECT_EQ(diag_register_remote_callback(on_packet, 17, primary), DIAG_REFUSED);
-    EXPECT_EQ(diag_release_dci_client(nullptr), DIAG_REFUSED);
-}
-
-TEST_F(DiagLsm, ModemWithoutDiagCannotBeStarted)
-{
-    scenario("[modem]\nservices = ['nas', 'extended']\n");
-    EXPECT_EQ(Diag_LSM_Init(nullptr), 0);
-}
-
-TEST_F(DiagLsm, PacketsGoToTheCallbackOfTheirProcessor)
-{
-    scenario(
-        "[diag]\nremote_mask = 0x0003\n[[diag.response]]\nrequest = '7C'\npackets = [\n"
-        "{ bytes = '01', processor = 1 }, { bytes = '02', processor = 2 }, { bytes = '00' } ]\n");
-    ASSERT_NE(Diag_LSM_Init(nullptr), 0);
-    std::uint16_t mask = 0;
-    EXPECT_EQ(diag_has_remote_device(&mask), 0);
-    EXPECT_EQ(mask, 3);
-    EXPECT_EQ(diag_register_callback(on_packet, primary), 0);
-    EXPECT_EQ(diag_register_remote_callback(on_packet, 2, remote_2), 0);
-    EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), 0);
-    EXPECT_EQ(diag_callback_send_data(0, kRequest, 1), 0);
-    EXPECT_EQ(heard.wait_for(2), (Lines{"remote 2 02", "primary 00"}));
-    EXPECT_EQ(diag_switch_logging(USB_MODE, nullptr), 0);
-    EXPECT_EQ(diag_callback_send_data(0, kRequest, 1), 0);
-    EXPECT_EQ(diag_callback_send_data(0, kRequest, 1), 0);
-    ASSERT_TRUE(wait_until([this] { return trace().size() >= 12; }));
-    EXPECT_EQ(heard.wait_for(0).size(), 2U) << "packets go to USB";
-    EXPECT_EQ(trace()[1].head, "diag len=1");
-    EXPECT_EQ(trace()[1].bytes, "01");
-}
-
-TEST_F(DiagLsm, DciPacketsUseTheRequestsBuffer)
-{
-    scenario(
-        "[[diag.response]]\nrequest = '7C'\npackets = [ { fill = 1, size = 17 }, { fill = 2, size = 16 }, "
-        "{ bytes = '03' } ]\n[[diag.stream]]\nkind = 'event'\nbytes = '60'\nevery_ms = 1\n");
-    make_client();
-    std::uint16_t peripherals = 0;
-    EXPECT_EQ(diag_get_dci_support_list_proc(0, &peripherals), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(peripherals, DIAG_CON_MPSS);
-    EXPECT_EQ(diag_register_dci_signal_data(client, 64), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(ask(), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(heard.wait_for(2), (Lines{"dci 02020202020202020202020202020202", "dci 03"}))
-        << "longer ones are dropped";
-    EXPECT_EQ(buffer[0], 3);
-    EXPECT_EQ(buffer[1], 2);
-    EXPECT_EQ(diag_register_dci_stream_proc(client, on_log, on_event), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(heard.wait_for(3)[2], "event 60");
-    EXPECT_EQ(diag_release_dci_client(&client), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(client, 0);
-}
-
-// A callback that takes its time: whoever ends a client or the library must wait for it.
-std::atomic<int> slow_calls = 0;
-std::atomic<bool> slow_running = false;
-void on_slow(std::uint8_t*, std::int32_t, void*)
-{
-    slow_running = true;
-    ++slow_calls;
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    slow_running = false;
-}
-
-TEST_F(DiagLsm, StopAndReleaseWaitForTheCallbackThatRuns)
-{
-    scenario("[[diag.response]]\nrequest = '7C'\npackets = [ { bytes = '01' }, { bytes = '02' }, { bytes = '03' } ]\n");
-    for (const bool release : {true, false}) {
-        make_client();
-        slow_calls = 0;
-        ASSERT_EQ(diag_send_dci_async_req(client, kRequest, 1, buffer, sizeof buffer, on_slow, dci), DIAG_DCI_NO_ERROR);
-        ASSERT_TRUE(wait_until([] { return slow_running.load(); }));
-        if (release)
-            EXPECT_EQ(diag_release_dci_client(&client), DIAG_DCI_NO_ERROR);
-        else
-            EXPECT_NE(Diag_LSM_DeInit(), 0);
-        EXPECT_FALSE(slow_running);
-        const int calls_then = slow_calls;
-        std::this_thread::sleep_for(std::chrono::milliseconds(150));
-        EXPECT_EQ(slow_calls, calls_then) << "packets of a client that has ended are dropped";
+    for (const auto& [call, error] : kWrongCalls) {
+        EXPECT_EQ(call(), DIAG_REFUSED) << error;
+        EXPECT_EQ(errno, error);
     }
-}
-
-TEST_F(DiagLsm, RestartOfTheModemEndsTheSessionUntilTheNextStart)
-{
-    scenario("[modem]\nrestart_ms = 20\n[[fault]]\nservice = 'diag'\nprefix = '99'\naction = 'down'\n");
-    make_client();
-    const std::uint8_t fatal[] = {0x99};
-    errno = 0;
-    EXPECT_EQ(diag_callback_send_data(0, fatal, 1), DIAG_REFUSED);
-    EXPECT_EQ(errno, ENOTCONN);
-    EXPECT_EQ(ask(), DIAG_REFUSED);
-    bool started = false;
-    for (int i = 0; i < 1000 && !started; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        started = Diag_LSM_Init(nullptr) != 0;
-    }
-    ASSERT_TRUE(started);
-    EXPECT_EQ(ask(), DIAG_REFUSED) << "clients went with the modem";
-    make_client();
-    EXPECT_EQ(ask(), DIAG_DCI_NO_ERROR);
-    EXPECT_EQ(heard.wait_for(1), Lines{"dci 7C02000053494D2E312E30"});
+    EXPECT_NE(Diag_LSM_DeInit(), 0);
+    expect_all_refused(ENOTCONN);
 }
 
 TEST_F(DiagLsm, ProcessEndsWithACallbackUnderWay)
 {
-    EXPECT_EXIT(
-        {
-            scenario("[[diag.response]]\nrequest = '7C'\npackets = [ { bytes = '01' } ]\n");
-            make_client();
-            diag_send_dci_async_req(client, kRequest, 1, buffer, sizeof buffer, on_slow, dci);
-            wait_until([] { return slow_running.load(); });
-            std::exit(slow_running ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+    scenario("[[diag.response]]\nrequest = '7C'\npackets = [ { bytes = '01' } ]\n");
+    const auto end = [] {
+        Diag_LSM_Init(nullptr);
+        make_client();
+        ask(on_slow);
+        entered.get_future().wait();
+        std::exit(0);
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+}
+
+// ---- Against a peer that says anything ----
+
+constexpr link::Address kDiag{1, 20};
+constexpr link::Address kExtended{1, 7};
+constexpr link::ControlPacket kDiagRow{QRTR_TYPE_NEW_SERVER, link::kDiagService, 1, kDiag};
+
+class DiagPeer : public PeerTest {
+ protected:
+    // The answer to the call that was heard.
+    Bytes answer(std::int32_t code = 0, std::int32_t value = 3) const
+    {
+        Bytes bytes(heard_.begin(), heard_.begin() + link::kDiagHeadSize);
+        bytes[0] = static_cast<std::uint8_t>(DiagKind::answer);
+        store_le(&bytes[8], value);
+        store_le(&bytes[12], code);
+        return bytes;
+    }
+    template <typename Call>
+    auto make(Call call, std::int32_t code)
+    {
+        auto result = begin(call);
+        peer_.say(kDiag, answer(code));
+        return result.get();
+    }
+    // The library has been started, and wants packets of the one processor.
+    void start(bool first = true)
+    {
+        auto started = begin([] {
+            while (Diag_LSM_Init(nullptr) == 0) std::this_thread::yield();  // until the server is known
+            return true;
+        });
+        if (first) {
+            peer_.tell_servers({kDiagRow, {QRTR_TYPE_NEW_SERVER, 0xFFE4, 1, kExtended}});
+            heard_ = peer_.hear();
+        }
+        peer_.say(kDiag, answer());
+        EXPECT_TRUE(started.get());
+        EXPECT_EQ(diag_register_callback(on_packet, primary), 0);
+        EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), 0);
+    }
+    void give_packet(std::uint8_t byte, DiagPacket what = DiagPacket::response, std::int32_t processor = 0,
+                     std::size_t size = 1)
+    {
+        const auto head = link::pack_diag({DiagKind::packet, static_cast<std::uint8_t>(what), 0, client, processor});
+        Bytes packet(head.begin(), head.end());
+        packet.resize(packet.size() + size, byte);
+        peer_.say(kDiag, packet);
+    }
+    // A callback runs, and behind it wait two packets.
+    void hold_a_callback()
+    {
+        start();
+        EXPECT_EQ(make(make_client, DIAG_DCI_NO_ERROR), DIAG_DCI_NO_ERROR);
+        EXPECT_EQ(make([] { return ask(on_slow); }, DIAG_DCI_NO_ERROR), DIAG_DCI_NO_ERROR);
+        give_packet(1, DiagPacket::dci_response);
+        entered.get_future().wait();
+        give_packet(2, DiagPacket::dci_response);
+        give_packet(3);
+        EXPECT_EQ(make(send_request, 0), 0) << "with the answer they have come";
+    }
+};
+
+TEST_F(DiagPeer, PacketsGoToWhomTheyAreFor)
+{
+    setenv("RBK_TRACE", (home() / "trace").c_str(), 1);
+    start();
+    EXPECT_EQ(diag_has_remote_device(&mask), 0);
+    EXPECT_EQ(mask, 3);
+    EXPECT_EQ(diag_register_remote_callback(on_packet, 2, remote_2), 0);
+    EXPECT_EQ(make(make_client, DIAG_DCI_NO_ERROR), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(make([] { return diag_get_dci_support_list_proc(0, &mask); }, 7), 7);
+    EXPECT_EQ(diag_switch_logging(USB_MODE, nullptr), 0);
+    give_packet(1);
+    EXPECT_EQ(make([] { return ask(); }, 5), 5);
+    give_packet(3, DiagPacket::dci_response, 0, sizeof buffer + 1);
+    give_packet(4, DiagPacket::dci_response, 0, 2);
+    give_packet(5, DiagPacket::dci_log);
+    give_packet(6, DiagPacket::dci_response);
+    EXPECT_EQ(heard.wait(2), (Lines{"dci 0404", "dci 06"}))
+        << "dropped: of USB mode, longer than the room, for no callback";
+    EXPECT_EQ(buffer[0], 6);
+    EXPECT_EQ(buffer[1], 4);
+    EXPECT_EQ(diag_switch_logging(CALLBACK_MODE, nullptr), 0);
+    EXPECT_EQ(make([] { return diag_register_dci_stream_proc(client, on_log, on_event); }, 6), 6);
+    for (const std::int32_t processor : {1, 17, -1, 2, 0}) give_packet(7, DiagPacket::response, processor);
+    give_packet(8, DiagPacket::dci_log);
+    give_packet(9, DiagPacket::dci_event);
+    EXPECT_EQ(heard.wait(6), (Lines{"dci 0404", "dci 06", "remote 2 07", "primary 07", "log 08", "event 09"}));
+    EXPECT_NE(read_file(home() / "trace").find(" < diag len=2 0404\n"), std::string::npos);
+    EXPECT_EQ(make([] { return diag_release_dci_client(&client); }, DIAG_DCI_NO_ERROR), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(client, 0);
+}
+
+TEST_F(DiagPeer, NothingButItsAnswerEndsACall)
+{
+    start();
+    const struct {
+        const char* catches;
+        link::Address from = kDiag;
+        DiagKind kind = DiagKind::answer;
+        std::uint8_t what = 0, sequence = 0;  // more than the call's
+        std::size_t size = link::kDiagHeadSize;
+    } rows[] = {{.catches = "AnswerOfAnotherServiceTaken", .from = kExtended},
+                {.catches = "CallTaken", .kind = DiagKind::call},
+                {.catches = "AnswerToAnotherCallTaken", .what = 1},
+                {.catches = "AnswerToALaterCallTaken", .sequence = 1},
+                {.catches = "CutAnswerTaken", .size = link::kDiagHeadSize - 1}};
+    for (const auto& row : rows) {
+        auto sent = begin(send_request);
+        Bytes stray = answer(1);
+        stray[0] = static_cast<std::uint8_t>(row.kind);
+        stray[1] = static_cast<std::uint8_t>(stray[1] + row.what);
+        stray[2] = static_cast<std::uint8_t>(stray[2] + row.sequence);
+        stray.resize(row.size);
+        peer_.say(row.from, stray);
+        peer_.say(kDiag, answer(0));
+        EXPECT_EQ(sent.get(), 0) << row.catches;
+    }
+}
+
+TEST_F(DiagPeer, ACallThatIsNeverAnsweredIsGivenUp)
+{
+    start();
+    auto error = begin([] { return send_request() == DIAG_REFUSED ? errno : 0; });
+    test_clock::move_on(std::chrono::seconds(4));
+    peer_.say(kDiag, {});  // whoever waits looks at the clock
+    EXPECT_TRUE(still_waits(error)) << "given up too early";
+    test_clock::move_on(std::chrono::seconds(1));
+    peer_.say(kDiag, {});
+    EXPECT_EQ(error.get(), ETIMEDOUT);
+}
+
+TEST_F(DiagPeer, ReleaseWaitsForTheCallbackThatRuns)
+{
+    hold_a_callback();
+    auto released = std::async(std::launch::async, [] { return diag_release_dci_client(&client); });
+    EXPECT_TRUE(still_waits(released));
+    goes_on.set_value();
+    heard_ = peer_.hear();
+    peer_.say(kDiag, answer(DIAG_DCI_NO_ERROR));
+    EXPECT_EQ(released.get(), DIAG_DCI_NO_ERROR);
+    EXPECT_EQ(heard.wait(2), (Lines{"dci 01", "primary 03"})) << "a packet for nobody is dropped";
+}
+
+TEST_F(DiagPeer, StopWaitsForTheCallbackThatRuns)
+{
+    hold_a_callback();
+    auto stopped = begin(Diag_LSM_DeInit);
+    EXPECT_TRUE(still_waits(stopped));
+    goes_on.set_value();
+    EXPECT_NE(stopped.get(), 0);
+    start(false);
+    give_packet(4);
+    EXPECT_EQ(heard.wait(2), (Lines{"dci 01", "primary 04"})) << "packets of an ended session are dropped";
+}
+
+TEST_F(DiagPeer, AModemThatGoesEndsTheSessionUntilTheNextStart)
+{
+    hold_a_callback();
+    auto error = begin([] { return send_request() == DIAG_REFUSED ? errno : 0; });
+    peer_.tell({QRTR_TYPE_DEL_SERVER, link::kDiagService, 1, kDiag});
+    EXPECT_EQ(error.get(), ENOTCONN);
+    EXPECT_EQ(send_request(), DIAG_REFUSED);
+    peer_.tell(kDiagRow);
+    start(false);
+    EXPECT_EQ(ask(), DIAG_REFUSED) << "clients went with the modem";
+    goes_on.set_value();
+    give_packet(4);
+    EXPECT_EQ(heard.wait(2), (Lines{"dci 01", "primary 04"})) << "packets of an ended session are dropped";
 }
 
 }  // namespace

@@ -11,13 +11,6 @@
 namespace rbk::test {
 namespace {
 
-std::vector<std::string> take_lines(const std::filesystem::path& file)
-{
-    std::vector<std::string> lines = lines_of(read_file(file));
-    std::filesystem::resize_file(file, 0);
-    return lines;
-}
-
 // What the machine, or an earlier case, has said to the system.
 void forget_variables()
 {
@@ -82,14 +75,14 @@ void HomeTest::set_property(const std::string& name, const std::string& value) c
     ASSERT_EQ(platform::PropertyStore(home() / "properties").set(name, value), "");
 }
 
-std::vector<std::string> HomeTest::log()
+// Whole lines alone: another thread may be about to write the rest of one.
+std::vector<std::string> HomeTest::new_lines(const std::filesystem::path& file, std::size_t& seen)
 {
-    return take_lines(home() / "log");
-}
-
-std::vector<std::string> HomeTest::calls()
-{
-    return take_lines(home() / "calls");
+    const std::string text = read_file(file);
+    const std::size_t end = text.rfind('\n') + 1;
+    const std::string_view fresh = std::string_view(text).substr(seen, end - seen);
+    seen = end;
+    return lines_of(fresh);
 }
 
 }  // namespace rbk::test

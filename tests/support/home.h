@@ -37,11 +37,15 @@ class HomeTest : public testing::Test {
     // Writes a property as rbk-prop would.
     void set_property(const std::string& name, const std::string& value) const;
     // The lines of the log ("7 text") and of the wrapped waits ("sleep 3") since the last look.
-    std::vector<std::string> log();
-    std::vector<std::string> calls();
+    std::vector<std::string> log() { return new_lines(home() / "log", log_seen_); }
+    std::vector<std::string> calls() { return new_lines(home() / "calls", calls_seen_); }
 
  private:
+    static std::vector<std::string> new_lines(const std::filesystem::path& file, std::size_t& seen);
+
     TempDir dir_;
+    std::size_t log_seen_ = 0;  // bytes
+    std::size_t calls_seen_ = 0;
 };
 
 }  // namespace rbk::test

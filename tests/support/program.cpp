@@ -1,36 +1,18 @@
 #include "support/program.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdio>
+#include <csignal>
 #include <cstdlib>
-#include <string_view>
+#include <regex>
 #include <thread>
 
 #include "support/home.h"
 
 namespace rbk::test {
 namespace {
-
-[[noreturn]] void become(const std::vector<std::string>& command, const RunOptions& options, const std::string& out,
-                         const std::string& err)
-{
-    for (const auto& [name, value] : options.variables)
-        value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
-    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
-    dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
-    dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    if (!options.name.empty()) arguments[0] = const_cast<char*>(options.name.c_str());
-    execv(command[0].c_str(), arguments.data());
-    _exit(127);
-}
 
 std::vector<std::string> with_program(const std::string& program, const std::vector<std::string>& arguments)
 {
@@ -41,14 +23,35 @@ std::vector<std::string> with_program(const std::string& program, const std::vec
 
 }  // namespace
 
+pid_t start(const std::vector<std::string>& command, const RunOptions& options, const std::string& out,
+            const std::string& err)
+{
+    if (const pid_t child = fork(); child != 0) return child;
+    for (const auto& [name, value] : options.variables)
+        value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
+    signal(SIGHUP, SIG_DFL);  // also where the tests themselves run under nohup
+    dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+    dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+    dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600), STDERR_FILENO);
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    if (!options.name.empty()) arguments[0] = const_cast<char*>(options.name.c_str());
+    execv(command[0].c_str(), arguments.data());
+    _exit(127);
+}
+
+int status_of(int waited)
+{
+    return WIFSIGNALED(waited) ? 128 + WTERMSIG(waited) : WEXITSTATUS(waited);
+}
+
 RunResult run(const std::vector<std::string>& command, const RunOptions& options)
 {
     const TempDir dir;
     const std::string out = dir.path() / "out";
     const std::string err = dir.path() / "err";
-    const pid_t child = fork();
-    if (child == 0) become(command, options, out, err);
-
+    const pid_t child = start(command, options, out, err);
     const auto end = std::chrono::steady_clock::now() + options.limit;
     int status = 0;
     while (waitpid(child, &status, WNOHANG) == 0) {
@@ -60,7 +63,7 @@ RunResult run(const std::vector<std::string>& command, const RunOptions& options
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return {WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status), read_file(out), read_file(err)};
+    return {status_of(status), read_file(out), read_file(err)};
 }
 
 RunResult run_rbk(const std::vector<std::string>& arguments, const RunOptions& options)
@@ -90,33 +93,8 @@ std::string data_path(const std::string& file)
 
 std::string without_line_numbers(const std::string& text)
 {
-    constexpr std::string_view kMark = ".cpp:";
-    std::string out;
-    std::size_t done = 0;
-    for (std::size_t at; (at = text.find(kMark, done)) != std::string::npos;) {
-        const std::size_t number = at + kMark.size();
-        const std::size_t end = text.find_first_not_of("0123456789", number);
-        out.append(text, done, number - done);
-        if (end != number && end != std::string::npos && text[end] == ']')
-            out += 'N';
-        else
-            out.append(text, number, end == std::string::npos ? end : end - number);
-        done = std::min(end, text.size());
-    }
-    return out.append(text, done);
+    static const std::regex kNumber("(\\.cpp:)[0-9]+\\]");
+    return std::regex_replace(text, kNumber, "$1N]");
 }
 
-namespace detail {
-
-void capture_output()
-{
-    testing::internal::CaptureStdout();
-}
-
-std::string captured_output()
-{
-    return testing::internal::GetCapturedStdout();
-}
-
-}  // namespace detail
 }  // namespace rbk::test

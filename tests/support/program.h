@@ -1,6 +1,9 @@
 // Running the project's programs as a person does.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <sys/types.h>
+
 #include <chrono>
 #include <map>
 #include <string>
@@ -20,7 +23,12 @@ struct RunOptions {
     std::string name{};                              // as which it runs; else its path
 };
 
-// Runs a program to its end; `command` begins with its path.
+// Starts a program as from a terminal, its output into files; `command` begins with its path.
+pid_t start(const std::vector<std::string>& command, const RunOptions& options, const std::string& out,
+            const std::string& err);
+// An exit status as RunResult has it, out of what waitpid gives.
+int status_of(int waited);
+// Runs a program to its end.
 RunResult run(const std::vector<std::string>& command, const RunOptions& options = {});
 // The shell in which waits are wrapped, and the others as they are shipped.
 RunResult run_rbk(const std::vector<std::string>& arguments, const RunOptions& options = {});
@@ -33,22 +41,14 @@ std::string data_path(const std::string& file);
 
 // What the case's own process prints while `action` runs: everything of standard output, flushed before and after.
 template <typename Action>
-std::string output_of(Action action);
+std::string output_of(Action action)
+{
+    testing::internal::CaptureStdout();
+    action();
+    return testing::internal::GetCapturedStdout();
+}
 
 // The same text with each "name.cpp:108]" as "name.cpp:N]".
 std::string without_line_numbers(const std::string& text);
-
-namespace detail {
-void capture_output();
-std::string captured_output();
-}  // namespace detail
-
-template <typename Action>
-std::string output_of(Action action)
-{
-    detail::capture_output();
-    action();
-    return detail::captured_output();
-}
 
 }  // namespace rbk::test

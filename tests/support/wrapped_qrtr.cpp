@@ -21,10 +21,6 @@ int __real_socket(int domain, int type, int protocol);
 int __real_getsockname(int fd, sockaddr* address, socklen_t* size);
 ssize_t __real_sendmsg(int fd, const msghdr* message, int flags);
 ssize_t __real_recvmsg(int fd, msghdr* message, int flags);
-int __wrap_socket(int domain, int type, int protocol);
-int __wrap_getsockname(int fd, sockaddr* address, socklen_t* size);
-ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags);
-ssize_t __wrap_recvmsg(int fd, msghdr* message, int flags);
 }
 
 namespace {
@@ -43,6 +39,8 @@ sockaddr_qrtr address_of(std::uint32_t node, std::uint32_t port)
 }
 
 }  // namespace
+
+extern "C" {
 
 int __wrap_socket(int domain, int type, int protocol)
 {
@@ -108,3 +106,5 @@ ssize_t __wrap_recvmsg(int fd, msghdr* message, int flags)
     message->msg_namelen = sizeof from;
     return received - static_cast<ssize_t>(sizeof prefix);
 }
+
+}  // extern "C"
