@@ -6,7 +6,8 @@
 //     < uim r2F 02: w0               and this is what comes next
 //     2> uim 30 01: 02               another client, here the second one
 //     2x                             it goes, and the modem has met its end
-//     $ touch marks                  a command in the state directory
+//     $ rbk-modem; echo $?           a command in the state directory, which succeeds,
+//     | --listen is required         and what it prints on either channel
 //     = nv/0/550 A1B2                a file there has these bytes; `none`: there is no such file
 //     ! STATE/marks: Not a directory     the modem complains, sooner or later
 //     ~ 1                            timers that are still to run at the end
@@ -19,15 +20,15 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cstdlib>
+#include <sstream>
 
 #include "support/program.h"
 #include "wire.h"
 
 namespace rbk::sim {
 namespace {
-
-constexpr const char* kFiles[] = {"diag", "extended", "faults", "nas_sar_vs", "nvefs", "pdc", "router", "state", "uim"};
 
 std::string replaced(std::string text, const std::string& what, const std::string& with)
 {
@@ -38,36 +39,31 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 
 bool is_step(const std::string& line)
 {
-    constexpr std::string_view kSigns = "><$=!~x";
+    constexpr std::string_view kSigns = "><$|=!~x";
     const std::size_t at = !line.empty() && std::isdigit(line[0]) != 0 ? 1 : 0;
     return line == "---" || (line.size() > at && kSigns.find(line[at]) != std::string_view::npos &&
                              (line.size() == at + 1 || line[at + 1] == ' '));
 }
 
-struct Line {
-    std::size_t number;
-    std::string text;
-};
+using Line = std::pair<int, std::string>;  // with its number
 
 // The lines of a file, its loops written out.
 std::vector<Line> lines_of(const std::string& file)
 {
-    const std::vector<std::string> texts = test::lines_of(read_file(test::data_path(file)));
     std::vector<Line> lines;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        if (!texts[i].starts_with("* ")) {
-            lines.push_back({i + 1, texts[i]});
-            continue;
-        }
-        std::size_t space = 0;
-        const int first = std::stoi(texts[i].substr(2), &space);
-        const int last = std::stoi(texts[i].substr(2 + space));
-        const auto begin = static_cast<std::ptrdiff_t>(++i);
-        while (texts.at(i) != "*") ++i;
-        for (int each = first; each <= last; ++each) {
-            for (auto number = begin; number < static_cast<std::ptrdiff_t>(i); ++number)
-                lines.push_back(
-                    {static_cast<std::size_t>(number) + 1, replaced(texts[number], "%", std::to_string(each))});
+    std::vector<Line> loop;
+    int first = 0;
+    int last = -1;  // of a loop that is being read
+    int number = 0;
+    for (const std::string& text : test::lines_of(read_file(test::data_path(file)))) {
+        ++number;
+        if (std::sscanf(text.c_str(), "* %d %d", &first, &last) == 2) {
+            loop.clear();
+        } else if (text == "*") {
+            for (; first <= last; ++first)
+                for (const auto& [at, line] : loop) lines.emplace_back(at, replaced(line, "%", std::to_string(first)));
+        } else {
+            (first <= last ? loop : lines).emplace_back(number, text);
         }
     }
     return lines;
@@ -76,31 +72,65 @@ std::vector<Line> lines_of(const std::string& file)
 // What a session expects, in the form in which a client shows it.
 std::string expected(const std::string& text)
 {
-    const std::size_t service = text.find(' ');
-    const std::size_t message = std::min(text.find(' ', service + 1), text.size());
-    if (service == std::string::npos) return text;
-    const std::string rest = text.substr(message);
-    if (text.substr(service + 1, message - service - 1) == "packet")
-        return text.substr(0, message) + " " + show_bytes(bytes_of(rest));
-    const char kind = text[service + 1];
-    return kind == 'r' || kind == 'i' ? text.substr(0, message) + " " + show_tlvs(tlvs_of(rest)) : text;
+    std::istringstream words(text);
+    std::string service;
+    std::string what;
+    std::string rest;
+    words >> service >> what;
+    std::getline(words, rest);
+    if (what == "packet") return service + " packet " + show_bytes(bytes_of(rest));
+    const bool message = what.starts_with('r') || what.starts_with('i');
+    return message ? service + " " + what + " " + show_tlvs(tlvs_of(rest)) : text;
 }
 
-class SessionTest : public testing::TestWithParam<const char*> {
+class SessionTest : public testing::TestWithParam<std::string> {
  protected:
+    SessionTest()
+    {
+        ::setenv("PATH", (test::bin_path("") + ":" + ::getenv("PATH")).c_str(), 1);
+        ::setenv("RBK", test::rbk_path().c_str(), 1);
+    }
     void step(const std::string& line);
     void end();
 
-    std::optional<TempDir> folder_;
+    std::optional<TempDir> folder_;  // of a case
     std::string scenario_;
-    std::optional<RunningModem> modem_;  // starts with the first step
-    std::map<char, WireClient> clients_;
-    std::vector<std::string> complaints_;
-    std::size_t timers_ = 0;
 
  private:
     std::filesystem::path state() const { return folder_->path() / "modem"; }
+    WireClient& client(char number);
+    void run(const std::string& command);
+    std::string show_file(const std::string& name) const;
+
+    std::optional<RunningModem> modem_;  // starts with the first step
+    std::map<char, WireClient> clients_;
+    std::vector<std::string> printed_;  // by the latest command, and not yet looked at
+    std::vector<std::string> complaints_;
+    std::size_t timers_ = 0;
 };
+
+WireClient& SessionTest::client(char number)
+{
+    if (!clients_.contains(number)) clients_.emplace(number, modem_->connect());
+    return clients_.at(number);
+}
+
+void SessionTest::run(const std::string& command)
+{
+    ::setenv("RBK_HOME", (folder_->path() / "home").c_str(), 1);
+    FILE* output = ::popen(("exec 2>&1; cd '" + state().string() + "' || exit; " + command).c_str(), "r");
+    std::string text;
+    for (int byte = 0; (byte = std::fgetc(output)) != EOF;) text += static_cast<char>(byte);
+    EXPECT_EQ(::pclose(output), 0) << text;
+    printed_ = test::lines_of(text);
+}
+
+std::string SessionTest::show_file(const std::string& name) const
+{
+    if (!std::filesystem::exists(state() / name)) return "none";
+    const std::string content = read_file(state() / name);
+    return show_bytes(Bytes(content.begin(), content.end()));
+}
 
 void SessionTest::step(const std::string& line)
 {
@@ -108,36 +138,35 @@ void SessionTest::step(const std::string& line)
     const bool numbered = std::isdigit(line[0]) != 0;
     const char number = numbered ? line[0] : '1';
     const std::string rest = line.substr(std::min<std::size_t>(numbered ? 3 : 2, line.size()));
-    if (!clients_.contains(number)) clients_.emplace(number, modem_->connect());
-    WireClient& client = clients_.at(number);
+    const std::size_t blank = std::min(rest.find(' '), rest.size());
+    EXPECT_TRUE(line[0] == '|' || std::exchange(printed_, {}).empty()) << "more lines";
     switch (line[numbered ? 1 : 0]) {
-    case '>': client.send(rest); break;
-    case '<': EXPECT_EQ(client.next(), expected(rest)); break;
+    case '>': client(number).send(rest); break;
+    case '<': EXPECT_EQ(client(number).next(), expected(rest)); break;
     case 'x':
         clients_.erase(number);
         // By the last answer to somebody else the modem has met the other's end.
-        for (int i = 0; i < 3; ++i) clients_.try_emplace('9', modem_->connect()).first->second.lookup(1);
+        for (int i = 0; i < 3; ++i) client('9').lookup(1);
         break;
-    case '$': EXPECT_EQ(std::system(("cd '" + state().string() + "' && " + rest).c_str()), 0); break;
-    case '=': {
-        const std::size_t name = std::min(rest.find(' '), rest.size());
-        const std::filesystem::path file = state() / rest.substr(0, name);
-        const bool there = std::filesystem::exists(file);
-        const std::string content = read_file(file);
-        EXPECT_EQ(there ? show_bytes(Bytes(content.begin(), content.end())) : "none",
-                  rest.substr(name) == " none" ? "none" : show_bytes(bytes_of(rest.substr(name))));
+    case '$': run(rest); break;
+    case '|':
+        EXPECT_EQ(printed_.empty() ? "nothing" : printed_.front(), rest);
+        if (!printed_.empty()) printed_.erase(printed_.begin());
         break;
-    }
+    case '=':
+        EXPECT_EQ(show_file(rest.substr(0, blank)),
+                  rest.ends_with(" none") ? "none" : show_bytes(bytes_of(rest.substr(blank))));
+        break;
     case '!': complaints_.push_back(rest); break;
     case '~': timers_ = std::stoul(rest); break;
-    case '-': end(); break;
-    default: FAIL() << "no step";
+    default: end();
     }
 }
 
 void SessionTest::end()
 {
     if (!modem_) return;
+    EXPECT_TRUE(std::exchange(printed_, {}).empty()) << "more lines";
     for (auto& [number, client] : clients_) client.lookup(1);  // the modem has handled what was sent
     modem_->stop();
     EXPECT_EQ(modem_->modem().loop().timer_count(), timers_) << "timers";
@@ -153,7 +182,7 @@ void SessionTest::end()
 
 TEST_P(SessionTest, ComesAsItIsWritten)
 {
-    const std::string file = std::string("simulator/sessions/") + GetParam() + ".t";
+    const std::string file = "simulator/sessions/" + GetParam() + ".t";
     std::vector<std::pair<std::string, std::string>> names;
     bool stepping = false;
     for (const auto& [number, text] : lines_of(file)) {
@@ -178,14 +207,16 @@ TEST_P(SessionTest, ComesAsItIsWritten)
     }
     end();
 }
-INSTANTIATE_TEST_SUITE_P(Wire, SessionTest, testing::ValuesIn(kFiles),
-                         [](const auto& file) { return std::string(file.param); });
 
-TEST(Sessions, AllOfThemAreRun)
+std::vector<std::string> session_names()
 {
-    const std::filesystem::directory_iterator files(test::data_path("simulator/sessions"));
-    EXPECT_EQ(static_cast<std::size_t>(std::distance(begin(files), end(files))), std::size(kFiles));
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(test::data_path("simulator/sessions")))
+        names.push_back(file.path().stem());
+    return names;
 }
+INSTANTIATE_TEST_SUITE_P(Wire, SessionTest, testing::ValuesIn(session_names()),
+                         [](const auto& name) { return name.param; });
 
 }  // namespace
 }  // namespace rbk::sim

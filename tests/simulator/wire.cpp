@@ -1,10 +1,8 @@
 #include "wire.h"
 
 #include <poll.h>
-#include <pthread.h>
 
 #include <algorithm>
-#include <ctime>
 #include <sstream>
 
 #include "platform/link/diag_frame.h"
@@ -14,8 +12,7 @@ namespace rbk::sim {
 namespace {
 
 constexpr std::pair<const char*, std::uint32_t> kServices[] = {
-    {"extended", WireClient::kExtended}, {"vs", 228}, {"nas", 3}, {"uim", 11}, {"sar", 17}, {"pdc", 36},
-    {"diag", link::kDiagService},
+    {"extended", 0xFFE4}, {"vs", 228}, {"nas", 3}, {"uim", 11}, {"sar", 17}, {"pdc", 36}, {"diag", link::kDiagService},
 };
 
 // ---- Bytes as text ----
@@ -181,17 +178,20 @@ std::string WireClient::ask(const std::string& text)
     return next();
 }
 
-std::vector<link::ControlPacket> WireClient::lookup(std::uint32_t service, std::uint32_t instance)
+std::size_t WireClient::lookup(std::uint32_t service)
 {
-    send_to({1, QRTR_PORT_CTRL}, link::pack_control({QRTR_TYPE_NEW_LOOKUP, service, instance, {}}));
-    std::vector<link::ControlPacket> rows;
+    send_to({1, QRTR_PORT_CTRL}, link::pack_control({QRTR_TYPE_NEW_LOOKUP, service, 0, {}}));
+    std::size_t rows = 0;
     while (const auto datagram = receive(std::chrono::seconds(20))) {
         const auto control =
             datagram->peer.port == QRTR_PORT_CTRL ? link::parse_control(datagram->bytes) : std::nullopt;
         const bool there = control && control->type == QRTR_TYPE_NEW_SERVER;
         if (there && control->service == 0) return rows;
         const std::string shown = show(*datagram);
-        there && (service == 0 || control->service == service) ? rows.push_back(*control) : early_.push_back(shown);
+        if (there && (service == 0 || control->service == service))
+            ++rows;
+        else
+            early_.push_back(shown);
     }
     EXPECT_TRUE(closed_) << "no end of the rows";
     return rows;
@@ -221,7 +221,10 @@ std::string WireClient::show_control(const link::ControlPacket& packet)
     const auto known = std::find_if(std::begin(kServices), std::end(kServices),
                                     [&](const auto& row) { return row.second == packet.service; });
     const std::string name = known == std::end(kServices) ? std::to_string(packet.service) : known->first;
-    if (packet.type == QRTR_TYPE_NEW_SERVER) addresses_[name] = packet.address;
+    if (packet.type == QRTR_TYPE_NEW_SERVER) {
+        if (addresses_.contains(name) && addresses_[name] != packet.address) addresses_["stale"] = addresses_[name];
+        addresses_[name] = packet.address;
+    }
     return (packet.type == QRTR_TYPE_NEW_SERVER ? "+ " : "- ") + name;
 }
 
@@ -258,8 +261,9 @@ void WireClient::note_answer(std::uint16_t transaction)
 RunningModem::RunningModem(const std::string& scenario, std::optional<std::filesystem::path> state, ClientLimits limits)
     : state_(state.value_or(folder_.path() / "modem"))
 {
-    write_file(folder_.path() / "scenario.toml", scenario);
-    modem_.emplace(read_scenario(folder_.path() / "scenario.toml"), state_, sink_, limits);
+    const std::filesystem::path file = state_.parent_path() / "scenario.toml";
+    write_file(file, scenario);
+    modem_.emplace(read_scenario(file), state_, sink_, limits);
     std::string error;
     listener_ = Listener::open((folder_.path() / "socket").string(), error);
     if (listener_ == nullptr) throw std::runtime_error(error);
@@ -274,11 +278,9 @@ void RunningModem::stop()
     thread_.join();
 }
 
-std::chrono::nanoseconds RunningModem::processor_time()
+std::chrono::nanoseconds processor_time(clockid_t clock)
 {
-    clockid_t clock{};
     timespec spent{};
-    EXPECT_EQ(::pthread_getcpuclockid(thread_.native_handle(), &clock), 0);
     EXPECT_EQ(::clock_gettime(clock, &spent), 0);
     return std::chrono::seconds(spent.tv_sec) + std::chrono::nanoseconds(spent.tv_nsec);
 }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <ctime>
 #include <deque>
 #include <map>
 #include <memory>
@@ -39,12 +40,10 @@ std::string show_tlvs(ByteView tlvs);
 
 class WireClient {
  public:
-    static constexpr std::uint32_t kExtended = 0xFFE4;
-
     explicit WireClient(link::LinkSocket socket) : socket_(std::move(socket)) {}
 
-    // A service, the message in hex, and TLVs: "uim 2F 10: 01". Bytes as they are: "uim raw 00 h7", also to the "router"
-    // and to "nobody". Diag has calls of a DCI client: "diag send 0 4B12".
+    // A service, the message in hex, and TLVs: "uim 2F 10: 01". Bytes as they are: "uim raw 00 h7", also to the "router",
+    // to "nobody" and to where a service was before ("stale"). Diag has calls of a DCI client: "diag send 0 4B12".
     void send(const std::string& text);
     // What comes next: "uim r2F 02: ..." a response, "uim i32 ..." an indication, "diag =0" and "diag packet ..." an
     // answer and a packet, "+ uim" and "- uim" a service that comes and goes, "lost" a message that met nobody, "closed".
@@ -52,9 +51,9 @@ class WireClient {
     std::string next(milliseconds wait = std::chrono::seconds(20));
     std::string ask(const std::string& text);
 
-    // Asks the router, and takes its rows up to the zero row; what else comes meanwhile is kept for next(). A modem that
+    // Asks the router, and counts its rows up to the zero row; what else comes meanwhile is kept for next(). A modem that
     // has answered has handled all that this client sent before.
-    std::vector<link::ControlPacket> lookup(std::uint32_t service, std::uint32_t instance = 0);
+    std::size_t lookup(std::uint32_t service);
     const link::LinkSocket& socket() const { return socket_; }
 
  private:
@@ -74,10 +73,13 @@ class WireClient {
     bool closed_ = false;
 };
 
+// What such a clock says of a thread or a process.
+std::chrono::nanoseconds processor_time(clockid_t clock);
+
 // A client of the server at this path.
 WireClient connect(const std::string& path);
 
-// A modem on a thread of its own, with a state directory of its own unless one is given.
+// A modem on a thread of its own, with a state directory of its own unless one is given; its scenario lies beside that.
 class RunningModem {
  public:
     explicit RunningModem(const std::string& scenario = "", std::optional<std::filesystem::path> state = std::nullopt,
@@ -87,9 +89,9 @@ class RunningModem {
     WireClient connect() const { return sim::connect((folder_.path() / "socket").string()); }
     void stop();
     const std::filesystem::path& state() const { return state_; }
-    std::chrono::nanoseconds processor_time();  // of its thread, until stop()
-    Modem& modem() { return *modem_; }          // not while it runs
-    std::vector<std::string> complaints;        // to be read after stop()
+    pthread_t thread() { return thread_.native_handle(); }
+    Modem& modem() { return *modem_; }    // not while it runs
+    std::vector<std::string> complaints;  // to be read after stop()
 
  private:
     TempDir folder_;

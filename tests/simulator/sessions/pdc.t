@@ -277,3 +277,18 @@ type = 0
 > pdc 24 11: w1
 < pdc r24 02: w0
 < pdc i24 01: h0 11: 19 w1 0111 w1 0112 w1 0113 w1 0114 w1 0115 w1 0116 w1 0117 w1 0118 w1 0119 w1 0120 w1 0121 SECOND w1 0110 12: 00
+
+## A report loses a frame, or its end
+[pdc]
+indication_ms = 0
+$ printf '%032768d%032768dc' 0 0 | tr 0 a > ../diff.xml
+---
+[pdc]
+indication_ms = 0
+report = "diff.xml"
+config = [ { id = "A1" } ]
+> pdc 2C 01: w1 01A1 10: w5
+< pdc r2C 02: w0
+< pdc i2C 01: h0 10: w5 11: w0 12: h32768 61*32768
+< pdc i2C 01: h0 10: w5 11: w1 12: h32768 61*32768
+< pdc i2C 01: h0 10: w5 11: w-1 12: h1 63

@@ -63,3 +63,23 @@ restart_ms = 1
 2< + extended
 < - pdc
 < + pdc
+
+## A service comes back at its old address, where a late request reaches it
+[modem]
+restart_ms = 1
+> extended 2 GO_DOWN
+< extended r2 GOING
+< - extended
+< + extended
+> stale raw 00 h1 h2 h0
+< lost
+
+## A client that reads late gets less than everything, or in another order
+* 1 2000
+> extended 2 env 3: w%
+*
+* 1 2000
+< extended r2 env 0: w%
+*
+# The one that looked after what was left unread
+~ 1
