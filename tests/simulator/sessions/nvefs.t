@@ -1,6 +1,8 @@
 # NV items and EFS files. A request's record: operation, subscription, item (of a write in chunks its instance), length of
 # the path and the path; @108 the whole length, the chunk's, the offset; @120 the chunk. An answer's: @4 the whole length,
 # the chunk's; @16 the result and the chunk.
+# The modem's, which runs in the process that runs the command
+: OPEN_FILES ls -l /proc/$PPID/fd 2> /dev/null | grep -c efs/0/f
 
 ## Items of two subscriptions are one, or a file that was put in by hand isn't read
 > extended 2 env 0: 01
@@ -221,7 +223,7 @@ $ for i in 0 1 2 3 4 5 6 7 8; do printf "%0600d" $i > efs/0/f$i; done
 > extended 2 env 2: 04 00 h0 03 "/f%"
 < extended r2 env 0: @4 w600 w424 @20 30*424
 *
-$ test $(ls -l /proc/$PPID/fd | grep -c efs/0/f) = 8
+$ test $(OPEN_FILES) = 8
 # The oldest had to make room; the others are read to their ends though they are gone
 $ rm efs/0/f?
 > extended 2 env 2: 04 00 h0 03 "/f0" @116 w424
@@ -230,9 +232,9 @@ $ rm efs/0/f?
 > extended 2 env 2: 04 00 h0 03 "/f%" @116 w424
 < extended r2 env 0: @4 w600 w176 @20 30*175 3% @444
 *
-$ test $(ls -l /proc/$PPID/fd | grep -c efs/0/f) = 1
+$ test $(OPEN_FILES) = 1
 1x
-$ test $(ls -l /proc/$PPID/fd | grep -c efs/0/f) = 0
+$ test $(OPEN_FILES) = 0
 # Of all clients 32
 $ for i in 0 1 2 3 4 5 6 7 8; do printf "%0600d" $i > efs/0/f$i; done
 * 0 6
@@ -247,4 +249,4 @@ $ for i in 0 1 2 3 4 5 6 7 8; do printf "%0600d" $i > efs/0/f$i; done
 6> extended 2 env 2: 04 00 h0 03 "/f%"
 6< extended r2 env 0: @4 w600 w424 @20 30*424
 *
-$ test $(ls -l /proc/$PPID/fd | grep -c efs/0/f) = 32
+$ test $(OPEN_FILES) = 32
