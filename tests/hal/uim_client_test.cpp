@@ -114,11 +114,14 @@ TEST_F(UimClient, ThirdFailedSendDropsTheConnectionAndTheNextOneCountsAnew)
     scenario(in_turn("uim", {raw("FF"), raw("FF"), raw("FF"), "", raw("FF"), raw("FF")}));
     EXPECT_EQ(eid(), -1);
     EXPECT_EQ(card_status(), -1);
+    const std::string text = read_file(home() / "log");
+    const auto handle = std::stoul(text.substr(text.find("uim_qmi_client 0x") + 15), nullptr, 16);
     said();
     EXPECT_EQ(open_channel(), -1);
     EXPECT_EQ(said(), (Calls{"velmor_uim_open_channel: velmor_uim_open_channel uim_qmi_client H",
                              "velmor_uim_open_channel: send msg sync client error = -1",
                              "velmor_uim_open_channel: QMI error, try recovery", kReleased}));
+    EXPECT_EQ(qmi_client_release(reinterpret_cast<qmi_client_handle>(handle)), -1) << "the library still has it";
     EXPECT_EQ(eid(), 0);
     EXPECT_EQ(said(), kConnecting);
     EXPECT_EQ(apdu(), -1);
