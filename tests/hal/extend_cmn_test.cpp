@@ -23,13 +23,7 @@ TEST_F(ExtendCommon, ValuesAreJudgedAndRecordsGoOutWhole)
     const auto typed = velmor_send_common_qmi_msg, plain = velmor_common_qmi_req;
     constexpr std::int32_t kBad = VELMOR_ERR_BAD_ARGUMENT;
     const std::string zeros = times(508, "00");
-    const std::string answer =
-        "01000000"
-        "FBFFFFFF"
-        "1F000000"
-        "02000000"
-        "CAFE" +
-        times(490, "00");
+    const std::string answer = "01000000FBFFFFFF1F00000002000000CAFE" + times(490, "00");
     // clang-format off
     expect("extended", {
         {"MissingValueRefusedWithoutNeed",  send(typed, 0, true), {raw(envelope(0, 508, answer))}, 0, answer},
@@ -44,13 +38,9 @@ TEST_F(ExtendCommon, ValuesAreJudgedAndRecordsGoOutWhole)
         {"NullAnswerOfPlainWritten",        [] { return velmor_common_qmi_req(35, 0, nullptr, nullptr); }, {}, kBad, "", "rsp is NULL"},
     });
     // clang-format on
-    const std::string value = times(491, "A1");
-    EXPECT_EQ(requests()[1].bytes, envelope(4, 512,
-                                            "0200000000000000"
-                                            "04030201"
-                                            "EB010000" +
-                                                value));
-    EXPECT_EQ(requests()[2].bytes, envelope(4, 512, "0403020100000000" + value + times(8, "A1")));
+    const std::string typed_head = "020000000000000004030201EB010000", head = "0403020100000000";
+    EXPECT_EQ(requests()[1].bytes, envelope(4, 512, typed_head + times(491, "A1")));
+    EXPECT_EQ(requests()[2].bytes, envelope(4, 512, head + times(499, "A1")));
 }
 
 // ---- Counters of restarts ----

@@ -33,7 +33,7 @@ std::int32_t switch_feature()
     return vs_client_send_msg_sync(3, &request, sizeof request, &response, sizeof response);
 }
 
-class VsClient : public ExchangeTest {
+class VsClient : public EmbeddedRun {
  public:
     VsClient()
     {
@@ -92,8 +92,9 @@ TEST_F(VsClient, IndicationsBecomeEventsOfWhatHasRoom)
     const std::string a = stats_parameter(0xB1B2, 0xB3B4, 0xC1C2C3C4, "D1D2"),
                       slot_a = record(0xC1C2C3C4, "D1D2", 0xB3B4B1B2);
     const std::string b = stats_parameter(1, 2, 3, "AA"), slot_b = record(3, "AA", 0x20001);
-    expect("vs", {{"", [] { return vs_client_init(hear_event); }, {}, 1},
-                  {"", switch_feature, {"'indicate'\nindication = 0x0601\nbytes = '" + tlv(1, "E7") + "'"}, 0}});
+    scenario(in_turn("vs", {"'indicate'\nindication = 0x0601\nbytes = '" + tlv(1, "E7") + "'"}));
+    ASSERT_EQ(vs_client_init(hear_event), 1);
+    ASSERT_EQ(switch_feature(), 0);
     ASSERT_TRUE(wait_until([] { return told_count > 0; })) << "the service has no listener";
     EXPECT_EQ(told, "5 E7");
     // clang-format off

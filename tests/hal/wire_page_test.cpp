@@ -42,7 +42,7 @@ TEST(WirePage, LookupBlocksAreControlPackets)
     EXPECT_EQ(block("address").size(), 2 * link::kAddressSize);
 }
 
-class WireRun : public ExchangeTest {};
+class WireRun : public EmbeddedRun {};
 
 TEST_F(WireRun, MessagesAreThoseOfTheCommand)
 {
@@ -51,19 +51,14 @@ TEST_F(WireRun, MessagesAreThoseOfTheCommand)
     std::uint32_t len = 9;
     EXPECT_EQ(velmor_nv_read(0, 550, room, &len), 0);
     ASSERT_TRUE(wait_until([this] { return trace().size() == 3; }));
-    static const struct {
-        const char* name;
-        const char* kind;
-        const char* flags;
-        int transaction;
-    } rows[] = {{"request", "req", "00", 1}, {"response", "rsp", "02", 1}, {"indication", "ind", "04", 0}};
-    for (std::size_t i = 0; i < 3; ++i) {
-        const Traced message = trace()[i];
-        const std::string size = le(message.bytes.size() / 2, 2);
-        EXPECT_EQ(block(rows[i].name),
-                  rows[i].flags + le(rows[i].transaction, 2) + (i < 2 ? "0200" : "0300") + size + message.bytes);
-        EXPECT_NE(message.head.find(rows[i].kind), std::string::npos) << message.head;
-    }
+    const std::vector<Traced> messages = trace();
+    // Flags, transaction, message, length; TLVs.
+    const auto datagram = [&](const std::string& head, std::size_t i) {
+        return head + le(messages[i].bytes.size() / 2, 2) + messages[i].bytes;
+    };
+    EXPECT_EQ(block("request"), datagram("0001000200", 0)) << messages[0].head;
+    EXPECT_EQ(block("response"), datagram("0201000200", 1)) << messages[1].head;
+    EXPECT_EQ(block("indication"), datagram("0400000300", 2)) << messages[2].head;
 }
 
 }  // namespace
