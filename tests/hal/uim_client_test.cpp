@@ -92,11 +92,12 @@ TEST_F(UimClient, AnswersAreTakenAsFarAsTheyCanBeBelieved)
         {"NullTypesRead",              [] { return velmor_setSimType(nullptr); }, {}, -2},
         {"SixTypesSent",               [] { return set_sim_types(6); }, {}, -1, "", "velmor_setSimType: Set_sim_type value is 1"},
         {"TypesCounted",               sim_types, {raw("FF")}, -1, "", "velmor_setSimType: send msg sync client error = -1"},
-        {"TypesCountedAgain",          sim_types, {raw("FF")}, -1},
+        {"FiveTypesCounted",           [] { return set_sim_types(5); }, {raw("FF")}, -1},
         {"LastTypesCounted",           sim_types, {raw("FF")}, -1},
         {"ConnectionLost",             eid, {raw(kFine)}, 0},
     });
     // clang-format on
+    EXPECT_EQ(requests().end()[-3].bytes, tlv(1, "050100000003000000" + times(3, "01000000")));
     EXPECT_EQ(log_count("SIM["), 1U + 2U + 3U + 6U);
     EXPECT_EQ(log_count("velmor_uim_close_channel successfully"), 0U);
     EXPECT_EQ(log_count("recovery"), 0U) << "a refusal, or a failure of the SIM types, counts as a failed send";
@@ -157,10 +158,12 @@ TEST_F(UimClient, LostServiceIsLeftBeforeTheNextOperationButForTheCardStatus)
     said();
 
     // The service goes away between two operations. A card's status trusts its stale handle.
+    const std::string marked = "error_cb: SSR Detected, set SSR_Detected 1";
+    const std::size_t before = log_count(marked);
     const std::uint32_t type = 4096;
     common_rsp rsp;
     EXPECT_EQ(velmor_send_common_qmi_msg(COMMON_TYPE_SSR, 4, &type, &rsp), 0);
-    EXPECT_TRUE(wait_until([this] { return log_count("error_cb: SSR Detected, set SSR_Detected 1") == 1; }));
+    EXPECT_TRUE(wait_until([&] { return log_count(marked) > before; }));
     said();
     EXPECT_EQ(card_status(), -2);
     EXPECT_EQ(said(), (Calls{"velmor_uim_get_card_status: velmor_uim_get_card_status uim_qmi_client H",
