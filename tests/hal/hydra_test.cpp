@@ -3,135 +3,96 @@
 
 #include <climits>
 #include <cmath>
-#include <functional>
-#include <limits>
-#include <set>
 #include <thread>
 
-#include "support/embedded_run.h"
+#include "hal/exchanges.h"
 
 namespace rbk::test {
 namespace {
 
-class Hydra : public EmbeddedRun {
- public:
-    void with_samples(const std::string& rows, int sub = 0) const
-    {
-        scenario("[stats.sub" + std::to_string(sub) + "]\n" + rows);
-    }
-};
+class Hydra : public ExchangeTest {};
 
-// ---- Fetching ----
-
-struct AnswerCase {
-    const char* catches;
-    std::string parameters;  // TLV 0x10 of the answer
-    const char* words;
-};
-const AnswerCase kRefused[] = {
-    {"EmptyAnswerTaken", "00", "Fail to get data, empty, number = 1, sub = 1, ret id_num = 0, id = 110"},
-    {"SecondValueOverlooked", "02" + stats_parameter(1, 0, 110, "01") + stats_parameter(1, 0, 110, "02"),
-     "Fail to get data, id num error, number = 1, sub = 1, ret id_num = 2, id = 110"},
-    {"CountCutBelowItsLimit",
-     "0C" + stats_parameter(1, 0, 110, "01") + stats_parameter(1, 0, 110, "02") + stats_parameter(1, 0, 110, "03") +
-         stats_parameter(1, 0, 110, "04") + stats_parameter(1, 0, 110, "05") + stats_parameter(1, 0, 110, "06") +
-         stats_parameter(1, 0, 110, "07") + stats_parameter(1, 0, 110, "08") + stats_parameter(1, 0, 110, "09") +
-         stats_parameter(1, 0, 110, "0A") + stats_parameter(1, 0, 110, "0B") + stats_parameter(1, 0, 110, "0C"),
-     "Fail to get data, id num error, number = 1, sub = 1, ret id_num = 10, id = 110"},
-    {"OtherParameterTaken", "01" + stats_parameter(1, 0, 111, "01"),
-     "Fail to get data, ret_id(111) is invalid, number = 1, sub = 1, ret id_num = 1, id = 110"},
-    {"OtherSubscriptionTaken", "01" + stats_parameter(0, 1, 110, "01"),
-     "Fail to get data, ret_sub(0) is invalid, number = 1, sub = 1, ret id_num = 1, id = 110"},
-    {"EmptyValueTaken", "01" + stats_parameter(1, 0, 110, ""),
-     "Fail to get data, data_len(0) is invalid, should be in (0, 700], number = 1, sub = 1, ret id_num = 1, id = 110"},
-};
-
-class HydraRefused : public Hydra, public testing::WithParamInterface<AnswerCase> {};
-
-TEST_P(HydraRefused, LeavesTheRecordAsItWas)
+// The modem's answer of these parameters, and of one.
+std::string answer(const std::string& parameters)
 {
-    scenario("[[fault]]\nservice = 'vs'\nmessage = 0x0207\nnth = 1\naction = 'raw'\nbytes = '" +
-             tlv(2, "0000000000000000") + tlv(0x10, GetParam().parameters) + "'\n");
-    modem_hydra_wcdma_pn_search_edition2 record{0xEE, 1.5F, 2.5F};
-    EXPECT_EQ(modem_hydra_wcdma_pn_search_edition2_get(1, &record), 0);
-    EXPECT_EQ(log_count(std::string("modem_hydra_data_get: ") + GetParam().words), 1U);
-    EXPECT_EQ(record.version, 0xEE);
-    EXPECT_EQ(record.rx_agc_1, 2.5F);
-    EXPECT_EQ(modem_hydra_wcdma_pn_search_edition2_get(1, &record), 1);  // nothing is held back
-    EXPECT_EQ(log_count("Success to get data, number = 2, sub = 1, ret id_num = 1, id = 110, data_len = 9"), 1U);
+    return raw(tlv(2, "0000000000000000") + tlv(0x10, parameters));
 }
-INSTANTIATE_TEST_SUITE_P(All, HydraRefused, testing::ValuesIn(kRefused),
-                         [](const auto& row) { return row.param.catches; });
-
-TEST_F(Hydra, StepsOfTheSharedFrameHaveLinesOfTheirOwn)
+std::string sample(std::uint16_t sub, std::uint32_t id, const std::string& value)
 {
-    modem_hydra_mcs_trm_asdiv record{};
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 1);
-    std::set<std::string> places;  // "[modem_hydra_mgr.cpp:244] "
-    for (const std::string& line : lines_of(read_file(home() / "log")))
-        if (const std::size_t at = line.find("modem_hydra_mcs_trm_asdiv_get: "); at != std::string::npos)
-            places.insert(line.substr(0, at));
-    EXPECT_EQ(places.size(), 3U);  // entry, arguments, exit
+    return answer("01" + stats_parameter(sub, 0, id, value));
 }
 
-TEST_F(Hydra, NumberRisesWithEachRequestAlone)
+template <typename Record>
+std::function<std::int32_t()> view(std::int32_t (*get)(std::uint32_t, Record*), std::uint32_t sub)
 {
-    scenario("[[fault]]\nservice = 'vs'\nmessage = 0x0207\nnth = 1\naction = 'error'\ncode = 94\n");
-    modem_hydra_mcs_trm_asdiv record{};
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(2, &record), 0);
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0xFFFFFFFF, &record), 0);
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, nullptr), 0);
-    EXPECT_TRUE(requests().empty());
-    EXPECT_EQ(log_count("modem_api_get_stats_parameter, sub(-1) is invalid"), 1U);
-    EXPECT_EQ(log_count("modem_hydra_mcs_trm_asdiv_get: ptr_hydra_data is NULL"), 1U);
-
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 0);
-    EXPECT_EQ(log_count("Fail to get data fail, number = 1, ret = 4, sub = 0, id = 100"), 1U);
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 1);
-    EXPECT_EQ(requests().back().bytes.substr(0, 20), tlv(1, "0000") + tlv(2, "0200"));
+    return [=] { return get(sub, reinterpret_cast<Record*>(room)); };
 }
 
-TEST_F(Hydra, FetchInitsByItselfAndAnInitReplacesTheClient)
+// ---- Samples ----
+
+TEST_F(Hydra, SamplesAreTakenAsFarAsTheyCanBeBelieved)
 {
-    EXPECT_EQ(modem_hydra_stats_start(), 0);
-    EXPECT_EQ(modem_hydra_api_is_inited(), 0);
+    const auto wcdma = view(modem_hydra_wcdma_pn_search_edition2_get, 1);
+    const auto asdiv = view(modem_hydra_mcs_trm_asdiv_get, 0);
+    const std::string a = "01" + f32(-1.5F) + f32(2.25F), record_a = "01000000" + f32(-1.5F) + f32(2.25F);
+    const auto failed = [](const std::string& why, int number, int count) {
+        return "modem_hydra_data_get: Fail to get data, " + why + "number = " + std::to_string(number) +
+               ", sub = 1, ret id_num = " + std::to_string(count) + ", id = 110";
+    };
+    // In the sample the figures stand chain by chain, in the record by kind; the last one is missing.
+    std::string lte = "01013A0700000700010F00", by_kind = "010100003A070000070001000F000000";
+    for (int i = 0; i < 15; ++i) lte += f32(static_cast<float>(i));
+    for (const int i : {0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11}) by_kind += f32(static_cast<float>(i));
+    // clang-format off
+    expect("vs", {
+        {"EmptyAnswerTaken",       wcdma, {answer("00")}, 0, "", failed("empty, ", 1, 0)},
+        {"SecondValueOverlooked",  wcdma, {answer("02" + times(2, stats_parameter(1, 0, 110, a)))}, 0, "", failed("id num error, ", 2, 2)},
+        {"CountCutBelowItsLimit",  wcdma, {answer("0C" + times(12, stats_parameter(1, 0, 110, a)))}, 0, "", failed("id num error, ", 3, 10)},
+        {"OtherParameterTaken",    wcdma, {sample(1, 111, a)}, 0, "", failed("ret_id(111) is invalid, ", 4, 1)},
+        {"OtherSubscriptionTaken", wcdma, {sample(0, 110, a)}, 0, "", failed("ret_sub(0) is invalid, ", 5, 1)},
+        {"EmptyValueTaken",        wcdma, {sample(1, 110, "")}, 0, "", failed("data_len(0) is invalid, should be in (0, 700], ", 6, 1)},
+        {"MissingAnswerTaken",     asdiv, {raw(tlv(2, "0000000000000000"))}, 0, "", "Fail to get data fail, number = 7, ret = 1, sub = 0, id = 100"},
+        {"ResultReadAsHalves",     wcdma, {raw(tlv(2, "010000005E000000") + tlv(0x10, "01" + stats_parameter(1, 0, 110, a)))}, 0, "", "ret = 4, "},
+        {"RubbishBelieved",        wcdma, {raw("FFFFFF")}, 0, "", "ret = 12, "},
+        {"GoodOneHeldBack",        wcdma, {sample(1, 110, a)}, 1, record_a, "Success to get data, number = 10, sub = 1, ret id_num = 1, id = 110, data_len = 9"},
+        {"ThirdSubscriptionAsked", view(modem_hydra_mcs_trm_asdiv_get, 2), {}, 0},
+        {"SubscriptionNotTold",    view(modem_hydra_mcs_trm_asdiv_get, UINT_MAX), {}, 0, "", "modem_api_get_stats_parameter, sub(-1) is invalid"},
+        {"NullFilled",             [] { return modem_hydra_mcs_trm_asdiv_get(0, nullptr); }, {}, 0, "", "asdiv_get: ptr_hydra_data is NULL"},
+        {"LongValueRefused",       asdiv, {sample(0, 100, times(701, "03"))}, 1, times(8, "03"), "number = 11, sub = 0, ret id_num = 1, id = 100, data_len = 700"},
+        {"LongSampleRefused",      wcdma, {sample(1, 110, a + "EE")}, 1, record_a},
+        {"ShortAtTheLastField",    view(modem_hydra_lte_srv_meas_info_get_for_pcc, 0), {sample(0, 82, lte + "000000")}, 0,
+         by_kind + "00000000", "modem_hydra_lte_srv_meas_info_get: g_hydra_data_left(3) is not enough for snr_rx3, id(0x52)"},
+        {"LostServiceAnswered",    wcdma, {"'down'"}, 0, "", "ret = 1, "},
+    });
+    // clang-format on
+    EXPECT_EQ(log_count("The hydra is not inited, will init it"), 1U);
+    EXPECT_EQ(requests()[9].bytes.substr(0, 20), tlv(1, "0100") + tlv(2, "0A00")) << "the number goes out as the slot";
+}
+
+TEST_F(Hydra, OnlyAFetchInitsByItselfAndAnInitReplacesTheClient)
+{
     stats_para_data data{};
+    EXPECT_EQ(modem_hydra_stats_start(), 0);
     EXPECT_EQ(modem_hydra_get_stats_parameter(0, 1, &data), 0);
     EXPECT_EQ(log_count("The hydra is not inited, do nothing"), 2U);
-    EXPECT_TRUE(requests().empty());
-
-    modem_hydra_mcs_trm_asdiv record{};
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 1);
-    EXPECT_EQ(log_count("The hydra is not inited, will init it"), 1U);
+    EXPECT_EQ(view(modem_hydra_mcs_trm_asdiv_get, 0)(), 1);
     EXPECT_EQ(modem_hydra_api_init(), 1);
     EXPECT_EQ(modem_hydra_stats_start(), 1);
-    EXPECT_EQ(requests().back().bytes, tlv(1, "02000000") + tlv(2, "01") + tlv(0x10, "01"));
     EXPECT_EQ(log_count("old g_hydra_client_id = 0"), 1U);
     EXPECT_EQ(log_count("client already freed"), 0U);
     EXPECT_EQ(modem_hydra_api_deinit(), 0);
     EXPECT_EQ(modem_hydra_api_is_inited(), 0);
 }
 
-TEST_F(Hydra, ValueOf701BytesComesCutTo700)
-{
-    with_samples("100 = { fill = 3, size = 701 }\n");
-    modem_hydra_mcs_trm_asdiv record{};
-    EXPECT_EQ(modem_hydra_mcs_trm_asdiv_get(0, &record), 1);
-    EXPECT_EQ(log_count("id = 100, data_len = 700"), 1U);
-    EXPECT_EQ(record.sig_path, 0x0303);
-}
-
 TEST_F(Hydra, ViewsOfTwoThreadsRunOneAfterTheOther)
 {
     scenario("[[fault]]\nservice = 'vs'\nmessage = 0x0207\nnth = 1\naction = 'delay'\nms = 100\n");
-    ASSERT_EQ(modem_hydra_api_init(), 1);
     modem_hydra_wcdma_pn_search_edition2 wcdma{};
     std::thread first([&] { modem_hydra_wcdma_pn_search_edition2_get(1, &wcdma); });
     EXPECT_TRUE(wait_until([&] { return requests().size() == 1; }));
     modem_hydra_gsm_l1_rx_diversity_metrics gsm{};
     EXPECT_EQ(modem_hydra_gsm_l1_rx_diversity_metrics_get(0, &gsm), 1);
     first.join();
-
     std::string order;
     for (const Traced& message : trace()) order += message.to_modem ? '>' : '<';
     EXPECT_EQ(order, "><><");
@@ -139,110 +100,43 @@ TEST_F(Hydra, ViewsOfTwoThreadsRunOneAfterTheOther)
     EXPECT_EQ(gsm.rx_drx, -76.25F);
 }
 
-// ---- Unpacking ----
-
-TEST_F(Hydra, ShortLteSampleFailsAtItsLastField)
-{
-    std::string sample =
-        "0101"
-        "3A070000"
-        "0700"
-        "01"
-        "0F00";
-    for (int i = 0; i < 15; ++i) sample += f32(static_cast<float>(i));
-    with_samples("82 = '" + sample + "000000'\n105 = '" + sample.substr(0, 2 * 8) + "'\n");
-    modem_hydra_lte_srv_meas_info record{};
-    record.snr_rx3 = 7;
-    EXPECT_EQ(modem_hydra_lte_srv_meas_info_get_for_pcc(0, &record), 0);
-    EXPECT_EQ(log_count("modem_hydra_lte_srv_meas_info_get: g_hydra_data_left(3) is not enough for snr_rx3, id(0x52)"),
-              1U);
-    EXPECT_EQ(record.earfcn, 1850U);
-    EXPECT_EQ(record.rssi_rx3, 14.0F);
-    EXPECT_EQ(record.rsrp_rx1, 4.0F);
-    EXPECT_EQ(record.snr_rx3, 0.0F);
-    EXPECT_EQ(modem_hydra_lte_srv_meas_info_get_for_scc3(0, &record), 0);
-    EXPECT_EQ(log_count("g_hydra_data_left(0) is not enough for is_srv_cell, id(0x69)"), 1U);
-    EXPECT_EQ(record.pci, 7U);
-    EXPECT_EQ(record.rssi_rx3, 0.0F);
-}
-
-TEST_F(Hydra, SampleMayBeLongerThanItsRecord)
-{
-    with_samples("110 = '01" + f32(-1.5F) + f32(2.25F) + "EE'\n111 = '01" + f32(-3.5F) + "EEEEEE'\n");
-    modem_hydra_wcdma_pn_search_edition2 wcdma{};
-    EXPECT_EQ(modem_hydra_wcdma_pn_search_edition2_get(0, &wcdma), 1);
-    EXPECT_EQ(wcdma.rx_agc_0, -1.5F);
-    EXPECT_EQ(wcdma.rx_agc_1, 2.25F);
-    modem_hydra_gsm_l1_rx_diversity_metrics gsm{};
-    EXPECT_EQ(modem_hydra_gsm_l1_rx_diversity_metrics_get(0, &gsm), 0);
-    EXPECT_EQ(gsm.rx_prx, -3.5F);
-    EXPECT_EQ(log_count("g_hydra_data_left(3) is not enough for rx_drx, id(0x6f)"), 1U);
-}
-
 // ---- Transmit power ----
-
-struct PowerCase {
-    const char* catches;
-    std::string sub0;  // rows of [stats.sub0] and [stats.sub1]
-    std::string sub1;
-    std::int32_t (*ask)();
-    std::int32_t power;
-    const char* words = "";  // in the log, once
-};
 
 std::int32_t of_sub_0()
 {
     return modem_tx_power_get_by_sub(0);
 }
-
-std::string lte(int power)
+// The two fetches of a power: the mode, and the figure of it.
+std::string mode(std::uint16_t sub, std::uint32_t rat)
 {
-    return "44 = { stack_max = 1, rat = 9 }\n98 = { pusch_tx_power = " + std::to_string(power) + " }\n";
+    return sample(sub, 44, "01" + le(rat, 4));
+}
+std::string lte(std::uint16_t sub, std::int32_t power)
+{
+    return sample(sub, 98, "01" + le(static_cast<std::uint16_t>(power), 2) + times(5, "00"));
+}
+std::string nr(std::uint16_t sub, float power)
+{
+    return sample(sub, 90, "02000000" + f32(power) + times(44, "00"));
 }
 
-std::string nr(float power)
+TEST_F(Hydra, PowerIsAWholeNumberOrNone)
 {
-    return "44 = { stack_max = 1, rat = 12 }\n90 = '02000000" + f32(power) + std::string(2 * 44, '0') + "'\n";
-}
-const std::string kNoService = "44 = '00'\n";
-
-const PowerCase kPowers[] = {
-    {"SignLost", lte(-5), "", of_sub_0, -5},
-    {"FractionRounded", nr(23.75F), "", of_sub_0, 23},
-    {"FractionRoundedDown", nr(-13.9F), "", of_sub_0, -13},
-    {"NanConverted", nr(std::nanf("")), "", of_sub_0, 0},
-    {"InfinityConverted", nr(HUGE_VALF), "", of_sub_0, INT32_MAX},
-    {"LowFigureWrapped", nr(-3e9F), "", of_sub_0, INT32_MIN},
-    {"LargestBelowTheEdgeCut", nr(2147483520.0F), "", of_sub_0, 2147483520},
-    {"MissingModeAsked", kNoService, "", of_sub_0, 65535, "rat(-1) is invalid"},
-    {"OtherModeTaken", "44 = { stack_max = 1, rat = 5 }\n", "", of_sub_0, 65535, "rat(5) is invalid"},
-    {"ShortModeRead", "44 = '01090000'\n", "", of_sub_0, 65535, "g_hydra_data_left(3) is not enough for rat, id(0x2c)"},
-    {"ShortLtePowerRead", "44 = '0109000000'\n98 = '0102'\n", "", of_sub_0, 65535,
-     "modem_hydra_lte_pusch_power_info_get faile"},
-    {"LastLossNotNeeded", "44 = '010C000000'\n90 = { fill = 1, size = 51 }\n", "", of_sub_0, 65535,
-     "modem_hydra_nr5g_mac_ul_phy_ch_power_info_get faile"},
-    {"SubscriptionOfDataIgnored", lte(1), lte(2), modem_tx_power_get_for_dds_sub, 2},
-    {"NoPowerWinsOnSub0", kNoService, lte(-20), modem_tx_power_get_for_max_sub, -20},
-    {"NoPowerWinsOnSub1", lte(10), kNoService, modem_tx_power_get_for_max_sub, 10},
-    {"NoneInvented", kNoService, kNoService, modem_tx_power_get_for_max_sub, 65535},
-    {"WeakerWins", lte(-5), nr(-4.5F), modem_tx_power_get_for_max_sub, -4},
-    {"ComparedWithoutSign", lte(3), lte(-3), modem_tx_power_get_for_max_sub, 3,
-     "function exit, tx_power0 = 3, tx_power1 = -3, tx_power = 3 <-------------"},
-};
-
-class HydraPower : public Hydra, public testing::WithParamInterface<PowerCase> {};
-
-TEST_P(HydraPower, IsAWholeNumberOrNone)
-{
+    const auto of_data_sub = modem_tx_power_get_for_dds_sub, of_both = modem_tx_power_get_for_max_sub;
     set_property("persist.radio.default_data_sub", "1");
-    scenario("[stats.sub0]\n" + GetParam().sub0 + "[stats.sub1]\n" + GetParam().sub1);
-    EXPECT_EQ(GetParam().ask(), GetParam().power);
-    if (*GetParam().words != '\0') {
-        EXPECT_EQ(log_count(GetParam().words), 1U);
-    }
+    // clang-format off
+    expect("vs", {
+        {"FractionRounded",           of_sub_0, {mode(0, 12), nr(0, 23.75F)}, 23},
+        {"FractionRoundedDown",       of_sub_0, {mode(0, 12), nr(0, -13.9F)}, -13},
+        {"NanConverted",              of_sub_0, {mode(0, 12), nr(0, std::nanf(""))}, 0},
+        {"InfinityConverted",         of_sub_0, {mode(0, 12), nr(0, HUGE_VALF)}, INT32_MAX},
+        {"LowFigureWrapped",          of_sub_0, {mode(0, 12), nr(0, -3e9F)}, INT32_MIN},
+        {"LargestBelowTheEdgeCut",    of_sub_0, {mode(0, 12), nr(0, 2147483520.0F)}, 2147483520},
+        {"SubscriptionOfDataIgnored", of_data_sub, {mode(1, 9), lte(1, 2)}, 2},
+        {"ComparedWithoutSign",       of_both, {mode(0, 9), lte(0, 3), mode(1, 9), lte(1, -3)}, 3, "", "exit, tx_power0 = 3, tx_power1 = -3, tx_power = 3 <"},
+    });
+    // clang-format on
 }
-INSTANTIATE_TEST_SUITE_P(All, HydraPower, testing::ValuesIn(kPowers),
-                         [](const auto& row) { return row.param.catches; });
 
 }  // namespace
 }  // namespace rbk::test
