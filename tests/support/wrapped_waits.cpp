@@ -2,6 +2,8 @@
 // Each call is a line in the file that RBK_TEST_CALLS names: "sleep 3", "usleep 20000", "timer_settime 10.000000000",
 // "system echo ...". RBK_TEST_DIVISOR is the factor, 100 when unset; RBK_TEST_SYSTEM what `system` answers, else 0;
 // RBK_TEST_FAIL names a wrapped operation of timers that fails.
+#include "wrapped_calls.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <time.h>
@@ -11,14 +13,50 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <mutex>
+#include <utility>
 
+namespace rbk::test {
 namespace {
 
-long number_from(const char* variable, long otherwise)
+struct Hook {
+    std::mutex mutex;
+    CallHook call;
+};
+
+// Never destroyed: threads outlive the end of main.
+Hook& hook()
 {
-    const char* text = std::getenv(variable);
-    return text != nullptr ? std::atol(text) : otherwise;
+    static auto* const one = new Hook;
+    return *one;
+}
+
+void set_hook(CallHook call)
+{
+    const std::lock_guard lock(hook().mutex);
+    hook().call = std::move(call);
+}
+
+}  // namespace
+
+OnCalls::OnCalls(CallHook hook)
+{
+    set_hook(std::move(hook));
+}
+
+OnCalls::~OnCalls()
+{
+    set_hook(nullptr);
+}
+
+void tell_call(std::string_view call, const void* lock)
+{
+    CallHook told;
+    {
+        const std::lock_guard guard(hook().mutex);
+        told = hook().call;
+    }
+    if (told) told(call, lock);
 }
 
 void write_down(const std::string& call)
@@ -30,6 +68,19 @@ void write_down(const std::string& call)
     const std::string line = call + "\n";
     if (fd < 0 || write(fd, line.data(), line.size()) < 0) std::abort();  // a test that misses calls isn't one
     close(fd);
+}
+
+}  // namespace rbk::test
+
+using rbk::test::tell_call;
+using rbk::test::write_down;
+
+namespace {
+
+long number_from(const char* variable, long otherwise)
+{
+    const char* text = std::getenv(variable);
+    return text != nullptr ? std::atol(text) : otherwise;
 }
 
 bool is_to_fail(const char* operation)
@@ -66,6 +117,7 @@ unsigned __wrap_sleep(unsigned seconds)
 
 int __wrap_usleep(useconds_t microseconds)
 {
+    tell_call("usleep");
     write_down("usleep " + std::to_string(microseconds));
     wait_for(shortened(microseconds / 1'000'000, microseconds % 1'000'000 * 1000L));
     return 0;
@@ -93,6 +145,7 @@ int __wrap_timer_create(clockid_t clock, sigevent* event, timer_t* timer)
 
 int __wrap_timer_settime(timer_t timer, int flags, const itimerspec* due, itimerspec* old)
 {
+    tell_call("timer_settime");
     char call[64];
     std::snprintf(call, sizeof call, "timer_settime %ld.%09ld", due->it_value.tv_sec, due->it_value.tv_nsec);
     write_down(call);
