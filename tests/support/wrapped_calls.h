@@ -15,6 +15,8 @@ using CallHook = std::function<void(std::string_view call, const void* lock)>;
 class OnCalls {
  public:
     explicit OnCalls(CallHook hook);
+    // Holds each such call up until a condition is met.
+    OnCalls(std::string call, std::function<bool()> met);
     ~OnCalls();
     OnCalls(const OnCalls&) = delete;
     OnCalls& operator=(const OnCalls&) = delete;

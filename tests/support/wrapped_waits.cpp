@@ -16,6 +16,8 @@
 #include <mutex>
 #include <utility>
 
+#include "wait_until.h"
+
 namespace rbk::test {
 namespace {
 
@@ -42,6 +44,13 @@ void set_hook(CallHook call)
 OnCalls::OnCalls(CallHook hook)
 {
     set_hook(std::move(hook));
+}
+
+OnCalls::OnCalls(std::string held, std::function<bool()> met)
+    : OnCalls([held = std::move(held), met = std::move(met)](std::string_view call, const void*) {
+          if (call == held) wait_until(met);
+      })
+{
 }
 
 OnCalls::~OnCalls()
