@@ -2,6 +2,7 @@
 // stays behind after a failure. Who comes first is decided where two threads meet, by holding one up.
 #include "pdc_utils.h"
 
+#include <cstring>
 #include <thread>
 
 #include "qcril_result.h"
@@ -22,14 +23,7 @@ std::string rule(int message, const std::string& rest)
 {
     return "[[fault]]\nservice = 'pdc'\nmessage = " + std::to_string(message) + "\n" + rest + "\n";
 }
-std::string ind_rule(int message, const std::string& rest)
-{
-    return rule(message, "on = 'indication'\n" + rest);
-}
-std::string raw_ind(int message, const std::string& tlvs)
-{
-    return ind_rule(message, "action = 'raw'\nbytes = '" + tlvs + "'");
-}
+const std::string kIndication = "on = 'indication'\n";
 
 std::vector<std::uint8_t> bytes_of(const std::string& hex_text)
 {
@@ -46,31 +40,20 @@ std::string packed(std::string tlvs)
     return tlvs;
 }
 
-// The four requests that the shell makes, of subscription 0.
+// The requests that the shell makes, of subscription 0, and an activation that waits for its indication.
+constexpr auto kSoftware = PDC_CONFIG_TYPE_MODEM_SW_V01;
 pdc_config_pdc_info selected;
-std::int32_t get_selected()
-{
-    return pdc_get_current_config_ex(&selected, PDC_CONFIG_TYPE_MODEM_SW_V01, 0);
-}
-std::int32_t select_known()
-{
+const auto get_selected = [] { return pdc_get_current_config_ex(&selected, kSoftware, 0); };
+const auto select_known = [] {
     pdc_config_pdc_info known{20, {}};
     std::ranges::copy(bytes_of(kId), known.config_id);
-    return pdc_select_config_ex(&known, PDC_CONFIG_TYPE_MODEM_SW_V01, 0);
-}
-std::int32_t deactivate()
-{
-    return pdc_deactivate_config_ex(0, PDC_CONFIG_TYPE_MODEM_SW_V01);
-}
-std::int32_t activate()
-{
-    return pdc_activate_config_ex2(PDC_CONFIG_TYPE_MODEM_SW_V01, 0);
-}
-// The one that waits for its indication.
-std::int32_t activate_other()
-{
+    return pdc_select_config_ex(&known, kSoftware, 0);
+};
+const auto deactivate = [] { return pdc_deactivate_config_ex(0, kSoftware); };
+const auto activate = [] { return pdc_activate_config_ex2(kSoftware, 0); };
+const auto activate_other = [] {
     return pdc_activate_config_ex(static_cast<pdc_config_type_enum_v01>(2), PDC_ACTIVATION_REFRESH_V01, 3, 4);
-}
+};
 
 class PdcClient : public EmbeddedRun {
  public:
@@ -108,25 +91,24 @@ const std::string kRefused = "action = 'error'\ncode = 25";
 
 const OutcomeCase kOutcomeCases[] = {
     {"WaitWithoutTimer", get_selected, "", 0, End::indication, "req_type = 6, timer_id = 1"},
-    {"EarlyIndicationAwaited", get_selected, ind_rule(34, "action = 'early'"), 0, End::early, "msg_id: 0x22"},
-    {"SilentModemAwaitedForever", get_selected, ind_rule(34, "action = 'silent'"), -1, End::timer,
+    {"EarlyIndicationAwaited", get_selected, rule(34, kIndication + "action = 'early'"), 0, End::early, "msg_id: 0x22"},
+    {"SilentModemAwaitedForever", get_selected, rule(34, kIndication + "action = 'silent'"), -1, End::timer,
      "qmi_pdc_request_timer_timeout_proc: get_sel is waiting, will stop it."},
     {"ErrorOfTheResponseIgnored", get_selected, rule(34, kRefused), -1, End::response, "get_sel_configs, errno: 0 6"},
     {"LostRequestAwaited", get_selected, rule(34, kAfterTheTimeOut), -1, End::lost, "get_sel_configs, errno: -3 39"},
     {"LostServiceTakenForAnAnswer", get_selected, rule(34, "action = 'down'"), -1, End::timer, "get_sel is waiting"},
-    {"BrokenIndicationHandled", get_selected, raw_ind(34, "0102000000 1105"), -1, End::timer,
-     "failed to decode qmi message, msg_id: 0x22"},
-    {"UnknownIndicationHandled", get_selected, ind_rule(34, "action = 'indicate'\nindication = 99\nbytes = ''"), -1,
-     End::timer, "failed to get message c_struct len"},
+    {"BrokenIndicationHandled", get_selected, rule(34, kIndication + "action = 'raw'\nbytes = '01020000001105'"), -1,
+     End::timer, "failed to decode qmi message, msg_id: 0x22"},
+    {"UnknownIndicationHandled", get_selected,
+     rule(34, kIndication + "action = 'indicate'\nindication = 99\nbytes = ''"), -1, End::timer,
+     "failed to get message c_struct len"},
     {"IndicationWithoutHandlerIsAFault", get_selected,
-     ind_rule(34, "action = 'indicate'\nindication = 41\nbytes = '010400'\nalso = true"), 0, End::indication,
+     rule(34, kIndication + "action = 'indicate'\nindication = 41\nbytes = '010400'\nalso = true"), 0, End::indication,
      "msg_id: 0x29"},
     {"SelectErrorOfTheResponseEndsIt", select_known, rule(35, kRefused), -1, End::timer, "sel_config is waiting"},
-    {"SelectLostRequestAwaited", select_known, rule(35, kAfterTheTimeOut), -1, End::lost, "selected_config, errno: -3"},
     {"DeactivateErrorOfTheResponseEndsIt", deactivate, rule(43, kRefused), -1, End::timer, "pdc_deact is waiting"},
-    {"DeactivateLostRequestAwaited", deactivate, rule(43, kAfterTheTimeOut), -1, End::lost, "config, errno: -3"},
-    {"ActivateAwaitsItsIndication", activate, ind_rule(39, "action = 'silent'"), 0, End::response, "not the response"},
-    {"ActivateLostRequestAwaited", activate, rule(39, kAfterTheTimeOut), -1, End::lost, "activate_config, errno: -3"},
+    {"ActivateAwaitsItsIndication", activate, rule(39, kIndication + "action = 'silent'"), 0, End::response, "end, "},
+    {"LostActivateStaysBusy", activate, rule(39, kAfterTheTimeOut), -1, End::lost, "activate_config, errno: -3"},
     {"ActivateOfOtherTypesAwaitsNothing", activate_other, rule(39, "action = 'indicate'\nbytes = '0102000700'"), -1,
      End::indication, "qmi_pdc_activate_config_ind_hdlr_ex: QMI error, error code: 7"},
 };
@@ -167,16 +149,16 @@ TEST_F(PdcClient, FailedSelectAndDeactivateStayBusyUntilTheClientIsOpenedAgain)
     pdc_config_pdc_info too_long{PDC_CONFIG_ID_MAX + 1, {}};
     EXPECT_EQ(pdc_select_config_ex(&too_long, PDC_CONFIG_TYPE_MODEM_SW_V01, 0), PDC_INVALID_CONFIG_ID);
     EXPECT_EQ(deactivate(), PDC_ERROR);
-    for (const auto request : {select_known, deactivate}) EXPECT_EQ(request(), PDC_BUSY);
+    for (const auto request : {+select_known, +deactivate}) EXPECT_EQ(request(), PDC_BUSY);
     EXPECT_EQ(requests().size(), 1U);
     ASSERT_EQ(velmor_mbn_init(1), 0);
     EXPECT_EQ(log_count("pdc_clean_ex: Release client connection to PDC"), 1U);
-    for (const auto request : {select_known, deactivate}) EXPECT_EQ(request(), 0);
+    for (const auto request : {+select_known, +deactivate}) EXPECT_EQ(request(), 0);
 }
 
 TEST_F(PdcClient, LateResultIsTheNextRequests)
 {
-    open(ind_rule(34, "action = 'silent'") + ind_rule(35, "action = 'silent'"));
+    open(rule(34, kIndication + "action = 'silent'") + rule(35, kIndication + "action = 'silent'"));
     pdc_result_ind_v01 good{};
     qmi_pdc_select_config_ind_hdlr_ex(&good, sizeof good);
     EXPECT_EQ(select_known(), 0);
@@ -213,7 +195,7 @@ TEST_F(PdcClient, RequestsOfDifferentKindsOverlap)
     open();
     std::atomic<int> right{0};
     std::vector<std::thread> threads;
-    for (const auto request : {get_selected, select_known, activate})
+    for (const auto request : {+get_selected, +select_known, +activate})
         threads.emplace_back([&right, request] {
             for (int i = 0; i < 50; ++i) right += request() == 0;
         });
@@ -304,32 +286,24 @@ TEST_F(PdcClient, FirstTimerThatExpiresEndsEverySleeperAndTheOthersRunOn)
     EXPECT_EQ(g_pdc_info_ex.pdc_list.is_pdc_list_done, 0) << "nobody slept any more";
 }
 
-TEST_F(PdcClient, TimersOfNoRequestAreNotFound)
+TEST_F(PdcClient, TimersStandInTheSlotsOfTheirKinds)
 {
     for (const int req_type : {0, 12, -1}) {
         qmi_pdc_request_timer_start(req_type);
         qmi_pdc_request_timer_stop(req_type);
     }
     EXPECT_EQ(log_count("not support this req_type, do nothing."), 6U);
-    EXPECT_EQ(calls(), Lines{});
-    qmi_pdc_request_timer_start(PDC_REQ_VALIDATE);
-    const std::uint32_t validation = *qmi_pdc_request_timer_get_ptr_by_req_type(PDC_REQ_VALIDATE);
-    EXPECT_EQ(qmi_pdc_request_timer_get_ptr_by_timer_id(validation), nullptr);
-    EXPECT_EQ(qmi_pdc_request_timer_get_req_type_by_timer_id(validation), PDC_REQ_LIST);
-    EXPECT_EQ(log_count("not find this timer_id(1)"), 2U);
-    qmi_pdc_request_timer_start(PDC_REQ_LIST);
+    for (const int req_type : {PDC_REQ_VALIDATE, PDC_REQ_LIST, PDC_REQ_LIST}) qmi_pdc_request_timer_start(req_type);
+    EXPECT_EQ(calls(), (Lines{"timer_settime 5.000000000", "timer_settime 5.000000000", "timer_settime 0.000000000",
+                              "timer_settime 5.000000000"}))
+        << "one that runs is stopped first";
+    EXPECT_EQ(timer_of(kKinds[0]), 3U);
     EXPECT_EQ(qmi_pdc_request_timer_get_ptr_by_timer_id(0), &timer_of(kKinds[1])) << "the first idle one";
+    EXPECT_EQ(qmi_pdc_request_timer_get_ptr_by_timer_id(1), nullptr) << "a validation isn't looked for";
+    EXPECT_EQ(qmi_pdc_request_timer_get_req_type_by_timer_id(1), PDC_REQ_LIST);
+    EXPECT_EQ(log_count("not find this timer_id(1)"), 2U);
     qmi_pdc_init_pdc_info();
     EXPECT_EQ(timer_of(kKinds[0]), 0U);
-}
-
-TEST_F(PdcClient, StartStopsTheTimerThatRuns)
-{
-    qmi_pdc_request_timer_start(PDC_REQ_DEL);
-    qmi_pdc_request_timer_start(PDC_REQ_DEL);
-    EXPECT_EQ(g_pdc_info_ex.pdc_del.timer_id, 2U);
-    EXPECT_EQ(calls(), (Lines{"timer_settime 5.000000000", "timer_settime 0.000000000", "timer_settime 5.000000000"}));
-    EXPECT_EQ(log_count("find the timer is running, will stop it af first, timer_id = 1, req_type = 5"), 1U);
 }
 
 // ---- Messages that the shell has no request for, and indications that nobody waits for ----
@@ -401,13 +375,20 @@ const HandlerCase kHandlerCases[] = {
     {"LoadReceivedDropped", PDC_REQ_LOAD, "010200 0000 110400 07000000", 0, ""},
     {"LoadResetByValue", PDC_REQ_LOAD, "010200 0000 110400 66000000 130100 00", -3, "PDC frame data is reset"},
     {"LoadRemainingDropped", PDC_REQ_LOAD, "010200 0000 120400 05000000", 0, ""},
-    {"InfoWithoutHolder", PDC_REQ_INFO, {}, -1, "NULL pointer for config_info_holder"},
+    {"InfoNull", PDC_REQ_INFO, {}, -1, "NULL pointer for ind_data_ptr"},
+    {"InfoOfAnErrorRefused", PDC_REQ_INFO, "010200 1000 110400 33000000 120300 024E65 130400 44000000 160400 55000000",
+     0, ""},
     {"DefaultNull", PDC_REQ_DEFAULT_INFO, {}, -1, "NULL pointer for ind_data_ptr"},
-    {"DefaultWithoutHolder", PDC_REQ_DEFAULT_INFO, "010200 0000", -1, "NULL pointer for config_info"},
+    {"DefaultOfAnErrorRefused", PDC_REQ_DEFAULT_INFO, "010200 1000 110400 66000000 120400 77000000 130300 024E65", 0,
+     "def_ind->config_desc_len = 2"},
 };
 
 TEST_F(PdcMessages, HandlersDeliverWithoutAnybodyWaiting)
 {
+    pdc_config_desc_info info{}, default_info{};
+    std::memset(default_info.config_desc, 'x', sizeof default_info.config_desc);
+    g_pdc_info_ex.pdc_info.config_info_holder = &info;
+    g_pdc_info_ex.default_info.config_info = &default_info;
     for (const HandlerCase& row : kHandlerCases) {
         SCOPED_TRACE(row.catches);
         const Kind& kind = kKinds[row.req_type - 1];
@@ -428,6 +409,11 @@ TEST_F(PdcMessages, HandlersDeliverWithoutAnybodyWaiting)
     EXPECT_EQ(hex({selected.config_id, selected.config_id + 124}), std::string(248, 'A'));
     EXPECT_EQ(g_pdc_info_ex.pdc_load.remaining_size, 5U);
     EXPECT_EQ(g_pdc_info_ex.pdc_load.received_size, 7U) << "not that of the lost frames";
+    EXPECT_EQ(info.config_desc_len * 256 + info.config_desc[1], 0x265U);
+    EXPECT_EQ(info.config_version, 0x44U);
+    EXPECT_EQ(info.second_version, 0x55U);
+    EXPECT_STREQ(reinterpret_cast<const char*>(default_info.config_desc), "Ne") << "all 255 bytes are copied";
+    EXPECT_EQ(default_info.config_version, 0x66U);
     qmi_pdc_list_configs_ind_hdlr_ex(nullptr, 0);
     EXPECT_EQ(log_count("is_pdc_list_handling is not running, do nothing"), 1U);
     EXPECT_EQ(g_pdc_info_ex.pdc_list.is_pdc_list_done, 0);
@@ -462,9 +448,9 @@ TEST_F(PdcClient, OutcomesAreMappedByErrorAndContext)
         const char* catches;
         int transport;
         std::uint32_t result, error, context;
-        qmi_ril_err_payload payload;
+        std::optional<qmi_ril_err_payload> payload;
         std::int32_t expected;
-    } const cases[] = {
+    } const rows[] = {
         {"TransportIgnored", -1, 0, 0, 0, {}, 39},
         {"GoneIsAFailure", -2, 0, 0, 0, {}, 0},
         {"GoneHidesTheError", -2, 1, 2, 0, {}, 37},
@@ -480,36 +466,33 @@ TEST_F(PdcClient, OutcomesAreMappedByErrorAndContext)
         {"Context5OfAnother", 0, 1, 13, 7, {}, 63},
         {"Context7", 0, 1, 52, 7, {}, 0},
         {"Context8", 0, 1, 74, 8, {}, 0},
-        {"Dial", 0, 1, 1, 1, {1, 3, 0, 0}, 1006},
-        {"DialWithoutItsFlag", 0, 1, 1, 1, {0, 3, 0, 0}, 38},
-        {"DialUnknownType", 0, 1, 1, 1, {1, 4, 0, 0}, 38},
-        {"VideoDial", 0, 1, 1, 2, {1, 0, 0, 0}, 1009},
-        {"Context3", 0, 1, 1, 3, {0, 2, 0, 0}, 25},
-        {"Context4", 0, 1, 1, 4, {0, 1, 0, 0}, 22},
-        {"Context6", 0, 1, 1, 6, {0, 1, 0, 0}, 71},
-        {"Context6Otherwise", 0, 1, 1, 6, {0, 0, 0, 0}, 2},
-        {"Context6NotReady", 0, 1, 52, 6, {0, 1, 0, 0}, 0},
-        {"ManageIp", 0, 1, 1, 9, {0, 0, 1, 388}, 2},
-        {"ManageIpOtherCause", 0, 1, 1, 9, {0, 0, 1, 390}, 38},
-        {"ContextAfterTheTransport", -3, 0, 0, 1, {1, 0, 0, 0}, 39},
+        {"Dial", 0, 1, 1, 1, {{1, 3, 0, 0}}, 1006},
+        {"DialWithoutItsFlag", 0, 1, 1, 1, {{0, 3, 0, 0}}, 38},
+        {"DialUnknownType", 0, 1, 1, 1, {{1, 4, 0, 0}}, 38},
+        {"VideoDial", 0, 1, 1, 2, {{1, 0, 0, 0}}, 1009},
+        {"DialWithoutPayload", 0, 1, 1, 1, {}, 38},
+        {"Context3", 0, 1, 1, 3, {{0, 2, 0, 0}}, 25},
+        {"Context4", 0, 1, 1, 4, {{0, 1, 0, 0}}, 22},
+        {"Context6", 0, 1, 1, 6, {{0, 1, 0, 0}}, 71},
+        {"Context6Otherwise", 0, 1, 1, 6, {{0, 0, 0, 0}}, 2},
+        {"Context6NotReady", 0, 1, 52, 6, {{0, 1, 0, 0}}, 0},
+        {"ManageIp", 0, 1, 1, 9, {{0, 0, 1, 388}}, 2},
+        {"ManageIpOtherCause", 0, 1, 1, 9, {{0, 0, 1, 390}}, 38},
+        {"ContextAfterTheTransport", -3, 0, 0, 1, {{1, 0, 0, 0}}, 39},
     };
-    for (const auto& c : cases) {
-        qmi_response_type response{c.result, c.error};
+    for (const auto& row : rows) {
+        const qmi_response_type response{row.result, row.error};
+        const void* payload = row.payload ? &*row.payload : nullptr;
         EXPECT_EQ(qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(
-                      c.transport, &response, static_cast<qmi_ril_err_context_e_type>(c.context), &c.payload),
-                  c.expected)
-            << c.catches;
+                      row.transport, &response, static_cast<qmi_ril_err_context_e_type>(row.context), payload),
+                  row.expected)
+            << row.catches;
     }
     for (const char* words : {"transport error -1, result 39", "transport error -3, result 39",
                               "QMI result 2, result 39", "QMI error 999, result 40"})
         EXPECT_EQ(log_count(std::string("_to_ril_result_ex: ") + words), 1U) << words;
     EXPECT_EQ(log_count("3 util: [qcril_result.cpp: "), 4U) << "what a row says is told too";
     EXPECT_EQ(qcril_qmi_util_convert_qmi_response_codes_to_ril_result(0, nullptr), 0);
-    qmi_response_type response{1, 1};
-    for (std::uint32_t context = 0; context <= 9; ++context)  // a missing payload decides nothing
-        EXPECT_EQ(qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(
-                      0, &response, static_cast<qmi_ril_err_context_e_type>(context), nullptr),
-                  38);
 }
 
 }  // namespace

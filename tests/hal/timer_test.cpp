@@ -1,10 +1,11 @@
 // The timer service: numbers, firing, stopping, and what fails.
 #include <atomic>
-#include <functional>
 #include <thread>
 
-#include "hal/timer_list.h"
-#include "support/program.h"
+#include "qti_shared_mutex.h"
+#include "support/embedded_run.h"
+#include "support/wrapped_calls.h"
+#include "velmor_utils_timer.h"
 
 namespace rbk::test {
 namespace {
@@ -13,17 +14,11 @@ using Lines = std::vector<std::string>;
 
 constexpr unsigned long kNeverHere = 360'000;  // seconds; a hundredth of it is an hour
 
-std::atomic<int> g_fired;    // sum of the numbers that callbacks were given
-std::atomic<int> g_stopped;  // what the last callback's own stop answered, and 1
+std::atomic<int> g_fired;  // sum of the numbers that callbacks were given
 
 void count(sigval value)
 {
     g_fired += value.sival_int;
-}
-
-void stop_itself(sigval value)
-{
-    g_stopped = 1 + static_cast<int>(velmor_timer_stop(static_cast<uint32_t>(value.sival_int)));
 }
 
 class TimerTest : public EmbeddedRun {};
@@ -57,11 +52,14 @@ TEST_F(TimerTest, StoppedOnesAreDisarmedAndTheOthersFire)
 
 TEST_F(TimerTest, CallbackStopsItsOwnTimer)
 {
-    const TimersAreListedFirst listed(*this, home() / "calls");
-    const uint32_t timer = velmor_timer_start(stop_itself, 0);
-    EXPECT_TRUE(wait_until([] { return g_stopped != 0; }));
-    EXPECT_EQ(g_stopped, 1 + 1);
-    EXPECT_EQ(velmor_timer_stop(timer), 0U);
+    const auto stop_itself = [](sigval value) {  // which may be called before the start has listed it
+        EXPECT_TRUE(wait_until([&] {
+            return (g_fired += static_cast<int>(velmor_timer_stop(static_cast<uint32_t>(value.sival_int)))) == 1;
+        }));
+    };
+    EXPECT_EQ(velmor_timer_start(stop_itself, 0), 1U);
+    EXPECT_TRUE(wait_until([] { return g_fired == 1; }));
+    EXPECT_EQ(velmor_timer_stop(1), 0U);
 }
 
 TEST_F(TimerTest, FailuresOfTheSystemAreToldAndAStartThatFailsUsesItsNumberUp)
@@ -81,17 +79,24 @@ TEST_F(TimerTest, FailuresOfTheSystemAreToldAndAStartThatFailsUsesItsNumberUp)
     EXPECT_EQ(log_count("Cancel timer with ID 3"), 1U);
 }
 
+// The one that a stop locks, here of a timer that isn't there.
+qtimutex::QtiSharedMutex& list_mutex()
+{
+    const void* mutex = nullptr;
+    const OnCalls hook([&](std::string_view, const void* lock) { mutex = lock; });
+    velmor_timer_stop(0);
+    return *const_cast<qtimutex::QtiSharedMutex*>(static_cast<const qtimutex::QtiSharedMutex*>(mutex));
+}
+
 TEST_F(TimerTest, ListIsChangedUnderItsMutex)
 {
-    qtimutex::QtiSharedMutex& list = timer_list_mutex();
-    const std::function<uint32_t()> operations[] = {[] { return velmor_timer_start(count, kNeverHere); },
-                                                    [] { return velmor_timer_stop(1); }};
-    for (const auto& operation : operations) {
+    qtimutex::QtiSharedMutex& list = list_mutex();
+    const auto start = [] { return velmor_timer_start(count, kNeverHere); };
+    const auto stop = [] { return velmor_timer_stop(1); };
+    for (uint32_t (*operation)() : {+start, +stop}) {
         list.lock();
         std::atomic<bool> asks{false}, done{false};
-        const OnCalls hook([&](std::string_view call, const void* lock) {
-            if (call == "lock" && lock == &list) asks = true;
-        });
+        const OnCalls hook([&](std::string_view, const void* lock) { asks = asks || lock == &list; });
         std::thread other([&] { done = operation() == 1; });
         EXPECT_TRUE(wait_until([&] { return asks || done; }));
         EXPECT_FALSE(done);
