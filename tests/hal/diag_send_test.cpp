@@ -5,13 +5,16 @@
 #include <malloc.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstring>
+#include <functional>
+#include <mutex>
 #include <thread>
 
 #include "support/embedded_run.h"
-#include "support/wrapped_calls.h"
+#include "support/on_calls.h"
 #include "velmor_diag_rsp.h"
 
 namespace rbk::test {
@@ -83,42 +86,50 @@ bool threads_have_ended()
     return true;
 }
 
+// The calls while it lives, without the steps of waits.
+class Recorded {
+ public:
+    Lines calls() const
+    {
+        const std::lock_guard lock(mutex_);
+        return calls_;
+    }
+    std::ptrdiff_t count(const std::string& call) const
+    {
+        const Lines all = calls();
+        return std::count_if(all.begin(), all.end(), [&](const std::string& each) { return each.starts_with(call); });
+    }
+
+ private:
+    mutable std::mutex mutex_;
+    Lines calls_;
+    OnCalls hook_{[this](std::string_view call, const void* lock) {
+        if (lock != nullptr || call == "usleep 100000" || call.starts_with("sem_")) return;
+        const std::lock_guard guard(mutex_);
+        calls_.emplace_back(call);
+    }};
+};
+
 class DiagSend : public EmbeddedRun {
  public:
     // Waits are as long as they say: an answer must not lose against a shortened time-out.
     DiagSend() { shorten_waits("1"); }
     static void shorten_waits(const char* divisor) { setenv("RBK_TEST_DIVISOR", divisor, 1); }
-
-    // The calls so far, without the steps of the wait; and how many steps there were.
-    Lines calls_but_steps() const
-    {
-        Lines lines = lines_of(read_file(home() / "calls"));
-        std::erase(lines, kStep);
-        return lines;
-    }
-    std::ptrdiff_t steps() const
-    {
-        const Lines lines = lines_of(read_file(home() / "calls"));
-        return std::count(lines.begin(), lines.end(), kStep);
-    }
-
- private:
-    inline static const std::string kStep = "usleep 100000";
+    std::size_t steps() const { return log_count("wait_thread_proc, cnt_of_100ms = "); }
 };
 
 // ---- Checks ----
 
 TEST_F(DiagSend, RequestsAndPlacesForAnswersAreChecked)
 {
+    const Recorded recorded;
     const Bytes bytes(5000, 0x7C);
-    const std::pair<std::int32_t, std::int32_t> requests_by_len[] = {{0, 1}, {1, 0}, {4096, 0}, {4097, 1}, {-1, 1}};
-    for (const auto& [len, result] : requests_by_len)
+    for (const auto& [len, result] : {std::pair{0, 1}, {1, 0}, {4096, 0}, {4097, 1}, {-1, 1}})
         EXPECT_EQ(velmor_diag_comand_input_check(bytes.data(), len), result) << len;
-    EXPECT_EQ(velmor_diag_comand_input_check(nullptr, 1), 1);
-    const std::pair<std::int32_t, std::int32_t> places_by_len[] = {{0, 1}, {INT32_MIN, 1}, {1, 0}};
-    for (const auto& [len, result] : places_by_len)
+    for (const auto& [len, result] : {std::pair{0, 1}, {INT32_MIN, 1}, {1, 0}})
         EXPECT_EQ(velmor_diag_comand_output_check(bytes.data(), &len), result) << len;
     const std::int32_t one = 1;
+    EXPECT_EQ(velmor_diag_comand_input_check(nullptr, 1), 1);
     EXPECT_EQ(velmor_diag_comand_output_check(nullptr, &one), 1);
     EXPECT_EQ(velmor_diag_comand_output_check(bytes.data(), nullptr), 1);
     for (const Mode mode : kModes) {
@@ -126,9 +137,7 @@ TEST_F(DiagSend, RequestsAndPlacesForAnswersAreChecked)
         EXPECT_EQ(send(mode, {0x7C}, 3000, 0).result, 1);
         EXPECT_EQ(send_without_result(mode, Bytes(4097)), 1);
     }
-    EXPECT_EQ(log_count("velmor_diag_comand_param_check fail") + log_count("velmor_diag_comand_output_check fail"), 4U);
-    EXPECT_EQ(log_count("velmor_diag_comand_input_check fail"), 2U);
-    EXPECT_EQ(calls_but_steps(), Lines{}) << "nothing has been started";
+    EXPECT_EQ(recorded.calls(), Lines{}) << "nothing has been started";
 }
 
 TEST_F(DiagSend, PacketsAreCheckedByTheirLengthAndNamedByTheirProcessor)
@@ -157,16 +166,6 @@ TEST_F(DiagSend, PacketsAreCheckedByTheirLengthAndNamedByTheirProcessor)
     EXPECT_EQ(velmor_diag_cmd_response_check(nullptr, 2, nullptr), 1);
     velmor_print_data_with_hex(nullptr, 3);
     EXPECT_EQ(log_count("print_data_with_hex, data is null"), 1U);
-}
-
-TEST_F(DiagSend, StartsAreCountedAndOneStopEndsThem)
-{
-    velmor_diag_init_with_result();
-    velmor_diag_init_with_result();
-    EXPECT_EQ(g_diag_init_status, 2);
-    EXPECT_EQ(log_count("diag init done, g_diag_init_status = 1"), 1U);
-    velmor_diag_deinit_with_result();
-    EXPECT_EQ(g_diag_init_status, 0);
 }
 
 // ---- Answers ----
@@ -225,34 +224,45 @@ TEST_F(DiagSend, RemoteProcessorsAnswerToo)
 
 // ---- What the library is asked for, and by how many at once ----
 
-const Lines kOfCallback = {"Diag_LSM_Init", "diag_switch_logging 6", "diag_switch_logging 1", "Diag_LSM_DeInit"};
 const std::string kDciClient = "diag_register_dci_client 2 0 18";
 const std::string kDciSignal = "diag_register_dci_signal_data SIGRTMIN+30";
 
 TEST_F(DiagSend, LibraryIsStartedUsedAndGivenBackInThisOrder)
 {
-    send(Mode::callback, {0x7C});
-    EXPECT_EQ(calls_but_steps(), kOfCallback);
-    calls();
-    send(Mode::dci, {0x7C});
-    EXPECT_EQ(calls_but_steps(),
-              (Lines{"Diag_LSM_Init", kDciClient, kDciSignal, "Diag_LSM_DeInit", "diag_release_dci_client"}));
-    EXPECT_EQ(log_count("Releasing DCI connection, err: -1, errno: 107"), 1U);
-}
-
-TEST_F(DiagSend, WorkersSendSleepAndGiveTheLibraryBack)
-{
-    shorten_waits("5");  // a fifth of a second for packets to pass in DCI mode
-    scenario(kStreams + "[diag]\nmpss_up = false\n" + response("7C", packet_of(0x7C, 11)));
-    EXPECT_EQ(send_without_result(Mode::dci, {0x7C}), 0);
-    const Lines expected = {"Diag_LSM_Init",           kDciClient,        kDciSignal,      "sleep 1",
-                            "diag_release_dci_client", "Diag_LSM_DeInit", "usleep 3000000"};
-    EXPECT_TRUE(wait_until([&] { return calls_but_steps().size() == expected.size(); }));
-    EXPECT_EQ(calls_but_steps(), expected);
-    for (const char* words : {"conf = 0, diag_work_mode = 1", "by_dci_no_handle: len = 11", "MPSS on ch:0: DOWN",
+    shorten_waits("5");  // workers leave a fifth of their time for packets to pass
+    scenario(kStreams + response("7C", packet_of(0x7C, 11)));
+    struct {
+        const char* what;
+        std::function<void()> send;
+        Lines calls;
+    } const rows[] = {
+        {"DCI",
+         [] { send(Mode::dci, {0x7C}); },
+         {"Diag_LSM_Init", kDciClient, kDciSignal, "Diag_LSM_DeInit", "diag_release_dci_client"}},
+        {"callback",
+         [] { send(Mode::callback, {0x7C}); },
+         {"Diag_LSM_Init", "diag_switch_logging 6", "diag_switch_logging 1", "Diag_LSM_DeInit"}},
+        {"DCI worker",
+         [] { send_without_result(Mode::dci, {0x7C}); },
+         {"Diag_LSM_Init", kDciClient, kDciSignal, "sleep 1", "diag_release_dci_client", "Diag_LSM_DeInit",
+          "usleep 3000000"}},
+        {"callback worker",
+         [] { send_without_result(Mode::callback, {0x7C}); },
+         {"Diag_LSM_Init", "diag_switch_logging 6", "usleep 200000", "diag_switch_logging 1", "Diag_LSM_DeInit",
+          "usleep 3000000"}},
+    };
+    for (const auto& row : rows) {
+        const Recorded recorded;
+        row.send();
+        EXPECT_TRUE(wait_until([&] { return recorded.calls().size() >= row.calls.size(); }));
+        EXPECT_EQ(recorded.calls(), row.calls) << row.what;
+    }
+    for (const char* words : {"diag_work_mode = 0", "diag_work_mode = 1", "by_dci_no_handle: len = 11",
+                              "by_callback_no_handle: len = 11", "Releasing DCI connection, err: -1, errno: 107",
                               "_by_dci_mode_thread_proc: Releasing DCI connection, err: 1001"})
         EXPECT_EQ(log_count(words), 1U) << words;
     EXPECT_GE(log_count("by_dci_log_stream_no_handle: len = 2"), 1U);
+    EXPECT_EQ(g_diag_init_status, 0);
 }
 
 // Each that begins while another is at work waits for it.
@@ -260,19 +270,16 @@ TEST_F(DiagSend, SendsAndWorkersWaitForTheirLike)
 {
     shorten_waits("10");
     scenario(response("7C", packet_of(0x7C, 11, 20)));
+    const Recorded recorded;
     std::vector<std::thread> senders;
-    std::atomic<int> answered = 0;
     for (const Mode mode : {Mode::callback, Mode::dci, Mode::callback, Mode::dci})
-        senders.emplace_back([&, mode] { answered += send(mode, {0x7C}).result == 0; });
+        senders.emplace_back([mode] { EXPECT_EQ(send(mode, {0x7C}).result, 0); });
     for (std::thread& sender : senders) sender.join();
-    EXPECT_EQ(answered, 4);
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(send_without_result(Mode::callback, {0x7C}), 0);
-    Lines of_library;
-    EXPECT_TRUE(wait_until([&] {
-        of_library = calls_but_steps();
-        std::erase_if(of_library, [](const std::string& call) { return !call.starts_with("Diag_"); });
-        return of_library.size() == 12;
-    }));
+    for (const Mode mode : kModes) send_without_result(mode, {0x7C});
+    EXPECT_TRUE(wait_until([&] { return recorded.count("Diag_LSM_DeInit") == 6; }));
+    Lines of_library = recorded.calls();
+    std::erase_if(of_library, [](const std::string& call) { return !call.starts_with("Diag_"); });
+    ASSERT_EQ(of_library.size(), 12U);
     for (std::size_t i = 0; i < of_library.size(); ++i)
         EXPECT_EQ(of_library[i], i % 2 == 0 ? "Diag_LSM_Init" : "Diag_LSM_DeInit");
 }
@@ -283,7 +290,7 @@ struct WaitCase {
     const char* catches;
     Mode mode;
     std::uint32_t wait_ms;
-    std::ptrdiff_t steps;
+    std::size_t steps;
 };
 const WaitCase kWaits[] = {
     {"ZeroWaitsForEver", Mode::callback, 0, 30},
@@ -299,7 +306,7 @@ TEST_F(DiagSend, SilenceEndsAfterItsSteps)
 {
     shorten_waits("1000");
     const OnCalls told_first("sem_wait", threads_have_ended);  // that it was a time-out
-    std::ptrdiff_t steps_before = 0;
+    std::size_t steps_before = 0;
     for (const WaitCase& row : kWaits) {
         SCOPED_TRACE(row.catches);
         const Reply reply = send(row.mode, {0x99}, row.wait_ms);
@@ -315,11 +322,11 @@ TEST_F(DiagSend, WaitThreadEndsWithItsSender)
 {
     shorten_waits("1000");
     std::atomic<bool> sent{false};
-    const OnCalls held("usleep", [&] { return sent.load(); });
+    const OnCalls held("usleep 100000", [&] { return sent.load(); });
     EXPECT_EQ(send(Mode::callback, {0x7C}).result, 0);
     sent = true;
     EXPECT_TRUE(wait_until(threads_have_ended));
-    EXPECT_EQ(steps(), 1);
+    EXPECT_EQ(steps(), 1U);
     EXPECT_EQ(log_count("stop waiting"), 0U);
 }
 
@@ -328,15 +335,13 @@ TEST_F(DiagSend, AnswerOfWholeFragmentsCostsTheWholeTimeOut)
 {
     shorten_waits("1000");
     scenario(response("4B", packet_of(1, 4096) + packet_of(2, 4096)));
-    const OnCalls held("usleep", [&] { return log_count("data_size = 4096\n") == 2; });
+    const OnCalls held("usleep 100000", [&] { return log_count("data_size = 4096\n") == 2; });
     const Reply reply = send(Mode::dci, {0x4B}, 300);
     EXPECT_EQ(reply.result, 0);
-    EXPECT_EQ(reply.bytes, [] {
-        Bytes both(8192, 1);
-        std::fill(both.begin() + 4096, both.end(), 2);
-        return both;
-    }());
-    EXPECT_EQ(steps(), 3);
+    Bytes both(8192, 1);
+    std::fill(both.begin() + 4096, both.end(), 2);
+    EXPECT_EQ(reply.bytes, both);
+    EXPECT_EQ(steps(), 3U);
     EXPECT_EQ(log_count("stop waiting, receive success, length is times of 4096"), 1U);
 }
 
@@ -408,26 +413,23 @@ TEST_P(DiagFailure, IsToldAndTheLibraryGivenBack)
     shorten_waits("100");
     const FailureCase& row = GetParam();
     scenario(row.scenario);
+    const Recorded recorded;
     const Reply reply = send(row.mode, {0x7C});
     EXPECT_EQ(reply.result, 1);
     EXPECT_EQ(reply.len, kRoom) << "untouched";
     EXPECT_EQ(log_count(row.says), 1U);
     EXPECT_EQ(log_count("velmor daig is created"), 0U) << "no wait thread";
-    const auto count = [this](const std::string& call) {
-        const Lines all = calls_but_steps();
-        return std::count_if(all.begin(), all.end(), [&](const std::string& each) { return each.starts_with(call); });
-    };
-    const bool has_client = row.mode == Mode::dci && log_count("Could not register with DCI") == 0;
-    EXPECT_EQ(count("Diag_LSM_DeInit"), 1);
-    EXPECT_EQ(count("diag_switch_logging 1"), row.mode == Mode::callback ? 1 : 0);
-    EXPECT_EQ(count("diag_release_dci_client"), has_client ? 1 : 0);
+    const int clients = row.mode == Mode::dci && log_count("Could not register with DCI") == 0 ? 1 : 0;
+    EXPECT_EQ(recorded.count("Diag_LSM_DeInit"), 1);
+    EXPECT_EQ(recorded.count("diag_switch_logging 1"), row.mode == Mode::callback ? 1 : 0);
+    EXPECT_EQ(recorded.count("diag_release_dci_client"), clients);
     if (!row.of_worker_too) return;
     EXPECT_EQ(send_without_result(row.mode, {0x7C}), 0) << "it is told to the log alone";
-    EXPECT_TRUE(wait_until([&] { return count("usleep 3000000") == 1; }));
+    EXPECT_TRUE(wait_until([&] { return recorded.count("usleep 3000000") == 1; }));
     EXPECT_EQ(log_count(row.says), 2U);
-    EXPECT_EQ(count("diag_release_dci_client"), has_client ? 2 : 0);
-    EXPECT_EQ(count("Diag_LSM_Init") - count("Diag_LSM_DeInit"), log_count("LSM init failed") == 0 ? 0 : 1);
-    EXPECT_EQ(count("sleep 1"), 0) << "nothing to pass";
+    EXPECT_EQ(recorded.count("Diag_LSM_DeInit"), log_count("LSM init failed") == 0 ? 2 : 1);
+    EXPECT_EQ(recorded.count("diag_release_dci_client"), 2 * clients);
+    EXPECT_EQ(recorded.count("sleep 1"), 0) << "nothing to pass";
 }
 INSTANTIATE_TEST_SUITE_P(All, DiagFailure, testing::ValuesIn(kFailures),
                          [](const auto& row) { return row.param.catches; });

@@ -4,7 +4,7 @@
 
 #include "qti_shared_mutex.h"
 #include "support/embedded_run.h"
-#include "support/wrapped_calls.h"
+#include "support/on_calls.h"
 #include "velmor_utils_timer.h"
 
 namespace rbk::test {

@@ -1,15 +1,14 @@
-// Locks, semaphores and the diag library's calls of this process: told to the hook, and those of diag written down with
-// what they were given. Linked with --wrap for each.
-#include "support/wrapped_calls.h"
-
+// Locks, semaphores and the diag library's calls of this process, told with what they were given. Linked with --wrap for
+// each.
 #include <semaphore.h>
 #include <signal.h>
 
 #include "diag_lsm.h"
 #include "qti_shared_mutex.h"
+#include "support/on_calls.h"
 
 using rbk::test::tell_call;
-using rbk::test::write_down;
+using std::to_string;
 
 extern "C" {
 
@@ -46,40 +45,39 @@ int __wrap_sem_post(sem_t* semaphore)
 
 uint8_t __wrap_Diag_LSM_Init(uint8_t* params)
 {
-    write_down("Diag_LSM_Init");
+    tell_call("Diag_LSM_Init");
     return __real_Diag_LSM_Init(params);
 }
 
 uint8_t __wrap_Diag_LSM_DeInit()
 {
     tell_call("Diag_LSM_DeInit");
-    write_down("Diag_LSM_DeInit");
     return __real_Diag_LSM_DeInit();
 }
 
 int32_t __wrap_diag_switch_logging(int32_t mode, char* proc_type)
 {
-    write_down("diag_switch_logging " + std::to_string(mode));
+    tell_call("diag_switch_logging " + to_string(mode));
     return __real_diag_switch_logging(mode, proc_type);
 }
 
 int32_t __wrap_diag_register_dci_client(int32_t* client_id, const uint16_t* peripherals, int32_t processor,
                                         const int32_t* os_params)
 {
-    write_down("diag_register_dci_client " + std::to_string(*peripherals) + " " + std::to_string(processor) + " " +
-               std::to_string(*os_params));
+    tell_call("diag_register_dci_client " + to_string(*peripherals) + " " + to_string(processor) + " " +
+              to_string(*os_params));
     return __real_diag_register_dci_client(client_id, peripherals, processor, os_params);
 }
 
 int32_t __wrap_diag_register_dci_signal_data(int32_t client_id, int32_t signal_number)
 {
-    write_down("diag_register_dci_signal_data SIGRTMIN+" + std::to_string(signal_number - SIGRTMIN));
+    tell_call("diag_register_dci_signal_data SIGRTMIN+" + to_string(signal_number - SIGRTMIN));
     return __real_diag_register_dci_signal_data(client_id, signal_number);
 }
 
 int32_t __wrap_diag_release_dci_client(int32_t* client_id)
 {
-    write_down("diag_release_dci_client");
+    tell_call("diag_release_dci_client");
     return __real_diag_release_dci_client(client_id);
 }
 

@@ -2,8 +2,6 @@
 // Each call is a line in the file that RBK_TEST_CALLS names: "sleep 3", "usleep 20000", "timer_settime 10.000000000",
 // "system echo ...". RBK_TEST_DIVISOR is the factor, 100 when unset; RBK_TEST_SYSTEM what `system` answers, else 0;
 // RBK_TEST_FAIL names a wrapped operation of timers that fails.
-#include "wrapped_calls.h"
-
 #include <fcntl.h>
 #include <signal.h>
 #include <time.h>
@@ -13,59 +11,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
-#include <utility>
+#include <string>
 
-#include "wait_until.h"
+#include "on_calls.h"
 
-namespace rbk::test {
 namespace {
 
-struct Hook {
-    std::mutex mutex;
-    CallHook call;
-};
-
-// Never destroyed: threads outlive the end of main.
-Hook& hook()
+long number_from(const char* variable, long otherwise)
 {
-    static auto* const one = new Hook;
-    return *one;
-}
-
-void set_hook(CallHook call)
-{
-    const std::lock_guard lock(hook().mutex);
-    hook().call = std::move(call);
-}
-
-}  // namespace
-
-OnCalls::OnCalls(CallHook hook)
-{
-    set_hook(std::move(hook));
-}
-
-OnCalls::OnCalls(std::string held, std::function<bool()> met)
-    : OnCalls([held = std::move(held), met = std::move(met)](std::string_view call, const void*) {
-          if (call == held) wait_until(met);
-      })
-{
-}
-
-OnCalls::~OnCalls()
-{
-    set_hook(nullptr);
-}
-
-void tell_call(std::string_view call, const void* lock)
-{
-    CallHook told;
-    {
-        const std::lock_guard guard(hook().mutex);
-        told = hook().call;
-    }
-    if (told) told(call, lock);
+    const char* text = std::getenv(variable);
+    return text != nullptr ? std::atol(text) : otherwise;
 }
 
 void write_down(const std::string& call)
@@ -77,19 +32,6 @@ void write_down(const std::string& call)
     const std::string line = call + "\n";
     if (fd < 0 || write(fd, line.data(), line.size()) < 0) std::abort();  // a test that misses calls isn't one
     close(fd);
-}
-
-}  // namespace rbk::test
-
-using rbk::test::tell_call;
-using rbk::test::write_down;
-
-namespace {
-
-long number_from(const char* variable, long otherwise)
-{
-    const char* text = std::getenv(variable);
-    return text != nullptr ? std::atol(text) : otherwise;
 }
 
 bool is_to_fail(const char* operation)
@@ -119,6 +61,7 @@ extern "C" {
 
 unsigned __wrap_sleep(unsigned seconds)
 {
+    rbk::test::tell_call("sleep " + std::to_string(seconds));
     write_down("sleep " + std::to_string(seconds));
     wait_for(shortened(seconds, 0));
     return 0;
@@ -126,7 +69,7 @@ unsigned __wrap_sleep(unsigned seconds)
 
 int __wrap_usleep(useconds_t microseconds)
 {
-    tell_call("usleep");
+    rbk::test::tell_call("usleep " + std::to_string(microseconds));
     write_down("usleep " + std::to_string(microseconds));
     wait_for(shortened(microseconds / 1'000'000, microseconds % 1'000'000 * 1000L));
     return 0;
@@ -154,9 +97,9 @@ int __wrap_timer_create(clockid_t clock, sigevent* event, timer_t* timer)
 
 int __wrap_timer_settime(timer_t timer, int flags, const itimerspec* due, itimerspec* old)
 {
-    tell_call("timer_settime");
     char call[64];
     std::snprintf(call, sizeof call, "timer_settime %ld.%09ld", due->it_value.tv_sec, due->it_value.tv_nsec);
+    rbk::test::tell_call(call);
     write_down(call);
     if (is_to_fail("timer_settime")) return -1;
     itimerspec soon = *due;
