@@ -2,7 +2,9 @@
 // stays behind after a failure. Who comes first is decided where two threads meet, by holding one up.
 #include "pdc_utils.h"
 
+#include <array>
 #include <cstring>
+#include <sstream>
 #include <thread>
 
 #include "qcril_result.h"
@@ -87,9 +89,6 @@ const OutcomeCase kOutcomeCases[] = {
     {"EarlyIndicationAwaited", get_selected, ind_rule(34, "early"), 0, End::early_indication, "msg_id: 0x22"},
     {"SilentModemAwaitedForever", get_selected, ind_rule(34, "silent"), -1, End::timer,
      "timer_timeout_proc: get_sel is"},
-    {"FailedRequestAwaited", get_selected, rule(34, "raw", "bytes = 'FF'\n"), -1, End::response,
-     "configs, errno: -1 39"},
-    {"LostServiceTakenForAnAnswer", get_selected, rule(34, "down"), -1, End::timer, "get_sel is waiting"},
     {"BrokenIndicationHandled", get_selected, ind_rule(34, "raw", "bytes = '0102000000 1105'\n"), -1, End::timer,
      "failed to decode qmi message, msg_id: 0x22"},
     {"UnknownIndicationHandled", get_selected, ind_rule(34, "indicate", "indication = 99\nbytes = ''\n"), -1,
@@ -97,7 +96,6 @@ const OutcomeCase kOutcomeCases[] = {
     {"IndicationWithoutHandlerIsAFault", get_selected,
      ind_rule(34, "indicate", "indication = 41\nbytes = '010400'\nalso = true\n"), 0, End::indication, "msg_id: 0x29"},
     {"SelectErrorOfTheResponseEndsIt", select_known, rule(35, "error", "code = 25\n"), -1, End::timer, "sel_config is"},
-    {"DeactivateErrorOfTheResponseEndsIt", deactivate, rule(43, "error", "code = 25\n"), -1, End::timer, "deact is"},
     {"FailedActivateStaysBusy", activate, rule(39, "raw", "bytes = 'FF'\n"), -1, End::response, "config, errno: -1"},
     {"ActivateOfOtherTypesAwaitsNothing", activate_other, rule(39, "indicate", "bytes = '0102000700'\n"), -1,
      End::indication, "qmi_pdc_activate_config_ind_hdlr_ex: QMI error, error code: 7"},
@@ -371,54 +369,29 @@ TEST(PdcEnd, ProcessEndsWhileSomebodySleeps)
 
 TEST_F(PdcClient, OutcomesAreMappedByErrorAndContext)
 {
-    struct {
-        const char* catches;
-        int transport;
-        std::uint32_t result, error, context;
-        std::optional<qmi_ril_err_payload> payload;
-        std::int32_t expected;
-    } const rows[] = {
-        {"TransportIgnored", -1, 0, 0, 0, {}, 39},
-        {"GoneIsAFailure", -2, 0, 0, 0, {}, 0},
-        {"GoneHidesTheError", -2, 1, 2, 0, {}, 37},
-        {"OddResultMapped", 0, 2, 2, 0, {}, 39},
-        {"NoErrorIsAFailure", 0, 1, 0, 0, {}, 0},
-        {"NoEffectIsAFailure", 0, 1, 26, 0, {}, 0},
-        {"FirstRow", 0, 1, 1, 0, {}, 38},
-        {"AbortedRow", 0, 1, 4, 0, {}, 7},
-        {"NotReadyRow", 0, 1, 52, 0, {}, 46},
-        {"LastRow", 0, 1, 97, 0, {}, 65},
-        {"UnknownErrorMapped", 0, 1, 999, 0, {}, 40},
-        {"Context5", 0, 1, 13, 5, {}, 0},
-        {"Context5OfAnother", 0, 1, 13, 7, {}, 63},
-        {"Context7", 0, 1, 52, 7, {}, 0},
-        {"Context8", 0, 1, 74, 8, {}, 0},
-        {"Dial", 0, 1, 1, 1, {{1, 3, 0, 0}}, 1006},
-        {"DialWithoutItsFlag", 0, 1, 1, 1, {{0, 3, 0, 0}}, 38},
-        {"DialUnknownType", 0, 1, 1, 1, {{1, 4, 0, 0}}, 38},
-        {"VideoDial", 0, 1, 1, 2, {{1, 0, 0, 0}}, 1009},
-        {"DialWithoutPayload", 0, 1, 1, 1, {}, 38},
-        {"Context3", 0, 1, 1, 3, {{0, 2, 0, 0}}, 25},
-        {"Context4", 0, 1, 1, 4, {{0, 1, 0, 0}}, 22},
-        {"Context6", 0, 1, 1, 6, {{0, 1, 0, 0}}, 71},
-        {"Context6Otherwise", 0, 1, 1, 6, {{0, 0, 0, 0}}, 2},
-        {"Context6NotReady", 0, 1, 52, 6, {{0, 1, 0, 0}}, 0},
-        {"ManageIp", 0, 1, 1, 9, {{0, 0, 1, 388}}, 2},
-        {"ManageIpOtherCause", 0, 1, 1, 9, {{0, 0, 1, 390}}, 38},
-        {"ContextAfterTheTransport", -3, 0, 0, 1, {{1, 0, 0, 0}}, 39},
-    };
-    for (const auto& row : rows) {
-        const qmi_response_type response{row.result, row.error};
-        const void* payload = row.payload ? &*row.payload : nullptr;
-        EXPECT_EQ(qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(
-                      row.transport, &response, static_cast<qmi_ril_err_context_e_type>(row.context), payload),
-                  row.expected)
-            << row.catches;
+    int rows = 0;
+    for (const std::string& line : lines_of(read_file(data_path("hal/ril_results.txt")))) {
+        if (line.starts_with("#")) continue;
+        std::istringstream cells(line);
+        std::string catches;
+        int sent = 0, context = 0, expected = 0;
+        qmi_response_type response{};
+        std::array<std::uint32_t, 5> payload{};
+        cells >> catches >> sent >> response.result >> response.error >> context;
+        for (std::uint32_t& cell : payload) cells >> cell;
+        ASSERT_TRUE(cells >> expected) << line;
+        const qmi_ril_err_payload told{payload[1] != 0, payload[2], payload[3] != 0, payload[4]};
+        EXPECT_EQ(
+            qcril_qmi_util_convert_qmi_response_codes_to_ril_result_ex(
+                sent, &response, static_cast<qmi_ril_err_context_e_type>(context), payload[0] == 0 ? nullptr : &told),
+            expected)
+            << catches;
+        ++rows;
     }
+    EXPECT_EQ(rows, 30);
     for (const char* words : {"transport error -1, result 39", "transport error -3, result 39",
-                              "QMI result 2, result 39", "QMI error 999, result 40"})
-        EXPECT_EQ(log_count(std::string("_to_ril_result_ex: ") + words), 1U) << words;
-    EXPECT_EQ(log_count("3 util: [qcril_result.cpp: "), 4U) << "what a row says is told too";
+                              "QMI result 2, result 39", "QMI error 999, result 40", "3 util: [qcril_result.cpp: "})
+        EXPECT_EQ(log_count(words), words[0] == '3' ? 4U : 1U) << words;
     EXPECT_EQ(qcril_qmi_util_convert_qmi_response_codes_to_ril_result(0, nullptr), 0);
 }
 
