@@ -37,11 +37,9 @@ TEST_F(UtilsTest, NameIsFoundOnceAndReportedInTheLogWithoutLOG)
     velmor_hal_close_print();
     const std::string name = program_invocation_short_name;
     for (int i = 0; i < 2; ++i) EXPECT_EQ(velmor_get_current_pid_name(), name);
-    const Lines told = log();
-    ASSERT_EQ(told.size(), 3U);
-    EXPECT_TRUE(told[0].starts_with("7 velmor_get_current_pid_name, proc_pid_buf = ")) << told[0];
-    EXPECT_EQ(told[1], "7 velmor_get_current_pid_name, str_pid_name: " + name);
-    EXPECT_EQ(told[2], "7 velmor_get_current_pid_name, g_pid_info.p_name = " + name);
+    EXPECT_EQ(log(), (Lines{std::string("7 velmor_get_current_pid_name, proc_pid_buf = ") + program_invocation_name,
+                            "7 velmor_get_current_pid_name, str_pid_name: " + name,
+                            "7 velmor_get_current_pid_name, g_pid_info.p_name = " + name}));
 }
 
 TEST_F(UtilsTest, IdentityThatCannotBeReadHasANumberAndNoName)
@@ -59,12 +57,10 @@ TEST_F(UtilsTest, IdentityThatCannotBeReadHasANumberAndNoName)
         velmor_get_current_pid_info(nullptr);
     });
     const std::string number = std::to_string(getpid());
-    EXPECT_EQ(shown, (Lines{"function entry ------------->", "proc_pid_path: /proc/" + number + "/cmdline",
-                            "fopen fail", "p_id: " + number + ", p_name: ", "function exit <-------------",
-                            "function entry ------------->", "p_pid_info is NULL", "function exit <-------------"}));
-    const Lines told = log();
-    EXPECT_EQ(std::count(told.begin(), told.end(), "3 fopen fail"), 1);
-    EXPECT_EQ(info.p_id, getpid());
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), "p_id: " + number + ", p_name: "), 1);
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), "p_pid_info is NULL"), 1);
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), "fopen fail"), 1);
+    EXPECT_NE(read_file(home() / "log").find("\n3 fopen fail\n"), std::string::npos);
     EXPECT_STREQ(velmor_get_current_pid_name(), "") << "a failed attempt isn't repeated";
     EXPECT_STREQ(velmor_utils_get_pid_name(), program_invocation_short_name) << "the record has an attempt of its own";
     EXPECT_EQ(velmor_utils_get_pid_number(), getpid());
@@ -235,16 +231,10 @@ TEST_F(UtilsTest, BytesToText)
     EXPECT_STREQ(text, "01a2--");
 }
 
-TEST_F(UtilsTest, StatesOfTheDeviceHaveNamesAndPropertiesOfTheSameWord)
+TEST_F(UtilsTest, StatesOfTheDeviceEndWithTheirTable)
 {
-    for (uint32_t i = 0; i < 23; ++i) {
-        std::string word = velmor_get_device_type_string_ex(i);
-        EXPECT_EQ(word.substr(0, word.find(']') + 1), "[" + std::to_string(i) + "]");
-        word.erase(0, word.find(']') + 1);
-        for (char& c : word) c = static_cast<char>(std::tolower(c));
-        EXPECT_EQ(velmor_get_device_state_prop_name(i), "debug.device." + word);
-    }
     EXPECT_STREQ(velmor_get_device_type_string_ex(3), "[3]SAR_SENSOR_STATE");
+    EXPECT_STREQ(velmor_get_device_type_string_ex(22), "[22]SAR_SENSOR3_STATE");
     EXPECT_STREQ(velmor_get_device_state_prop_name(21), "debug.device.sar_sensor2_one_type");
     EXPECT_EQ(velmor_get_device_type_string_ex(23), nullptr);
     EXPECT_EQ(velmor_get_device_state_prop_name(23), nullptr);
