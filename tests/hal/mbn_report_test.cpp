@@ -261,6 +261,7 @@ TEST_F(MbnReport, OtherDocumentsAreGivenUpSoon)
         {"OtherEncodingMissed", utf16},
         {"AttributesCompared", document("<a" + numbered(40'000, " a", "=''") + "/>"), 128 * 1024},
         {"NamespacesCompared", document("<a" + numbered(40'000, " xmlns:a", "='u'") + "/>"), 128 * 1024},
+        {"NamesCounted", document(numbered(200'000, "<a", "/>")), 1024 * 1024},
         {"NestingFollowed", document(numbered(500'000, "<a", ">"))},
         {"TextWithoutEnd", document("<NvItemData id='a'>" + std::string(30'000'000, 'x')), 11'000'000},
         {"CommentWithoutEnd", "<!--" + std::string(30'000'000, '-'), 11'000'000},
