@@ -86,9 +86,10 @@ bool threads_have_ended()
     return true;
 }
 
-// The calls while it lives, without the steps of waits.
+// The calls while it lives, without the steps of waits. Workers leave packets time to pass until a condition is met.
 class Recorded {
  public:
+    explicit Recorded(std::function<bool()> passed = [] { return true; }) : passed_(std::move(passed)) {}
     Lines calls() const
     {
         const std::lock_guard lock(mutex_);
@@ -101,9 +102,11 @@ class Recorded {
     }
 
  private:
+    std::function<bool()> passed_;
     mutable std::mutex mutex_;
     Lines calls_;
     OnCalls hook_{[this](std::string_view call, const void* lock) {
+        if (call == "sleep 1" || call == "usleep 200000") wait_until(passed_);
         if (lock != nullptr || call == "usleep 100000" || call.starts_with("sem_")) return;
         const std::lock_guard guard(mutex_);
         calls_.emplace_back(call);
@@ -188,7 +191,6 @@ const AnswerCase kAnswers[] = {
     {"DciBufferOverrun", Mode::dci, packet_of(12, 4096) + packet_of(13, 904), 4097, 13, 4097},
     {"DciBadPacketJoined", Mode::dci, packet_of(14, 4096) + packet_of(15, 10241) + packet_of(16, 4), 4100, 16},
     {"DciOtherProcessorTaken", Mode::dci, "{ bytes = '63', processor = 1 }," + packet_of(17, 2, 5), 2, 17},
-    {"DciStreamTaken", Mode::dci, packet_of(18, 3, 100), 3, 18},
 };
 
 class DiagAnswer : public DiagSend, public testing::WithParamInterface<AnswerCase> {};
@@ -196,7 +198,7 @@ class DiagAnswer : public DiagSend, public testing::WithParamInterface<AnswerCas
 TEST_P(DiagAnswer, ComesBackWhole)
 {
     const AnswerCase& row = GetParam();
-    scenario(kStreams + response("4B 12", row.packets));
+    scenario(response("4B 12", row.packets));
     const Reply reply = send(row.mode, {0x4B, 0x12, 0x99}, 60000, row.capacity);
     EXPECT_EQ(reply.result, 0);
     EXPECT_EQ(reply.len, row.len);
@@ -207,9 +209,16 @@ TEST_P(DiagAnswer, ComesBackWhole)
 INSTANTIATE_TEST_SUITE_P(All, DiagAnswer, testing::ValuesIn(kAnswers),
                          [](const auto& row) { return row.param.catches; });
 
+TEST_F(DiagSend, StreamsAreDumpedAndReachNobody)
+{
+    scenario(kStreams + response("7C", packet_of(0x7C, 3, 200)));
+    EXPECT_EQ(hex(send(Mode::dci, {0x7C}).bytes), "7C7C7C");
+    for (const char* dumped : {"len(2), data: 10 AA\n", "len(2), data: 60 BB\n"}) EXPECT_GE(log_count(dumped), 1U);
+}
+
 TEST_F(DiagSend, RemoteProcessorsAnswerToo)
 {
-    scenario("[diag]\nremote_mask = 5\nmpss_up = false\n" + response("7C", "{ bytes = '7C 33', processor = 3 }"));
+    scenario("[diag]\nremote_mask = 5\n" + response("7C", "{ bytes = '7C 33', processor = 3 }"));
     EXPECT_EQ(hex(send(Mode::callback, {0x7C}).bytes), "7C33");
     for (const char* words : {"g_diag_channel = [0]MSM, data_primary = 0, remote_mask = [5] APSS\n",
                               "register remote call back, data_remote = 1\n",
@@ -225,39 +234,39 @@ const std::string kDciSignal = "diag_register_dci_signal_data SIGRTMIN+30";
 
 TEST_F(DiagSend, LibraryIsStartedUsedAndGivenBackInThisOrder)
 {
-    shorten_waits("5");  // workers leave a fifth of their time for packets to pass
-    scenario(kStreams + response("7C", packet_of(0x7C, 11)));
+    scenario("[diag]\nmpss_up = false\n" + kStreams + response("7C", packet_of(0x7C, 11)));
     struct {
-        const char* what;
-        std::function<void()> send;
+        void (*send)();
         Lines calls;
+        Lines passes;  // words of a worker's packets
     } const rows[] = {
-        {"DCI",
-         [] { send(Mode::dci, {0x7C}); },
-         {"Diag_LSM_Init", kDciClient, kDciSignal, "Diag_LSM_DeInit", "diag_release_dci_client"}},
-        {"callback",
-         [] { send(Mode::callback, {0x7C}); },
-         {"Diag_LSM_Init", "diag_switch_logging 6", "diag_switch_logging 1", "Diag_LSM_DeInit"}},
-        {"DCI worker",
-         [] { send_without_result(Mode::dci, {0x7C}); },
+        {[] { send(Mode::dci, {0x7C}); },
+         {"Diag_LSM_Init", kDciClient, kDciSignal, "Diag_LSM_DeInit", "diag_release_dci_client"},
+         {}},
+        {[] { send(Mode::callback, {0x7C}); },
+         {"Diag_LSM_Init", "diag_switch_logging 6", "diag_switch_logging 1", "Diag_LSM_DeInit"},
+         {}},
+        {[] { send_without_result(Mode::dci, {0x7C}); },
          {"Diag_LSM_Init", kDciClient, kDciSignal, "sleep 1", "diag_release_dci_client", "Diag_LSM_DeInit",
-          "usleep 3000000"}},
-        {"callback worker",
-         [] { send_without_result(Mode::callback, {0x7C}); },
+          "usleep 3000000"},
+         {"by_dci_no_handle: len = 11", "by_dci_log_stream_no_handle: len = 2", "event_stream_no_handle: len = 2"}},
+        {[] { send_without_result(Mode::callback, {0x7C}); },
          {"Diag_LSM_Init", "diag_switch_logging 6", "usleep 200000", "diag_switch_logging 1", "Diag_LSM_DeInit",
-          "usleep 3000000"}},
+          "usleep 3000000"},
+         {"by_callback_no_handle: len = 11"}},
     };
     for (const auto& row : rows) {
-        const Recorded recorded;
+        const auto passed = [&](const std::string& words) { return log_count(words) != 0; };
+        const Recorded recorded([&] { return std::all_of(row.passes.begin(), row.passes.end(), passed); });
         row.send();
         EXPECT_TRUE(wait_until([&] { return recorded.calls().size() >= row.calls.size(); }));
-        EXPECT_EQ(recorded.calls(), row.calls) << row.what;
+        EXPECT_EQ(recorded.calls(), row.calls);
+        for (const std::string& words : row.passes) EXPECT_TRUE(passed(words)) << words;
     }
-    for (const char* words : {"diag_work_mode = 0", "diag_work_mode = 1", "by_dci_no_handle: len = 11",
-                              "by_callback_no_handle: len = 11", "Releasing DCI connection, err: -1, errno: 107",
+    for (const char* words : {"diag_work_mode = 0", "diag_work_mode = 1", "DCI connection, err: -1, errno: 107",
                               "_by_dci_mode_thread_proc: Releasing DCI connection, err: 1001"})
         EXPECT_EQ(log_count(words), 1U) << words;
-    EXPECT_GE(log_count("by_dci_log_stream_no_handle: len = 2"), 1U);
+    EXPECT_EQ(log_count("MPSS on ch:0: DOWN") - log_count("MPSS on ch:0: UP"), 2U);
     EXPECT_EQ(g_diag_init_status, 0);
 }
 
