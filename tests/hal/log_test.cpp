@@ -1,6 +1,4 @@
 // Masks, the two forms of LOG, and what each channel gets.
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <thread>
 
@@ -12,63 +10,6 @@ namespace rbk::test {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-// One message at each level, as the shell shows it without traces' line numbers.
-std::string all_levels()
-{
-    return without_line_numbers(output_of([] {
-        LOG(1, "one");
-        LOG(2, "two");
-        LOG(4, "four");
-        LOG(8, "eight");
-    }));
-}
-
-const char* const kShell[] = {"RIL[log_test.cpp:N] operator(): one\n", "RIL[log_test.cpp:N] operator(): two\n",
-                              "RIL[log_test.cpp:N] operator(): four\n", "eight\n"};
-
-std::string shell_lines(unsigned levels)
-{
-    std::string text;
-    for (unsigned i = 0; i < 4; ++i)
-        if ((levels >> i & 1) != 0) text += kShell[i];
-    return text;
-}
-
-struct MaskCase {
-    const char* catches;
-    std::optional<std::string> property;
-    unsigned mask;
-};
-const MaskCase kMaskCases[] = {{"DefaultIsNotAllOpen", std::nullopt, 15},
-                               {"DefaultClosesALevel", "65535", 15},
-                               {"PropertyIgnored", "9", 9},
-                               {"ZeroIsTakenForUnset", "0", 0},
-                               {"MergeWidensTheMask", "65536", 0},
-                               {"WordIsNotZero", "none", 0},
-                               {"NumberEndsTheValueWrongly", "6 levels", 6}};
-
-class MaskTest : public HomeTest, public testing::WithParamInterface<MaskCase> {};
-
-TEST_P(MaskTest, ShellShowsTheLevelsOfItsProperty)
-{
-    if (GetParam().property) set_property("persist.vendor.radio.adb_log_shell", *GetParam().property);
-    EXPECT_EQ(all_levels(), shell_lines(GetParam().mask));
-}
-
-TEST_P(MaskTest, LogShowsTheLevelsOfItsProperty)
-{
-    if (GetParam().property) set_property("persist.vendor.radio.adb_log_velmor", *GetParam().property);
-    all_levels();
-    const char* const bodies[] = {"one", "two", "four", "eight"};
-    unsigned seen = 0;
-    for (const std::string& line : log())
-        for (unsigned i = 0; i < 4; ++i)
-            if (line.ends_with(std::string("operator(): ") + bodies[i])) seen |= 1u << i;
-    EXPECT_EQ(seen, GetParam().mask);
-}
-
-INSTANTIATE_TEST_SUITE_P(, MaskTest, testing::ValuesIn(kMaskCases), [](const auto& row) { return row.param.catches; });
 
 class LogTest : public HomeTest {
  protected:
@@ -82,34 +23,57 @@ class LogTest : public HomeTest {
     }
 };
 
+void say_all_levels()
+{
+    LOG(1, "one");
+    LOG(2, "two");
+    LOG(4, "four");
+    LOG(8, "eight");
+}
+// The sum of the levels whose lines stand in a text, "RIL" or the right priority in front.
+unsigned levels_in(const std::string& text)
+{
+    unsigned levels = 0;
+    for (const std::string& line : lines_of(without_line_numbers(text))) {
+        const std::string body = line.substr(line.rfind(' ') + 1);
+        const unsigned level = body == "one" ? 1 : body == "two" ? 2 : body == "four" ? 4 : body == "eight" ? 8 : 0;
+        const std::string rest = "[log_test.cpp:N] say_all_levels: " + body;
+        if (line == (level == 8 ? body : "RIL" + rest) || line == (level == 1 ? "3 " : "7 ") + rest) levels += level;
+    }
+    return levels;
+}
+
+TEST_F(LogTest, ChannelsShowTheLevelsOfTheirProperties)
+{
+    const std::pair<const char*, unsigned> rows[] = {{"", 15},     {"9", 9},    {"0", 0},
+                                                     {"65536", 0}, {"none", 0}, {"6 l", 6}};
+    for (const auto& [property, mask] : rows) {
+        for (const bool shell : {true, false}) {
+            SCOPED_TRACE(property);
+            std::filesystem::remove_all(home() / "properties");
+            g_velmor_shell_print_mask = g_velmor_logcat_print_mask = 0xffff;  // as in a new process
+            g_shell_mask_merged = g_logcat_mask_merged = 0;
+            set_property(shell ? "persist.vendor.radio.adb_log_shell" : "persist.vendor.radio.adb_log_velmor",
+                         property);
+            log();
+            EXPECT_EQ(levels_in(output_of(say_all_levels)), shell ? mask : 15U);
+            EXPECT_EQ(levels_in(read_file(home() / "log")), shell ? 15U : mask);
+        }
+    }
+}
+
 void operation_with_failure()
 {
     LOG(1, "item %d: %s", 6853, "gone");
 }
 
-void shared_steps(const char* operation)
-{
-    LOG_FROM(operation, 2, "step %d", 1);
-    LOG_FROM(operation, 2, "step %d", 2);
-}
-constexpr int kShared = __LINE__ - 3;  // of the first step
-
-TEST_F(LogTest, LevelOneIsAnErrorWithFileLineAndFunction)
-{
-    EXPECT_EQ(without_line_numbers(output_of(operation_with_failure)),
-              "RIL[log_test.cpp:N] operation_with_failure: item 6853: gone\n");
-    EXPECT_EQ(messages(), Lines{"3 [log_test.cpp:N] operation_with_failure: item 6853: gone"});
-}
-
 TEST_F(LogTest, SecondFormHasTheOperationsNameAndTheLineOfTheStep)
 {
-    const auto step = [](int number) {
-        return "[log_test.cpp:" + std::to_string(kShared - 1 + number) + "] velmor_cmn_card_status_cmd: step " +
-               std::to_string(number);
-    };
-    EXPECT_EQ(output_of([] { shared_steps("velmor_cmn_card_status_cmd"); }),
-              "RIL" + step(1) + "\nRIL" + step(2) + "\n");
-    EXPECT_NE(read_file(home() / "log").find("7 " + step(2)), std::string::npos);
+    const std::string line = std::to_string(__LINE__ + 1);
+    const std::string out = output_of([] { LOG_FROM("card_status", 2, "step %d", 1); });
+    EXPECT_EQ(out, "RIL[log_test.cpp:" + line + "] card_status: step 1\n");
+    EXPECT_NE(read_file(home() / "log").find("\n7 [log_test.cpp:" + line + "] card_status: step 1\n"),
+              std::string::npos);
 }
 
 TEST_F(LogTest, LineFeedsOfABodyStayOnTheShellAndAreEscapedInTheCopy)
@@ -120,66 +84,47 @@ TEST_F(LogTest, LineFeedsOfABodyStayOnTheShellAndAreEscapedInTheCopy)
 
 TEST_F(LogTest, ProcessInstanceChoosesThePrefixOfTheLogAlone)
 {
-    const std::string name = std::filesystem::read_symlink("/proc/self/exe").filename();
-    const struct {
-        uint32_t instance;
-        std::string prefix;
-    } rows[] = {{255, ""}, {168, "[" + name + "]"}, {0, "SUB[0]"}, {1, "SUB[1]"}};
-    for (const auto& row : rows) {
-        g_ril_process_instance_id = row.instance;
+    const std::pair<uint32_t, std::string> rows[] = {
+        {255, ""}, {168, "[modem_api_test]"}, {0, "SUB[0]"}, {1, "SUB[1]"}};
+    for (const auto& [instance, prefix] : rows) {
+        g_ril_process_instance_id = instance;
         EXPECT_EQ(without_line_numbers(output_of(operation_with_failure)),
                   "RIL[log_test.cpp:N] operation_with_failure: item 6853: gone\n");
-        EXPECT_EQ(messages().back(), "3 " + row.prefix + "[log_test.cpp:N] operation_with_failure: item 6853: gone");
+        EXPECT_EQ(messages().back(), "3 " + prefix + "[log_test.cpp:N] operation_with_failure: item 6853: gone");
     }
-    EXPECT_EQ(velmor_get_ril_process_instance_id(), 1u);
+    EXPECT_EQ(velmor_get_ril_process_instance_id(), 1U);
 }
 
-TEST_F(LogTest, MergeIsToldOnceInTheLog)
+TEST_F(LogTest, ChangesOfAMaskAreToldInTheLog)
 {
     set_property("persist.vendor.radio.adb_log_velmor", "3");
-    set_property("persist.vendor.radio.adb_log_shell", "0");
-    output_of([] {
-        LOG(4, "closed on both");
-        LOG(4, "closed on both");
-    });
-    EXPECT_EQ(log(),
-              (Lines{"7 merge, old velmor_hal_set_logcat_print_mask 0xffff, merge_mask 0x3",
-                     "7 new velmor_hal_set_logcat_print_mask 0x3",
-                     "7 logcat print is started, g_velmor_logcat_print_mask 0x3",
-                     "7 merge, old g_velmor_shell_print_mask 0xffff, merge_mask 0x0",
-                     "7 new g_velmor_shell_print_mask 0x0", "7 shell print is stoped, g_velmor_shell_print_mask 0x0"}));
-}
-
-TEST_F(LogTest, SetReplacesAMergedMaskAndRemoveTakesBitsOut)
-{
     set_property("persist.vendor.radio.adb_log_shell", "9");
-    EXPECT_EQ(all_levels(), shell_lines(9));
-    log();
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(levels_in(output_of(say_all_levels)), 9U);
     velmor_hal_set_shell_print_mask(11);
-    EXPECT_EQ(all_levels(), shell_lines(11));
+    EXPECT_EQ(levels_in(output_of(say_all_levels)), 11U);
     velmor_hal_remove_shell_print_mask(3);
-    EXPECT_EQ(all_levels(), shell_lines(8));
-    Lines told;
-    for (const std::string& line : log())
-        if (line.find("_print_mask 0x") != std::string::npos) told.push_back(line);
+    EXPECT_EQ(levels_in(output_of(say_all_levels)), 8U);
+    EXPECT_TRUE(velmor_hal_get_shell_print_flag(8));
+    EXPECT_FALSE(velmor_hal_get_shell_print_flag(9)) << "every bit is asked for";
+    Lines told = log();
+    std::erase_if(told, [](const std::string& line) { return line.find("_print_mask 0x") == std::string::npos; });
     EXPECT_EQ(
         told,
-        (Lines{"7 set, old g_velmor_shell_print_mask 0x9, dst_mask 0xb", "7 new g_velmor_shell_print_mask 0xb",
+        (Lines{"7 merge, old velmor_hal_set_logcat_print_mask 0xffff, merge_mask 0x3",
+               "7 new velmor_hal_set_logcat_print_mask 0x3",
+               "7 logcat print is started, g_velmor_logcat_print_mask 0x3",
+               "7 merge, old g_velmor_shell_print_mask 0xffff, merge_mask 0x9", "7 new g_velmor_shell_print_mask 0x9",
+               "7 shell print is started, g_velmor_shell_print_mask 0x9",
+               "7 set, old g_velmor_shell_print_mask 0x9, dst_mask 0xb", "7 new g_velmor_shell_print_mask 0xb",
                "7 remove, old g_velmor_shell_print_mask 0xb, rm_mask 0x3", "7 new g_velmor_shell_print_mask 0x8"}));
-}
-
-TEST_F(LogTest, GateAsksForEveryBit)
-{
-    velmor_hal_get_shell_print_flag(1);
-    velmor_hal_set_shell_print_mask(5);
-    EXPECT_TRUE(velmor_hal_get_shell_print_flag(5));
-    EXPECT_FALSE(velmor_hal_get_shell_print_flag(3));
 }
 
 TEST_F(LogTest, ClosedChannelsStayClosedAndCostNoArguments)
 {
+    set_property("persist.vendor.radio.adb_log_shell", "0");
     LOG(4, "merges both");
-    log();
+    const Lines merged = log();
+    EXPECT_EQ(std::count(merged.begin(), merged.end(), "7 shell print is stoped, g_velmor_shell_print_mask 0x0"), 1);
     velmor_hal_close_print();
     int worked_out = 0;
     EXPECT_EQ(output_of([&] {
@@ -202,17 +147,15 @@ TEST_F(LogTest, LinesOfSeveralThreadsDoNotTear)
             });
         for (std::thread& thread : threads) thread.join();
     });
-    const Lines shown = lines_of(without_line_numbers(out));
-    EXPECT_EQ(shown, Lines(800, "RIL[log_test.cpp:N] operator(): " + body));
+    EXPECT_EQ(lines_of(without_line_numbers(out)), Lines(800, "RIL[log_test.cpp:N] operator(): " + body));
     EXPECT_EQ(messages(), Lines(800, "7 [log_test.cpp:N] operator(): " + body));
 }
 
 // Registered before anything of the log has been used, so it runs after whatever that would clear away.
 void say_at_exit()
 {
-    LOG(1, "late");
+    LOG(1, "late of %s", velmor_utils_get_pid_name());
     velmor_set_property_value("persist.late", "1");
-    LOG(1, "%s", velmor_utils_get_pid_name());
     velmor_print_property_value("../x");
 }
 
@@ -226,8 +169,7 @@ TEST_F(LogTest, LogAndPropertiesAreUsableWhileTheProcessEnds)
         },
         testing::ExitedWithCode(0), "rbk: ../x: ");
     const Lines told = messages();
-    EXPECT_EQ(std::count(told.begin(), told.end(), "3 [log_test.cpp:N] say_at_exit: late"), 1);
-    EXPECT_EQ(std::count(told.begin(), told.end(), "3 [log_test.cpp:N] say_at_exit: modem_api_test"), 1);
+    EXPECT_EQ(std::count(told.begin(), told.end(), "3 [log_test.cpp:N] say_at_exit: late of modem_api_test"), 1);
     EXPECT_EQ(read_file(home() / "properties/kept/persist.late"), "1\n");
 }
 

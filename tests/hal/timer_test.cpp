@@ -1,11 +1,10 @@
 // The timer service: numbers, firing, stopping, and what fails.
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <thread>
 
-#include "support/home.h"
-#include "support/program.h"
+#include "qti_shared_mutex.h"
+#include "support/embedded_run.h"
+#include "support/on_calls.h"
 #include "velmor_utils_timer.h"
 
 namespace rbk::test {
@@ -13,113 +12,109 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-std::atomic<int> g_fired;    // sum of the numbers that callbacks were given
-std::atomic<int> g_stopped;  // what the last callback's own stop answered, and 1
+constexpr unsigned long kNeverHere = 360'000;  // seconds; a hundredth of it is an hour
+
+std::atomic<int> g_fired;  // sum of the numbers that callbacks were given
 
 void count(sigval value)
 {
     g_fired += value.sival_int;
 }
 
-void stop_itself(sigval value)
-{
-    g_stopped = 1 + static_cast<int>(velmor_timer_stop(static_cast<uint32_t>(value.sival_int)));
-}
-
-template <typename Condition>
-bool soon(Condition condition)
-{
-    for (int i = 0; i < 5000 && !condition(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    return condition();
-}
-
-class TimerTest : public HomeTest {
- protected:
-    // Whether the shell showed a line that ends so.
-    static bool shows(const std::string& out, const std::string& end)
-    {
-        for (const std::string& line : lines_of(out))
-            if (line.ends_with(end)) return true;
-        return false;
-    }
-};
+class TimerTest : public EmbeddedRun {};
 
 TEST_F(TimerTest, FiresAtOnceWithItsNumberAndStaysKnownUntilItIsStopped)
 {
-    EXPECT_EQ(velmor_timer_start(count, 0), 1u);
-    EXPECT_EQ(velmor_timer_start(count, 0), 2u);
-    EXPECT_TRUE(soon([] { return g_fired == 1 + 2; }));
+    EXPECT_EQ(velmor_timer_start(count, 0), 1U);
+    EXPECT_EQ(velmor_timer_start(count, 0), 2U);
+    EXPECT_TRUE(wait_until([] { return g_fired == 1 + 2; }));
     EXPECT_EQ(calls(), (Lines{"timer_settime 0.000000001", "timer_settime 0.000000001"}));
-    EXPECT_TRUE(shows(output_of([] { EXPECT_EQ(velmor_timer_stop(1), 1u); }), "Cancel timer with ID 1, timeout_s = 0"));
-    EXPECT_TRUE(
-        shows(output_of([] { EXPECT_EQ(velmor_timer_stop(1), 0u); }), "Not find the timer_callback, timer_id = 1"));
-    EXPECT_EQ(velmor_timer_stop(0), 0u);
-    EXPECT_EQ(velmor_timer_stop(2), 1u);
+    for (const uint32_t found : {1U, 0U}) EXPECT_EQ(velmor_timer_stop(1), found);
+    EXPECT_EQ(velmor_timer_stop(0), 0U);
+    EXPECT_EQ(velmor_timer_stop(2), 1U);
+    EXPECT_EQ(log_count("velmor_timer_stop: Cancel timer with ID 1, timeout_s = 0\n"), 1U);
+    EXPECT_EQ(log_count("velmor_timer_stop: Not find the timer_callback, timer_id = 1\n"), 1U);
 }
 
-TEST_F(TimerTest, StoppedOnesDoNotFireAndTheOthersDo)
+TEST_F(TimerTest, StoppedOnesAreDisarmedAndTheOthersFire)
 {
-    const std::string out = output_of([] {
-        for (uint32_t id = 1; id <= 4; ++id) EXPECT_EQ(velmor_timer_start(count, 60), id);
-        EXPECT_EQ(velmor_timer_stop(2), 1u);  // from the middle, the head and the end of the list
-        EXPECT_EQ(velmor_timer_stop(1), 1u);
-        EXPECT_EQ(velmor_timer_stop(4), 1u);
-    });
-    EXPECT_TRUE(shows(out, "Set timer with ID 4, timeout_s = 60")) << out;
-    EXPECT_EQ(calls(), (Lines{"timer_settime 60.000000000", "timer_settime 60.000000000", "timer_settime 60.000000000",
-                              "timer_settime 60.000000000", "timer_settime 0.000000000", "timer_settime 0.000000000",
-                              "timer_settime 0.000000000"}));
-    EXPECT_TRUE(soon([] { return g_fired != 0; }));
+    for (uint32_t id = 1; id <= 4; ++id) EXPECT_EQ(velmor_timer_start(count, id == 3 ? 1 : kNeverHere), id);
+    for (const uint32_t id : {2U, 1U, 4U}) EXPECT_EQ(velmor_timer_stop(id), 1U) << "middle, head and end of the list";
+    EXPECT_TRUE(wait_until([] { return g_fired != 0; }));
     EXPECT_EQ(g_fired, 3);
-    EXPECT_EQ(velmor_timer_stop(3), 1u);
-    EXPECT_EQ(velmor_timer_start(count, 60), 5u);
+    const std::string never = "timer_settime 360000.000000000";
+    const std::string disarmed = "timer_settime 0.000000000";
+    EXPECT_EQ(calls(), (Lines{never, never, "timer_settime 1.000000000", never, disarmed, disarmed, disarmed}));
+    EXPECT_EQ(velmor_timer_stop(3), 1U);
+    EXPECT_EQ(velmor_timer_start(count, kNeverHere), 5U);
+    EXPECT_EQ(log_count("velmor_timer_start_do: Set timer with ID 5, timeout_s = 360000\n"), 1U);
 }
 
 TEST_F(TimerTest, CallbackStopsItsOwnTimer)
 {
-    const uint32_t timer = velmor_timer_start(stop_itself, 5);
-    EXPECT_TRUE(soon([] { return g_stopped != 0; }));
-    EXPECT_EQ(g_stopped, 1 + 1);
-    EXPECT_EQ(velmor_timer_stop(timer), 0u);
+    const auto stop_itself = [](sigval value) {  // which may be called before the start has listed it
+        EXPECT_TRUE(wait_until([&] {
+            return (g_fired += static_cast<int>(velmor_timer_stop(static_cast<uint32_t>(value.sival_int)))) == 1;
+        }));
+    };
+    EXPECT_EQ(velmor_timer_start(stop_itself, 0), 1U);
+    EXPECT_TRUE(wait_until([] { return g_fired == 1; }));
+    EXPECT_EQ(velmor_timer_stop(1), 0U);
 }
 
-TEST_F(TimerTest, FailedStartIsToldAndUsesItsNumberUp)
+TEST_F(TimerTest, FailuresOfTheSystemAreToldAndAStartThatFailsUsesItsNumberUp)
 {
-    const struct {
-        const char* operation;
-        const char* message;
-    } rows[] = {{"timer_create", "velmor_sys_timer_create: fail to timer_create, timer_id = 1, timeout_s = 5"},
-                {"timer_settime", "velmor_sys_timer_create: fail to timer_settime, sys_timerid = 0x"}};
-    for (const auto& row : rows) {
-        setenv("RBK_TEST_FAIL", row.operation, 1);
-        const std::string out = output_of([] { EXPECT_EQ(velmor_timer_start(count, 5), 0u); });
-        EXPECT_NE(out.find(row.message), std::string::npos) << out;
-        EXPECT_TRUE(shows(out, "velmor_timer_start_do: velmor_sys_timer_create failed")) << out;
+    for (const char* operation : {"timer_create", "timer_settime"}) {
+        setenv("RBK_TEST_FAIL", operation, 1);
+        EXPECT_EQ(velmor_timer_start(count, kNeverHere), 0U) << operation;
     }
     unsetenv("RBK_TEST_FAIL");
-    EXPECT_EQ(velmor_timer_start(count, 5), 3u);
-}
-
-TEST_F(TimerTest, StopGoesOnWhenTheTimerCannotBeDisarmed)
-{
-    EXPECT_EQ(velmor_timer_start(count, 3600), 1u);
+    EXPECT_EQ(log_count("velmor_sys_timer_create: fail to timer_create, timer_id = 1, timeout_s = 360000\n"), 1U);
+    EXPECT_EQ(log_count("velmor_sys_timer_create: fail to timer_settime, sys_timerid = 0x"), 1U);
+    EXPECT_EQ(log_count("velmor_timer_start_do: velmor_sys_timer_create failed\n"), 2U);
+    EXPECT_EQ(velmor_timer_start(count, kNeverHere), 3U);
     setenv("RBK_TEST_FAIL", "timer_settime", 1);
-    const std::string out = output_of([] { EXPECT_EQ(velmor_timer_stop(1), 1u); });
-    EXPECT_NE(out.find("velmor_timer_stop: fail to timer_settime, sys_timerid = 0x"), std::string::npos) << out;
-    EXPECT_TRUE(shows(out, "Cancel timer with ID 1, timeout_s = 3600")) << out;
+    EXPECT_EQ(velmor_timer_stop(3), 1U) << "goes on when the timer can't be disarmed";
+    EXPECT_EQ(log_count("velmor_timer_stop: fail to timer_settime, sys_timerid = 0x"), 1U);
+    EXPECT_EQ(log_count("Cancel timer with ID 3"), 1U);
 }
 
-TEST_F(TimerTest, ThreadsStartAndStopSideBySide)
+// The one that a stop locks, here of a timer that isn't there.
+qtimutex::QtiSharedMutex& list_mutex()
 {
-    std::atomic<int> found{0};
+    const void* mutex = nullptr;
+    const OnCalls hook([&](std::string_view, const void* lock) { mutex = lock; });
+    velmor_timer_stop(0);
+    return *const_cast<qtimutex::QtiSharedMutex*>(static_cast<const qtimutex::QtiSharedMutex*>(mutex));
+}
+
+TEST_F(TimerTest, ListIsChangedUnderItsMutex)
+{
+    qtimutex::QtiSharedMutex& list = list_mutex();
+    const auto start = [] { return velmor_timer_start(count, kNeverHere); };
+    const auto stop = [] { return velmor_timer_stop(1); };
+    for (uint32_t (*operation)() : {+start, +stop}) {
+        list.lock();
+        std::atomic<bool> asks{false}, done{false};
+        const OnCalls hook([&](std::string_view, const void* lock) { asks = asks || lock == &list; });
+        std::thread other([&] { done = operation() == 1; });
+        EXPECT_TRUE(wait_until([&] { return asks || done; }));
+        EXPECT_FALSE(done);
+        list.unlock();
+        other.join();
+        EXPECT_TRUE(done);
+    }
+}
+
+TEST_F(TimerTest, ThreadsStartSideBySide)
+{
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int n = 0; n < 50; ++n) found += static_cast<int>(velmor_timer_start(count, 3600) != 0);
+        threads.emplace_back([] {
+            for (int n = 0; n < 50; ++n) velmor_timer_start(count, kNeverHere);
         });
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(found, 200);
-    for (uint32_t id = 1; id <= 200; ++id) EXPECT_EQ(velmor_timer_stop(id), 1u) << id;
+    for (uint32_t id = 1; id <= 200; ++id) EXPECT_EQ(velmor_timer_stop(id), 1U) << id;
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <string>
 
+#include "on_calls.h"
 #include "qmi_client.h"
 
 namespace {
@@ -62,6 +63,7 @@ extern "C" {
 
 unsigned __wrap_sleep(unsigned seconds)
 {
+    rbk::test::tell_call("sleep " + std::to_string(seconds));
     write_down("sleep " + std::to_string(seconds));
     wait_for(shortened(seconds, 0));
     return 0;
@@ -69,6 +71,7 @@ unsigned __wrap_sleep(unsigned seconds)
 
 int __wrap_usleep(useconds_t microseconds)
 {
+    rbk::test::tell_call("usleep " + std::to_string(microseconds));
     write_down("usleep " + std::to_string(microseconds));
     wait_for(shortened(microseconds / 1'000'000, microseconds % 1'000'000 * 1000L));
     return 0;
@@ -98,6 +101,7 @@ int __wrap_timer_settime(timer_t timer, int flags, const itimerspec* due, itimer
 {
     char call[64];
     std::snprintf(call, sizeof call, "timer_settime %ld.%09ld", due->it_value.tv_sec, due->it_value.tv_nsec);
+    rbk::test::tell_call(call);
     write_down(call);
     if (is_to_fail("timer_settime")) return -1;
     itimerspec soon = *due;

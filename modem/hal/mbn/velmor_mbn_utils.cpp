@@ -573,10 +573,12 @@ static bool report_item(const char *name, xmlDoc *doc, xmlNode *node, int32_t *i
 // The document is foreign. The library bounds by itself how deep elements nest and how long a piece of text may be, and
 // loads nothing from outside. Added here: a type declaration ends the pass, because a few bytes of entities make
 // gigabytes; and no more is read of a document that has an error, since the parser tells one for each byte that follows,
-// or of a tag with attributes by the thousand, each of which it compares with each. xmlParseFile is the same parser with
-// the same limits, but has no place for these, and unpacks a compressed file to whatever that claims to hold.
+// or of a tag with attributes by the thousand, each of which it compares with each, or of a document with different names
+// by the ten thousand, whose table gets slower with each. xmlParseFile is the same parser with the same limits, but has no
+// place for these, and unpacks a compressed file to whatever that claims to hold.
 
 constexpr int REPORT_ATTRIBUTES_ROOM = 2048;  // of one element, which the parser doubles as they come; namespaces too
+constexpr int REPORT_NAMES_MAX = 65536;       // different ones; short texts count as such
 
 struct report_source {
     int            fd;
@@ -591,6 +593,7 @@ static int report_read(void *context, char *buffer, int len)
     if (parser->wellFormed == 0) return 0;
     if (parser->maxatts / 5 > REPORT_ATTRIBUTES_ROOM) return 0;  // five entries each
     if (parser->nsNr / 2 > REPORT_ATTRIBUTES_ROOM) return 0;     // two each
+    if (xmlDictSize(parser->dict) > REPORT_NAMES_MAX) return 0;
     return static_cast<int>(TEMP_FAILURE_RETRY(read(source->fd, buffer, static_cast<size_t>(len))));
 }
 
