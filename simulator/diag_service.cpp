@@ -113,6 +113,7 @@ class DiagService final : public Service {
     // Diag has frames of its own, and its faults are decided here: a request and its packets are no message and answer.
     bool handle_datagram(ClientId client, ByteView bytes) override;
     void handle(Call& call) override { call.fail(QmiError::invalid_command); }
+    void tell_holdings(ClientId client, Holdings& held) const override;
     void client_gone(ClientId client) override;
 
     void run_call(ClientId client, const DiagHead& call, ByteView bytes);
@@ -128,6 +129,7 @@ class DiagService final : public Service {
     bool is_wanted(ClientId client, const DiagHead& head) const;
 
     const DiagSettings& settings_;
+    std::set<ClientId> sessions_;  // whose library is started
     std::set<DciId> dci_clients_;
     std::map<DciId, std::uint64_t> streaming_;  // by which of all starts: the packets of an earlier one have ended
     std::uint64_t starts_ = 0;
@@ -145,8 +147,18 @@ bool DiagService::handle_datagram(ClientId client, ByteView bytes)
     return true;
 }
 
+void DiagService::tell_holdings(ClientId client, Holdings& held) const
+{
+    const auto of_client = [client](const DciId& id) { return id.first == client; };
+    const auto streams = [&](const auto& row) { return of_client(row.first); };
+    held.diag_sessions += sessions_.count(client);
+    held.dci_clients += static_cast<std::size_t>(std::ranges::count_if(dci_clients_, of_client));
+    held.dci_streams += static_cast<std::size_t>(std::ranges::count_if(streaming_, streams));
+}
+
 void DiagService::client_gone(ClientId client)
 {
+    sessions_.erase(client);
     const auto of_client = [client](const DciId& id) { return id.first == client; };
     std::erase_if(dci_clients_, of_client);
     std::erase_if(streaming_, [&](const auto& row) { return of_client(row.first); });
@@ -162,7 +174,9 @@ void DiagService::run_call(ClientId client, const DiagHead& call, ByteView bytes
     const bool known = dci_clients_.contains(id);
     const auto what = static_cast<DiagCall>(call.what);
     switch (what) {
-    case DiagCall::lsm_init: return answer(client, call, link::kDiagSuccess, settings_.remote_mask);
+    case DiagCall::lsm_init:
+        sessions_.insert(client);
+        return answer(client, call, link::kDiagSuccess, settings_.remote_mask);
     case DiagCall::lsm_deinit: return client_gone(client);
     case DiagCall::send: return run_request(client, call, bytes);
     case DiagCall::dci_support: return answer(client, call, link::kDciSuccess, settings_.mpss_up ? kMpssBit : 0);

@@ -104,6 +104,14 @@ int Efs::open_instance(OpenWrites& writes, const WriteChunk& chunk)
     return -EMFILE;
 }
 
+void Efs::tell_holdings(ClientId client, Holdings& held) const
+{
+    held.efs_reads += static_cast<std::size_t>(
+        std::ranges::count_if(reads_, [&](const OpenRead& read) { return read.client == client; }));
+    const auto writes = writes_.find(client);
+    if (writes != writes_.end()) held.efs_writes += writes->second.size();
+}
+
 void Efs::client_gone(ClientId client)
 {
     std::erase_if(reads_, [&](const OpenRead& read) { return read.client == client; });

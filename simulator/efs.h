@@ -12,6 +12,7 @@
 
 #include "platform/link/bytes.h"
 #include "simulator/client_id.h"
+#include "simulator/ledger.h"
 #include "simulator/state_store.h"
 
 namespace rbk::sim {
@@ -63,6 +64,8 @@ class Efs {
 
     int remove(const EfsPlace& place) { return store_.remove_in(place.tree(), place.parts); }
 
+    // Its transfers under way.
+    void tell_holdings(ClientId client, Holdings& held) const;
     // Its transfers end, and what it hasn't sent whole is forgotten.
     void client_gone(ClientId client);
 

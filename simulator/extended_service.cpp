@@ -54,6 +54,7 @@ class ExtendedService final : public Service {
 
  private:
     void handle(Call& call) override { run_message(*this, kMessages, call); }
+    void tell_holdings(ClientId client, Holdings& held) const override { nvefs_.tell_holdings(client, held); }
     void client_gone(ClientId client) override { nvefs_.client_gone(client); }
 
     ByteView fault_subject(ByteView tlvs) const override { return envelope_data(tlvs); }

@@ -77,6 +77,12 @@ void Modem::attach(link::LinkSocket socket)
     clients_.emplace(attached->id(), std::move(client));
 }
 
+void Modem::run()
+{
+    loop_.run();
+    for (const auto& [id, client] : clients_) enter_in_ledger(id);
+}
+
 void Modem::restart()
 {
     restart_asked_ = true;
@@ -415,11 +421,23 @@ void Modem::drop(Client& client)
     for (const auto& [timer, size] : client.timers()) loop_.cancel(timer);
     if (client.age_timer) loop_.cancel(*client.age_timer);
     loop_.defer([this, id = client.id()] {
+        enter_in_ledger(id);
         for (Slot& slot : slots_) {
             if (slot.service != nullptr) slot.service->client_gone(id);
         }
         clients_.erase(id);
     });
+}
+
+void Modem::enter_in_ledger(ClientId id)
+{
+    if (ledger_ == nullptr) return;
+    Holdings held;
+    for (const Slot& slot : slots_) {
+        if (slot.service != nullptr) slot.service->tell_holdings(id, held);
+    }
+    const std::string problem = ledger_->write(id, held);
+    if (!problem.empty()) complaints_.say(problem);
 }
 
 }  // namespace rbk::sim

@@ -11,6 +11,7 @@
 #include "simulator/complaints.h"
 #include "simulator/event_loop.h"
 #include "simulator/fault_rules.h"
+#include "simulator/ledger.h"
 #include "simulator/scenario.h"
 #include "simulator/service.h"
 #include "simulator/state_store.h"
@@ -25,8 +26,11 @@ class Modem {
     Modem(Scenario scenario, const std::filesystem::path& state, Complaints& complaints, ClientLimits limits = {});
     ~Modem();
 
+    // From now on each client's line is written there when it goes, at the latest when the modem does. The ledger outlives
+    // the modem.
+    void keep_ledger(const Ledger& ledger) { ledger_ = &ledger; }
     void attach(link::LinkSocket socket);
-    void run() { loop_.run(); }
+    void run();
     void stop() { loop_.stop(); }
 
     // ---- What services use ----
@@ -90,9 +94,11 @@ class Modem {
     void send(Client& client, link::Address from, ByteView head, ByteView body);
     void check_unread_later(Client& client, EventLoop::Clock::duration delay);
     void drop(Client& client);
+    void enter_in_ledger(ClientId client);
 
     // In the order in which they go last.
     Complaints& complaints_;
+    const Ledger* ledger_ = nullptr;
     const ClientLimits limits_;
     Scenario scenario_;
     EventLoop loop_;

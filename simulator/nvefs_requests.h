@@ -25,6 +25,7 @@ class NvEfsRequests {
     void run(ClientId client, ByteView request, std::span<std::uint8_t> answer);
     void run_legacy_read(ByteView request, std::span<std::uint8_t> answer);
 
+    void tell_holdings(ClientId client, Holdings& held) const { efs_.tell_holdings(client, held); }
     void client_gone(ClientId client) { efs_.client_gone(client); }
 
  private:

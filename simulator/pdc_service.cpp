@@ -161,6 +161,7 @@ class PdcService final : public Service {
 
  private:
     void handle(Call& call) override { run_message(*this, kMessages, call); }
+    void tell_holdings(ClientId client, Holdings& held) const override;
     void client_gone(ClientId client) override
     {
         listings_.erase(client);
@@ -191,6 +192,12 @@ class PdcService final : public Service {
     }
     static Bytes begin(const Call& call, QmiError error);
 
+    // How far a client has been told the list; of one type, or of all.
+    struct Listing {
+        std::optional<std::uint32_t> type;
+        std::size_t next = 0;
+    };
+
     // Where the request's selection is stored; nothing, and the call fails, when it can't be.
     std::optional<std::string> find_place(Call& call, std::uint32_t type, std::uint8_t sub_tlv) const;
     std::optional<Named> find_named(Call& call) const;
@@ -199,6 +206,7 @@ class PdcService final : public Service {
     bool is_known(const Named& named, const std::string& at);
     bool is_in_use(const Config& config);
     void erase(std::size_t index);
+    bool has_more(const Listing& listing) const;
     std::size_t frame_count() const
     {
         return std::max<std::size_t>((settings_.report.size() + kFrame - 1) / kFrame, 1);
@@ -208,11 +216,6 @@ class PdcService final : public Service {
 
     static const Message<PdcService> kMessages[11];
 
-    // How far a client has been told the list; of one type, or of all.
-    struct Listing {
-        std::optional<std::uint32_t> type;
-        std::size_t next = 0;
-    };
     struct Load {
         ClientId client = 0;
         Config config;
@@ -356,12 +359,25 @@ void PdcService::list(Call& call)
         entries.insert(entries.end(), config.id.begin(), config.id.end());
         ++entries[0];
     }
-    const bool more = std::any_of(configs_.begin() + static_cast<std::ptrdiff_t>(listing.next), configs_.end(),
-                                  [&](const Config& config) { return !listing.type || config.type == *listing.type; });
+    const bool more = has_more(listing);
     outcome(call, QmiError::none, [&](TlvWriter& writer) {
         writer.bytes(0x11, entries);
         writer.number(0x12, static_cast<std::uint8_t>(more));
     });
+}
+
+bool PdcService::has_more(const Listing& listing) const
+{
+    return std::any_of(configs_.begin() + static_cast<std::ptrdiff_t>(listing.next), configs_.end(),
+                       [&](const Config& config) { return !listing.type || config.type == *listing.type; });
+}
+
+void PdcService::tell_holdings(ClientId client, Holdings& held) const
+{
+    const auto listing = listings_.find(client);
+    if (listing != listings_.end() && has_more(listing->second)) ++held.pdc_lists;
+    held.pdc_loads += static_cast<std::size_t>(
+        std::ranges::count_if(loads_, [client](const Load& load) { return load.client == client; }));
 }
 
 bool PdcService::is_in_use(const Config& config)

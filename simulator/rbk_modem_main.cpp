@@ -12,6 +12,7 @@
 #include "platform/linux/environment.h"
 #include "simulator/at_terminal.h"
 #include "simulator/complaints.h"
+#include "simulator/ledger.h"
 #include "simulator/listener.h"
 #include "simulator/modem.h"
 #include "simulator/scenario_reader.h"
@@ -23,6 +24,7 @@ struct Arguments {
     std::string state;
     std::string scenario;
     std::string at;
+    std::string ledger;
 };
 
 void say(const std::string& line)
@@ -91,6 +93,8 @@ int serve(const Arguments& arguments)
     if (listener != nullptr && !arguments.at.empty()) {
         terminal = sim::AtTerminal::open(arguments.at, scenario.at, error);
     }
+    std::unique_ptr<sim::Ledger> ledger;
+    if (error.empty() && !arguments.ledger.empty()) ledger = sim::Ledger::open(arguments.ledger, error);
     if (!error.empty()) {
         say(error);
         return 1;
@@ -99,6 +103,7 @@ int serve(const Arguments& arguments)
     sim::Complaints complaints(say);
     sim::Modem modem(std::move(scenario), state, complaints);
     if (!modem.store().is_usable()) return 1;  // it has said why
+    if (ledger != nullptr) modem.keep_ledger(*ledger);
     listener->serve(modem);
     if (terminal != nullptr) terminal->serve(modem.loop());
     g_modem = &modem;
@@ -125,11 +130,16 @@ A command on the terminal is a line that begins with AT, or that the scenario's 
 name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
 Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there
 are, up to 65536.
+A line of the ledger says what a client had not given back when its connection ended, or the server did:
+client 3: channels=1 efs_reads=0 efs_writes=0 diag_sessions=0 dci_clients=0 dci_streams=0 pdc_lists=0 pdc_loads=0 stats=1
+These are logical channels to cards, EFS files read or sent in part, a diag library that is started, DCI clients that
+are registered and those of them with streams, and lists of configurations and configurations on their way in part; all
+of it ends with the client. stats=1 says that the statistics are on, which they stay. A service that is down keeps nothing.
 A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.
 What is wrong is told on standard error, each line once, and at most a hundred a minute.
 Exit status: 0 after a signal, when fault rules that never matched are named on standard error (nohup keeps SIGHUP
-away); 1 for a bad scenario, whose file and line are named, and for a socket, a terminal, a home or a state
-directory that can't be had.)";
+away); 1 for a bad scenario, whose file and line are named, and for a socket, a terminal, a ledger, a home or a
+state directory that can't be had.)";
 
 int run(int argc, char** argv)
 {
@@ -156,6 +166,9 @@ int run(int argc, char** argv)
         ->check(is_given);
     app.add_option("--at", arguments.at, "make a terminal that answers AT commands, with a link to it here")
         ->type_name("PATH")
+        ->check(is_given);
+    app.add_option("--ledger", arguments.ledger, "append a line for each client when it goes: what it held then")
+        ->type_name("FILE")
         ->check(is_given);
     try {
         app.parse(argc, argv);

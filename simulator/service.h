@@ -31,6 +31,7 @@
 
 #include "platform/link/bytes.h"
 #include "simulator/client_id.h"
+#include "simulator/ledger.h"
 #include "simulator/tlv.h"
 
 namespace rbk::sim {
@@ -141,6 +142,12 @@ class Service {
         static_cast<void>(client);
         static_cast<void>(bytes);
         return false;
+    }
+    // Adds what it keeps for a client: what client_gone() is going to end.
+    virtual void tell_holdings(ClientId client, Holdings& held) const
+    {
+        static_cast<void>(client);
+        static_cast<void>(held);
     }
     // A client has gone; nothing more can be sent to it.
     virtual void client_gone(ClientId client) { static_cast<void>(client); }

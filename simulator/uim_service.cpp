@@ -82,6 +82,11 @@ class UimService final : public Service {
 
  private:
     void handle(Call& call) override { run_message(*this, kMessages, call); }
+    void tell_holdings(ClientId client, Holdings& held) const override
+    {
+        held.channels += static_cast<std::size_t>(
+            std::ranges::count_if(channels_, [&](const auto& open) { return open.second == client; }));
+    }
     // What a client has left open is closed for it.
     void client_gone(ClientId client) override
     {

@@ -47,6 +47,7 @@ class VsService final : public Service {
 
  private:
     void handle(Call& call) override { run_message(*this, kMessages, call); }
+    void tell_holdings(ClientId client, Holdings& held) const override;
     void set_feature(Call& call);
     void get_parameters(Call& call);
 
@@ -68,6 +69,12 @@ void VsService::set_feature(Call& call)
                       call.number<std::uint8_t>(0x10)};
     if (modem().store().read(kStatsFeatureState).bytes == state) return;
     if (modem().store().write(kStatsFeatureState, state) != 0) call.fail(QmiError::internal);
+}
+
+void VsService::tell_holdings(ClientId, Holdings& held) const
+{
+    const StoredValue state = modem().store().read(kStatsFeatureState);
+    held.stats = !state.bytes.empty() && state.bytes[0] != 0 ? 1 : 0;
 }
 
 // Parameters without a sample are left out of the answer.
