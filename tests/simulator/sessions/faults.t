@@ -278,7 +278,13 @@ action = "down"
 > sar 2
 < sar r2 02: w0 10: w0
 
-## Indications that nobody asked for begin anew with each request, or come to whoever asks another service
+## Indications that nobody asked for begin anew with each request, come to whoever asks another service, or by no rule
+[[fault]]
+service = "extended"
+on = "indication"
+message = 7
+nth = 2
+action = "twice"
 [[indication]]
 service = "extended"
 message = 7
@@ -297,6 +303,7 @@ after_ms = 60000
 < extended r2 env 0: A1B2C3D4
 2> extended 2 ECHO
 2< extended r2 env 0: A1B2C3D4
+2< extended i7 01: A1
 2< extended i7 01: A1
 ~ 2
 
