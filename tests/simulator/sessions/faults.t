@@ -144,7 +144,7 @@ action = "down"
 = nv/0/6 11
 = nv/0/7 none
 
-## A request is answered before its delay is over, or its restart comes before its answer
+## A restart comes before the answer to its request
 [modem]
 restart_ms = 1
 [[fault]]
@@ -152,13 +152,9 @@ service = "extended"
 action = "delay"
 ms = 20
 > extended 2 RESTART
-> sar 2
-< sar r2 02: w0 10: w0
 < extended r2 GOES
 < - extended
-< - sar
 < + extended
-< + sar
 
 ## What is put off is sent at once
 [[fault]]
@@ -258,7 +254,7 @@ action = "down"
 
 ## A service that is down answers, is told of twice, or comes up in the middle of a later restart
 [modem]
-restart_ms = 500
+restart_ms = 1000
 [[fault]]
 service = "sar"
 nth = 1
@@ -278,7 +274,13 @@ action = "down"
 > sar 2
 < sar r2 02: w0 10: w0
 
-## Indications that nobody asked for begin anew with each request, or come to whoever asks another service
+## Indications that nobody asked for begin anew with each request, come to whoever asks another service, or by no rule
+[[fault]]
+service = "extended"
+on = "indication"
+message = 7
+nth = 2
+action = "twice"
 [[indication]]
 service = "extended"
 message = 7
@@ -297,6 +299,7 @@ after_ms = 60000
 < extended r2 env 0: A1B2C3D4
 2> extended 2 ECHO
 2< extended r2 env 0: A1B2C3D4
+2< extended i7 01: A1
 2< extended i7 01: A1
 ~ 2
 

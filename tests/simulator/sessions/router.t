@@ -5,7 +5,7 @@
 ## A row is that of another service, instance, or of one that isn't up
 [modem]
 services = ["extended", "sar"]
-boot_ms = 500
+boot_ms = 1000
 > router raw w10 @20
 < + 0
 < + extended
