@@ -1,5 +1,6 @@
 #include "hal/exchanges.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace rbk::test {
