@@ -457,6 +457,7 @@ std::size_t allocated()
 
 constexpr std::int32_t kBlock = 8192;
 std::atomic<diag_rsp_block*> place;
+diag_rsp_block* newer;
 std::uint8_t* answer;  // a page fault stands before its first byte
 
 TEST(DiagBlocks, BlockIsReplacedWhileItIsCopied)
@@ -465,9 +466,10 @@ TEST(DiagBlocks, BlockIsReplacedWhileItIsCopied)
     const std::size_t before = allocated();
     answer = static_cast<std::uint8_t*>(mmap(nullptr, kBlock, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
     std::signal(SIGSEGV, [](int) {
-        diag_rsp_replace(place, block_of(kBlock, 2));
+        diag_rsp_replace(place, newer);
         mprotect(answer, kBlock, PROT_READ | PROT_WRITE);
     });
+    newer = block_of(kBlock, 2);
     diag_rsp_replace(place, block_of(kBlock, 1));
     diag_rsp_hand_out(place, answer, kBlock);
     EXPECT_EQ(Bytes(answer, answer + kBlock), Bytes(kBlock, 1));

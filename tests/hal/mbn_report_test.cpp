@@ -312,11 +312,14 @@ TEST_F(MbnFrames, ReportIsStreamedJudgedAndSent)
     std::string content;
     std::string expected;
     const std::string same = item(kProfile, profile(1, kIms), profile(1, kIms)) + item(kImsService, "0 0 ", "0 1 ");
-    for (int i = 0; content.size() < 2'000'000; ++i) {
+    for (int i = 0; content.size() < 500'000; ++i) {
         content += item("/nv/" + std::to_string(i), "1 2 3 ", std::string(2000, '4')) + same;
         expected += std::to_string(i) + " /nv/" + std::to_string(i) + " 1 2 3 |" + std::string(2000, '4') + "\n";
     }
     expected += "end 0\n";
+    setenv("RBK_TRACE", "/dev/null", 1);  // the whole stream has its 5 seconds
+    set_property("persist.vendor.radio.adb_log_shell", "1");
+    set_property("persist.vendor.radio.adb_log_velmor", "1");
     write_file(home() / "diff.xml", document(content));
     scenario("[pdc]\nindication_ms = 0\nreport = 'diff.xml'\n[[pdc.config]]\nid = 'A1A2'\n");
     ASSERT_EQ(pdc_init_ex(), 0);
