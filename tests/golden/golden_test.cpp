@@ -36,6 +36,7 @@
 #include <filesystem>
 #include <map>
 #include <regex>
+#include <sstream>
 
 #include "support/embedded_run.h"
 #include "support/help_text.h"
@@ -221,18 +222,20 @@ class Session {
     Lines screen(const std::string& out, bool traced, bool inside, const Lines& traced_files) const
     {
         static const std::regex kStart(" (velmor_get_current_pid_info|velmor_modem_check_odm_white_list): ");
-        static const std::regex kMessage(R"((\d) (?:\[[^\]]*\])?\[(\S+):\d+\] (\w+): ?([^]*))");
+        // The head alone: std::regex goes a step deeper with each character of a long message.
+        static const std::regex kMessage(R"((\d) (?:\[[^\]]*\])?\[([^\s:]+):\d+\] (\w+): ?)");
         static const std::regex kLineFeed(R"(\\n)");
         Lines lines;
         std::size_t at = 0;
         for (const std::string& entry : lines_of(read_file(home_.path() / "log"))) {
             std::smatch parts;
-            if (!std::regex_match(entry, parts, kMessage)) continue;  // of the masks themselves
+            if (!std::regex_search(entry, parts, kMessage, std::regex_constants::match_continuous))
+                continue;  // of the masks themselves
             const std::string level = parts[1] == "3" ? "1" : "2";
-            const std::string body = std::regex_replace(parts[4].str(), kLineFeed, "\n");
+            const std::string body = std::regex_replace(parts.suffix().str(), kLineFeed, "\n");
             const std::string place = parts[2].str() + " " + parts[3].str() + ": " + body;
             const std::string whole =
-                "RIL" + entry.substr(entry.find('['), parts.position(4) - entry.find('[')) + body + "\n";
+                "RIL" + entry.substr(entry.find('['), parts.length(0) - entry.find('[')) + body + "\n";
             std::size_t found = next(out, at, whole);
             const bool is_bare = found == std::string::npos;
             if (is_bare) found = next(out, at, body + "\n");
@@ -253,7 +256,7 @@ class Session {
     // Places that stand in the message above already, and lines that are repeated.
     static Lines shortened(const Lines& lines)
     {
-        static const std::regex kPlace(R"([124] (\S+ \w+:)( [^]*|))");
+        static const std::regex kPlace(R"([124] (\S+ \w+:)(?= |$))");
         Lines shorter;
         std::string place, last;
         std::size_t again = 0;
@@ -266,9 +269,9 @@ class Session {
             tell_again();
             last = line;
             std::smatch parts;
-            const bool is_message = std::regex_match(line, parts, kPlace);
+            const bool is_message = std::regex_search(line, parts, kPlace, std::regex_constants::match_continuous);
             const bool is_same = is_message && parts[1] == place;
-            shorter.push_back(is_same ? line.substr(0, 2) + "^" + parts[2].str() : line);
+            shorter.push_back(is_same ? line.substr(0, 2) + "^" + parts.suffix().str() : line);
             if (is_message) place = parts[1];
         }
         tell_again();
@@ -323,7 +326,9 @@ class Session {
         }
         Lines requests;
         for (const std::string& line : lines_of(read_file(home_.path() / "trace"))) {
-            const Lines words = words_of(line);  // time, way, then as the trace has them
+            Lines words;  // time, way, then as the trace has them
+            std::istringstream stream(line);
+            for (std::string word; stream >> word;) words.push_back(word);
             if (words[1] != ">") continue;
             if (words[2] == "diag") {
                 requests.push_back("> diag " + with_runs(words.back()));
