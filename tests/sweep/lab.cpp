@@ -60,6 +60,16 @@ std::vector<char*> pointers_to(Lines& lines)
     return list;
 }
 
+// What a line of the wrapped calls asks for.
+double seconds_of(const std::string& call)
+{
+    std::istringstream words(call);
+    std::string name;
+    double time = 0;
+    words >> name >> time;
+    return name == "usleep" ? time / 1e6 : time;
+}
+
 // Status as a Run has it. A process that hangs is killed.
 int wait_for_end(pid_t process)
 {
@@ -170,6 +180,7 @@ Run Phone::run(const Lines& words, Pace pace, int signal, const std::function<vo
     run.err = read_file(home_ / "err");
     run.log = lines_of(read_file(home_ / "log"));
     run.trace = trace();
+    for (const std::string& call : lines_of(read_file(home_ / "calls"))) run.waits_s += seconds_of(call);
     run.state = state();
     return run;
 }

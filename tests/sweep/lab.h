@@ -36,6 +36,7 @@ struct Pace {
 struct Run {
     int status = -1;  // exit status; 128 and the signal's number
     std::chrono::microseconds took{0};
+    double waits_s = 0;  // that it asked for, unhurried
     std::string out, err;
     Lines log;  // "3 text"
     std::vector<Message> trace;
