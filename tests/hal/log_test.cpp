@@ -31,10 +31,11 @@ void say_all_levels()
     LOG(8, "eight");
 }
 // The sum of the levels whose lines stand in a text, "RIL" or the right priority in front.
-unsigned levels_in(const std::string& text)
+unsigned levels_in(const std::vector<std::string>& lines)
 {
     unsigned levels = 0;
-    for (const std::string& line : lines_of(without_line_numbers(text))) {
+    for (const std::string& numbered : lines) {
+        const std::string line = without_line_numbers(numbered);
         const std::string body = line.substr(line.rfind(' ') + 1);
         const unsigned level = body == "one" ? 1 : body == "two" ? 2 : body == "four" ? 4 : body == "eight" ? 8 : 0;
         const std::string rest = "[log_test.cpp:N] say_all_levels: " + body;
@@ -56,8 +57,8 @@ TEST_F(LogTest, ChannelsShowTheLevelsOfTheirProperties)
             set_property(shell ? "persist.vendor.radio.adb_log_shell" : "persist.vendor.radio.adb_log_velmor",
                          property);
             log();
-            EXPECT_EQ(levels_in(output_of(say_all_levels)), shell ? mask : 15U);
-            EXPECT_EQ(levels_in(read_file(home() / "log")), shell ? 15U : mask);
+            EXPECT_EQ(levels_in(lines_of(output_of(say_all_levels))), shell ? mask : 15U);
+            EXPECT_EQ(levels_in(log()), shell ? 15U : mask);
         }
     }
 }
@@ -99,11 +100,11 @@ TEST_F(LogTest, ChangesOfAMaskAreToldInTheLog)
 {
     set_property("persist.vendor.radio.adb_log_velmor", "3");
     set_property("persist.vendor.radio.adb_log_shell", "9");
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(levels_in(output_of(say_all_levels)), 9U);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(levels_in(lines_of(output_of(say_all_levels))), 9U);
     velmor_hal_set_shell_print_mask(11);
-    EXPECT_EQ(levels_in(output_of(say_all_levels)), 11U);
+    EXPECT_EQ(levels_in(lines_of(output_of(say_all_levels))), 11U);
     velmor_hal_remove_shell_print_mask(3);
-    EXPECT_EQ(levels_in(output_of(say_all_levels)), 8U);
+    EXPECT_EQ(levels_in(lines_of(output_of(say_all_levels))), 8U);
     EXPECT_TRUE(velmor_hal_get_shell_print_flag(8));
     EXPECT_FALSE(velmor_hal_get_shell_print_flag(9)) << "every bit is asked for";
     Lines told = log();
