@@ -22,24 +22,40 @@ std::vector<std::string> with_program(const std::string& program, const std::vec
     return command;
 }
 
+// Ended by a null, as exec has them.
+std::vector<char*> pointers_to(std::vector<std::string>& words)
+{
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 }  // namespace
 
 pid_t start(const std::vector<std::string>& command, const RunOptions& options, const std::string& out,
             const std::string& err)
 {
-    if (const pid_t child = fork(); child != 0) return child;
+    std::vector<std::string> variables;
+    for (char** each = environ; *each != nullptr; ++each) {
+        const std::string variable = *each;
+        if (!options.variables.contains(variable.substr(0, variable.find('=')))) variables.push_back(variable);
+    }
     for (const auto& [name, value] : options.variables)
-        value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
+        if (!value.empty()) variables.push_back(name + "=" + value);
+    std::vector<std::string> words = command;
+    if (!options.name.empty()) words[0] = options.name;
+    const std::vector<char*> arguments = pointers_to(words);
+    const std::vector<char*> environment = pointers_to(variables);
+
+    if (const pid_t child = fork(); child != 0) return child;
+    // Nothing here may take memory: the fork may have caught another thread with the allocator's lock.
     prctl(PR_SET_PDEATHSIG, SIGKILL);  // it ends at the latest with the thread that has started it
     signal(SIGHUP, SIG_DFL);           // also where the tests themselves run under nohup
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
     dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600), STDERR_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    if (!options.name.empty()) arguments[0] = const_cast<char*>(options.name.c_str());
-    execv(command[0].c_str(), arguments.data());
+    execve(command[0].c_str(), arguments.data(), environment.data());
     _exit(127);
 }
 
