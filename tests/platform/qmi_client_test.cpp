@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <functional>
@@ -346,11 +347,17 @@ TEST_F(QmiPeer, ServersAreListedOnceAndWithinTheTable)
     EXPECT_EQ(qmi_cci_os_signal_wait(&wait_here, 1), 0) << "one change woke twice";
     peer_.tell(kServerRow);
     peer_.tell(kSecondRow);
-    ASSERT_TRUE(wait_until([] { return count_services() >= 2; }));
-
-    qmi_service_info table[2] = {};
-    uint32_t entries = 1;
+    qmi_service_info table[3] = {};
     uint32_t services = 0;
+    const auto is_second_told = [&] {
+        uint32_t entries = 3;
+        qmi_client_get_service_list(&extended, table, &entries, &services);
+        return std::ranges::count(table, kSecondServer.port, &qmi_service_info::port) != 0;
+    };
+    ASSERT_TRUE(wait_until(is_second_told));
+
+    std::ranges::fill(table, qmi_service_info{});
+    uint32_t entries = 1;
     EXPECT_EQ(qmi_client_get_service_list(&extended, table, &entries, &services), 0);
     EXPECT_EQ(entries, 1u);
     EXPECT_EQ(services, 2u) << "a server told twice is one";
@@ -533,8 +540,11 @@ TEST_F(QmiPeer, RefusesWhatCannotBeSent)
     EXPECT_EQ(qmi_client_release(client), -1);
     EXPECT_EQ(send(client), -1) << "a released handle was followed";
     EXPECT_EQ(qmi_client_message_decode(client, INDICATION, 3, nullptr, 0, &room, sizeof room), -1);
-    const qmi_service_info none{};
-    EXPECT_EQ(qmi_client_init(&none, &extended, nullptr, nullptr, nullptr, &client), -2);
+    qmi_service_info server{};
+    EXPECT_EQ(qmi_client_init(&server, &extended, nullptr, nullptr, nullptr, &client), -2);
+    uint32_t room_for = 1, services = 0;
+    EXPECT_EQ(qmi_client_get_service_list(&extended, &server, &room_for, &services), 0);
+    EXPECT_EQ(qmi_client_init(&server, &other_service, nullptr, nullptr, nullptr, &client), -2) << "of another service";
     const auto begun = std::chrono::steady_clock::now();
     EXPECT_EQ(qmi_client_init_instance(&extended, 7, nullptr, nullptr, nullptr, 40, &client), -3);
     EXPECT_GE(std::chrono::steady_clock::now() - begun, milliseconds(40));
