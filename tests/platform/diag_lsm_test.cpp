@@ -275,7 +275,7 @@ TEST_F(DiagPeer, ReleaseWaitsForTheCallbackThatRuns)
 {
     hold_a_callback();
     auto released = std::async(std::launch::async, [] { return diag_release_dci_client(&client); });
-    EXPECT_TRUE(still_waits(released));
+    EXPECT_FALSE(peer_.hears(20)) << "and only then tells the modem";
     goes_on.set_value();
     heard_ = peer_.hear();
     peer_.say(kDiag, answer(DIAG_DCI_NO_ERROR));
