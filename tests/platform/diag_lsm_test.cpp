@@ -132,7 +132,10 @@ TEST_F(DiagLsm, ProcessEndsWithACallbackUnderWay)
     const auto end = [] {
         Diag_LSM_Init(nullptr);
         make_client();
-        ask(on_slow);
+        ask([](std::uint8_t*, std::int32_t, void*) {
+            entered.set_value();
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        });
         entered.get_future().wait();
         std::exit(0);
     };
