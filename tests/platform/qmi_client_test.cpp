@@ -499,25 +499,20 @@ TEST_F(QmiPeer, RefusesWhatCannotBeSent)
     EXPECT_FALSE(peer_.hears(0));
 }
 
-struct Sized {
-    std::size_t bytes = 0;
-    std::size_t size() const { return bytes; }
-};
-
 TEST(CallbackQueue, IsBoundedButForWhatHasNoBytes)
 {
-    platform::CallbackQueue<Sized> queue;
+    platform::CallbackQueue<Bytes> queue;
     constexpr std::size_t most = queue.kMost;
     const auto pop_all = [&] {
         std::vector<std::size_t> sizes;
-        while (!queue.empty()) sizes.push_back(queue.pop().bytes);
+        while (!queue.empty()) sizes.push_back(queue.pop().size());
         return sizes;
     };
-    for (const std::size_t size : {most - 1, 2UL, 1UL, 1UL, 0UL}) queue.push({size});
+    for (const std::size_t size : {most - 1, 2UL, 1UL, 1UL, 0UL}) queue.push(Bytes(size));
     EXPECT_EQ(pop_all(), (std::vector<std::size_t>{most - 1, 1, 0})) << "what has no room is lost, but no lost service";
-    for (const std::size_t size : {most - 1, 1UL}) queue.push({size});
-    queue.erase_if([](const Sized& event) { return event.bytes == 1; });
-    for (const std::size_t size : {2UL, 1UL}) queue.push({size});
+    for (const std::size_t size : {most - 1, 1UL}) queue.push(Bytes(size));
+    queue.erase_if([](const Bytes& event) { return event.size() == 1; });
+    for (const std::size_t size : {2UL, 1UL}) queue.push(Bytes(size));
     EXPECT_EQ(pop_all(), (std::vector<std::size_t>{most - 1, 1})) << "what was erased makes room, what stays doesn't";
 }
 
