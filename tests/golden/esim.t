@@ -302,7 +302,7 @@ $ rbk 5 10 4 1
 $ rbk 5 10 4 0
 - PRESENT,PRESENT
 > 0x000B 0x002F 3000 ms 10:01
-$ put modem/card/2/side 6573696D
+$ put modem/card/2/side esim
 | fault = [ { service = 'uim', message = 0x003F, action = 'error', code = 3 } ]
 $ rbk 5 10 5 1
 - value=SUCCEED

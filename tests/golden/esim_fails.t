@@ -134,7 +134,7 @@ $ rbk 5 10 1 1
 $ rbk 5 10 4 0
 - PRESENT,PRESENT
 > 0x000B 0x002F 3000 ms 10:01
-$ put modem/card/2/side 6573696D
+$ put modem/card/2/side esim
 | fault = [ { service = 'uim', message = 0x0065, action = 'error', code = 25 } ]
 $ rbk 5 10 3 1
 - value=FAILED
@@ -171,7 +171,7 @@ $ rbk 5 10 4 1
 $ rbk 5 10 4 0
 - PRESENT,PRESENT
 > 0x000B 0x002F 3000 ms 10:01
-$ put modem/card/2/side 6573696D
+$ put modem/card/2/side esim
 | fault = [ { service = 'uim', message = 0x0042, action = 'error', code = 2 } ]
 $ inside velmor_rbk_test_cmn.cpp rbk 5 10 5 1
 4 velmor_rbk_test_cmn.cpp velmor_cmn_esim_test: Start eUICC Reset
@@ -183,7 +183,7 @@ $ inside velmor_rbk_test_cmn.cpp rbk 5 10 5 1
 $ rbk 5 10 4 0
 - PRESENT,PRESENT
 > 0x000B 0x002F 3000 ms 10:01
-$ put modem/card/2/side 6573696D
+$ put modem/card/2/side esim
 | fault = [ { service = 'uim', message = 0x003B, action = 'error', code = 48 } ]
 $ inside velmor_rbk_test_cmn.cpp rbk 5 10 5 1
 4 velmor_rbk_test_cmn.cpp velmor_cmn_esim_test: Start eUICC Reset
@@ -197,7 +197,7 @@ $ inside velmor_rbk_test_cmn.cpp rbk 5 10 5 1
 $ rbk 5 10 4 0
 - PRESENT,PRESENT
 > 0x000B 0x002F 3000 ms 10:01
-$ put modem/card/2/side 6573696D
+$ put modem/card/2/side esim
 | fault = [ { service = 'uim', message = 0x003B, action = 'raw', bytes = '02 0400 00000000 10 0A00 0800 BF34038001029000' } ]
 $ rbk 5 10 5 1
 - value=FAILED
@@ -208,7 +208,7 @@ $ rbk 5 10 5 1
 $ rbk 5 10 4 0
 - PRESENT,PRESENT
 > 0x000B 0x002F 3000 ms 10:01
-$ put modem/card/2/side 6573696D
+$ put modem/card/2/side esim
 | fault = [ { service = 'uim', message = 0x003B, action = 'raw', bytes = '02 0400 00000000 10 0B00 0900 BF3403800100900000' } ]
 $ rbk 5 10 5 1
 - value=FAILED

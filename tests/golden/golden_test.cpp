@@ -13,7 +13,7 @@
 //   $ rbk-prop get NAME      the properties
 //   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
 //   $ text modem/marks/sync  a file of the home that is text, without its times
-//   $ put modem/nv/0/550 0A  writes such a file; $ remove PATH takes it or a folder away
+//   $ put modem/card/1 word  writes such a file; $ remove PATH takes it or a folder away
 //
 // What came of a command stands below it, in this order:
 //   1 velmor_rbk_test_rf.cpp main: text    a message of the screen with its level: 1 failure, 2 step, 8 for the user
@@ -31,38 +31,31 @@
 // UPDATE_GOLDEN=1 in the environment writes the files anew: read what has changed before it is kept.
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <regex>
-#include <sstream>
 
 #include "support/embedded_run.h"
 #include "support/help_text.h"
-#include "support/home.h"
+#include "support/lines.h"
 #include "support/program.h"
 
 namespace rbk::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // Bytes in hex; eight or more that are equal stand there once, with their number.
 std::string with_runs(const std::string& hex_text)
 {
+    Lines bytes;
+    for (std::size_t at = 0; at < hex_text.size(); at += 2) bytes.push_back(hex_text.substr(at, 2));
     std::string text;
-    for (std::size_t at = 0; at < hex_text.size();) {
-        const std::string byte = hex_text.substr(at, 2);
-        std::size_t end = at;
-        while (end < hex_text.size() && hex_text.compare(end, 2, byte) == 0) end += 2;
-        const std::size_t count = (end - at) / 2;
-        if (count >= 8) {
-            text += (text.empty() || text.back() == ' ' ? "" : " ") + byte + "*" + std::to_string(count) + " ";
-        } else {
-            for (; at < end; at += 2) text += byte;
-        }
-        at = end;
+    for (const auto& [byte, count] : runs_of(bytes)) {
+        const bool is_run = count >= 8;
+        if (is_run && !text.empty() && text.back() != ' ') text += ' ';
+        for (std::size_t i = is_run ? count : 1; i <= count; ++i) text += byte;
+        if (is_run) text += "*" + std::to_string(count) + " ";
     }
     if (text.ends_with(' ')) text.pop_back();
     return text;
@@ -83,23 +76,18 @@ std::string without_runs(std::string text)
 // Words of a line that are printed many times in a row stand there once, with their number.
 std::string with_word_runs(const std::string& line)
 {
-    constexpr std::size_t kMany = 64;
     Lines words(1);
     for (const char character : line) {
-        if (character == ' ')
-            words.emplace_back();
-        else
-            words.back() += character;
+        if (character == ' ') words.emplace_back();
+        if (character != ' ') words.back() += character;
     }
     std::string text;
-    for (std::size_t i = 0, count = 1; i < words.size(); i += count) {
-        const auto differs = [&](const std::string& word) { return word != words[i]; };
-        const auto end = std::find_if(words.begin() + static_cast<long>(i), words.end(), differs);
-        count = static_cast<std::size_t>(end - words.begin()) - i;
-        if (count < kMany) count = 1;
-        text += (i > 0 ? " " : "") + words[i] + (count > 1 ? "*" + std::to_string(count) : "");
+    for (const auto& [word, count] : runs_of(words)) {
+        const bool is_run = count >= 64;
+        for (std::size_t i = is_run ? count : 1; i <= count; ++i) text += " " + word;
+        if (is_run) text += "*" + std::to_string(count);
     }
-    return text;
+    return text.substr(1);
 }
 
 // "01:04000000 10:00*550": the TLVs of a request; bytes that are none stand at the end as they are.
@@ -115,10 +103,10 @@ std::string tlvs_of(std::string rest)
     return rest.empty() ? text : text + " " + rest;
 }
 
-std::vector<std::string> words_of(const std::string& line)
+Lines words_of(const std::string& line)
 {
     static const std::regex kWord(R"('([^']*)'|(\S+?)\*(\d+)(?=\s|$)|(\S+))");
-    std::vector<std::string> words;
+    Lines words;
     for (std::sregex_iterator each(line.begin(), line.end(), kWord), end; each != end; ++each) {
         const std::smatch& word = *each;
         if (word[1].matched) words.push_back(word[1]);
@@ -142,16 +130,17 @@ class Session {
     Lines run(const std::string& command)
     {
         Lines words = words_of(command);
-        const bool inside = take(words, "inside");
-        const bool traced = take(words, "traced") || inside;
+        const bool inside = words.at(0) == "inside";
+        const bool traced = inside || words[0] == "traced";
+        if (traced) words.erase(words.begin());
         Lines traced_files;
         for (; inside && words.at(0).ends_with(".cpp"); words.erase(words.begin())) traced_files.push_back(words[0]);
         const std::string program = words.at(0);
         words.erase(words.begin());
         if (program == "show") return show(words.at(0));
-        if (program == "text") return text(words.at(0));
+        if (program == "text") return bare(masked(read_file(home_.path() / words.at(0))));
         if (program == "remove") return std::filesystem::remove_all(home_.path() / words.at(0)), Lines{};
-        if (program == "put") return put(words.at(0), words.size() > 1 ? words[1] : ""), Lines{};
+        if (program == "put") return write_file(home_.path() / words.at(0), words.at(1)), Lines{};
 
         for (const char* file : {"log", "trace", "calls"}) write_file(home_.path() / file, "");
         if (!scenario_.empty()) write_file(home_.path() / "scenario.toml", scenario_);
@@ -168,54 +157,31 @@ class Session {
     }
 
  private:
-    static bool take(Lines& words, const std::string& word)
-    {
-        if (words.empty() || words[0] != word) return false;
-        words.erase(words.begin());
-        return true;
-    }
-
-    static bool contains(const Lines& words, const std::string& word)
-    {
-        return std::find(words.begin(), words.end(), word) != words.end();
-    }
-
     RunOptions options() const
     {
-        std::map<std::string, std::string> variables;
-        variables["RBK_HOME"] = home_.path();
-        variables["RBK_TEST_DIVISOR"] = "100";
+        std::map<std::string, std::string> variables = watched_in(home_.path());
         if (!scenario_.empty()) variables["RBK_SCENARIO"] = home_.path() / "scenario.toml";
-        variables["RBK_LOGCAT"] = home_.path() / "log";
-        variables["RBK_TRACE"] = home_.path() / "trace";
-        variables["RBK_TEST_CALLS"] = variables["RBK_TEST_SENDS"] = home_.path() / "calls";
+        variables["RBK_TEST_SENDS"] = home_.path() / "calls";
         for (const auto& [name, value] : variables_) variables[name] = value;
         return {.variables = variables};
     }
 
     std::string masked(std::string line) const
     {
-        static const std::regex kProcess("(p_id: |/proc/|pid=)[0-9]+");
-        static const std::regex kAddress("((?:client|ptr|buf|data|holder)(?: =)? 0x|handle = )(?!0+\\b)-?[0-9a-f]+");
-        line = std::regex_replace(std::regex_replace(line, kProcess, "$1N"), kAddress, "$1N");
-        const std::pair<std::string, std::string> places[] = {{home_.path(), "HOME"}, {rbk_path(), "RBK"}};
-        for (const auto& [path, word] : places) {
-            for (std::size_t at = line.find(path); at != std::string::npos; at = line.find(path))
-                line.replace(at, path.size(), word);
-        }
-        return line;
+        static const std::pair<std::regex, const char*> kMasks[] = {
+            {std::regex("(p_id: |/proc/|pid=)[0-9]+"), "$1N"},
+            {std::regex("((?:client|ptr|buf|data|holder)(?: =)? 0x|handle = )(?!0+\\b)-?[0-9a-f]+"), "$1N"},
+            {std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ)"), "TIME"},
+        };
+        for (const auto& [what, word] : kMasks) line = std::regex_replace(line, what, word);
+        return replaced(replaced(line, home_.path(), "HOME"), rbk_path(), "RBK");
     }
 
-    static Lines bare(const std::string& text)
-    {
-        Lines lines;
-        append_bare(lines, text);
-        return lines;
-    }
-
-    static void append_bare(Lines& lines, const std::string& text)
+    // `lines`, and behind them those of a text that was printed bare.
+    static Lines bare(const std::string& text, Lines lines = {})
     {
         for (const std::string& line : lines_of(text)) lines.push_back("- " + with_word_runs(line));
+        return lines;
     }
 
     // The screen's messages, each found again in the log, which has the priority; what isn't in the log was printed bare.
@@ -241,15 +207,15 @@ class Session {
             if (is_bare) found = next(out, at, body + "\n");
             if (found == std::string::npos || (is_bare && body.empty() && found != at)) {
                 const bool is_start = std::regex_search(place, kStart);
-                const bool is_wanted = traced_files.empty() || contains(traced_files, parts[2]);
+                const bool is_wanted = traced_files.empty() || std::ranges::count(traced_files, parts[2].str()) > 0;
                 if (traced && !(inside && is_start) && is_wanted) append(lines, "4", place);
                 continue;
             }
-            append_bare(lines, out.substr(at, found - at));
+            lines = bare(out.substr(at, found - at), lines);
             append(lines, is_bare ? "8" : level, is_bare ? body : place);
             at = found + (is_bare ? body.size() + 1 : whole.size());
         }
-        append_bare(lines, out.substr(at));
+        lines = bare(out.substr(at), lines);
         return shortened(with_help(lines));
     }
 
@@ -258,23 +224,15 @@ class Session {
     {
         static const std::regex kPlace(R"([124] (\S+ \w+:)(?= |$))");
         Lines shorter;
-        std::string place, last;
-        std::size_t again = 0;
-        const auto tell_again = [&] {
-            if (again > 0) shorter.push_back("@again " + std::to_string(again));
-            again = 0;
-        };
-        for (const std::string& line : lines) {
-            if (line == last && ++again > 0) continue;
-            tell_again();
-            last = line;
+        std::string place;
+        for (const auto& [line, count] : runs_of(lines)) {
             std::smatch parts;
             const bool is_message = std::regex_search(line, parts, kPlace, std::regex_constants::match_continuous);
             const bool is_same = is_message && parts[1] == place;
             shorter.push_back(is_same ? line.substr(0, 2) + "^" + parts.suffix().str() : line);
             if (is_message) place = parts[1];
+            if (count > 1) shorter.push_back("@again " + std::to_string(count - 1));
         }
-        tell_again();
         return shorter;
     }
 
@@ -301,16 +259,15 @@ class Session {
     }
 
     // A help that stands there whole becomes one line.
-    static Lines with_help(const Lines& lines)
+    static Lines with_help(Lines lines)
     {
         for (int group = 0; group <= 12; ++group) {
             const Lines help = lines_of(help_of(group));
             const auto found = std::search(lines.begin(), lines.end(), help.begin(), help.end(), is_bare_line);
             if (found == lines.end()) continue;
-            Lines shorter(lines.begin(), found);
-            shorter.push_back("@help " + std::to_string(group));
-            shorter.insert(shorter.end(), found + static_cast<long>(help.size()), lines.end());
-            return shorter;
+            *found = "@help " + std::to_string(group);
+            lines.erase(found + 1, found + static_cast<long>(help.size()));
+            break;
         }
         return lines;
     }
@@ -325,21 +282,13 @@ class Session {
             if (words[0] != "send") waits.push_back(call);
         }
         Lines requests;
-        for (const std::string& line : lines_of(read_file(home_.path() / "trace"))) {
-            Lines words;  // time, way, then as the trace has them
-            std::istringstream stream(line);
-            for (std::string word; stream >> word;) words.push_back(word);
-            if (words[1] != ">") continue;
-            if (words[2] == "diag") {
-                requests.push_back("> diag " + with_runs(words.back()));
-                continue;
-            }
-            const std::string message = words[5].substr(4);
-            const auto timeout = timeouts.find(message);
+        for (const Traced& sent : trace_in(home_.path())) {
+            if (!sent.to_modem) continue;
+            const auto timeout = timeouts.find(sent.message);
             const std::string within = timeout == timeouts.end() ? "?" : timeout->second;
             if (timeout != timeouts.end()) timeouts.erase(timeout);
-            const std::string tlvs = words[6] == "len=0" ? "" : tlvs_of(words.back());
-            requests.push_back("> " + words[2].substr(4) + " " + message + " " + within + " ms" + tlvs);
+            const std::string of_qmi = sent.service + " " + sent.message + " " + within + " ms" + tlvs_of(sent.bytes);
+            requests.push_back("> " + (sent.service == "diag" ? "diag " + with_runs(sent.bytes) : of_qmi));
         }
         if (!variables_.contains("RBK_TRACE")) {
             for (const auto& [message, ms] : timeouts) waits.push_back("send " + message + " " + ms);  // never went out
@@ -351,11 +300,9 @@ class Session {
     // Each line behind `head`; those that come `many` times or more in a row once, with their number.
     static void append_counted(Lines& lines, const std::string& head, const Lines& more, std::size_t many)
     {
-        for (std::size_t i = 0, count = 1; i < more.size(); ++i, ++count) {
-            if (i + 1 < more.size() && more[i + 1] == more[i]) continue;
-            if (count >= many) lines.push_back(head + more[i] + " x" + std::to_string(count));
-            if (count < many) lines.insert(lines.end(), count, head + more[i]);
-            count = 0;
+        for (const auto& [line, count] : runs_of(more)) {
+            if (count >= many) lines.push_back(head + line + " x" + std::to_string(count));
+            if (count < many) lines.insert(lines.end(), count, head + line);
         }
     }
 
@@ -372,20 +319,6 @@ class Session {
             names.push_back("- " + each.path().filename().string());
         std::sort(names.begin(), names.end());
         return names;
-    }
-
-    Lines text(const std::string& path) const
-    {
-        static const std::regex kTime(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ)");
-        return bare(std::regex_replace(read_file(home_.path() / path), kTime, "TIME"));
-    }
-
-    void put(const std::string& path, const std::string& bytes) const
-    {
-        std::string content;
-        for (std::size_t i = 0; i < bytes.size(); i += 2)
-            content += static_cast<char>(std::stoi(bytes.substr(i, 2), nullptr, 16));
-        write_file(home_.path() / path, content);
     }
 
     TempDir home_;
@@ -425,11 +358,7 @@ class Golden : public testing::Test {
     {
         const Lines told = lines_of(read_file(file_));
         const Lines came = played(told);
-        if (std::getenv("UPDATE_GOLDEN") != nullptr) {
-            std::string text;
-            for (const std::string& line : came) text += line + "\n";
-            write_file(file_, text);
-        }
+        if (std::getenv("UPDATE_GOLDEN") != nullptr) write_file(file_, joined(came));
         std::string session, command;
         for (std::size_t i = 0; i < std::max(told.size(), came.size()); ++i) {
             const std::string expected = i < told.size() ? told[i] : "(nothing)";

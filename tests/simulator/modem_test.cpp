@@ -58,30 +58,6 @@ TEST(Client, DatagramsThatNoneIsAreDropped)
     for (const char* data : {"A1", "B2"}) EXPECT_EQ(client.next(), envelope(data));
 }
 
-// ---- Diag ----
-
-TEST(Diag, StreamsEndWithTheirRegistrationAndTheirClient)
-{
-    const RunningModem modem("[[diag.stream]]\nkind = 'log'\nbytes = '10'\nevery_ms = 20\n");
-    WireClient client = modem.connect();
-    const auto start = [&] {
-        EXPECT_EQ(client.ask("diag dci_register 1"), "diag =1001");
-        EXPECT_EQ(client.ask("diag dci_stream 1"), "diag =1001");
-        EXPECT_EQ(client.next(), "diag packet 10");
-    };
-    start();
-    EXPECT_EQ(client.ask("diag dci_release 1"), "diag =1001");
-    const auto began = std::chrono::steady_clock::now();
-    start();
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(client.next(), "diag packet 10");
-    EXPECT_GE(std::chrono::steady_clock::now() - began, milliseconds(200)) << "the earlier stream goes on beside it";
-    client.send("diag lsm_deinit 0");
-    std::string word = client.ask("diag dci_stream 1");  // its answer stands behind all that the stream had sent
-    while (word == "diag packet 10") word = client.next();
-    EXPECT_EQ(word, "diag =-1") << "the registration outlives the library";
-    EXPECT_EQ(client.next(milliseconds(60)), "");
-}
-
 // ---- What it costs ----
 
 // A wait that is cut to whole milliseconds from below, or to none, is a busy loop until the timer is due.

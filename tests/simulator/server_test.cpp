@@ -9,11 +9,14 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <latch>
 
 #include "simulator/complaints.h"
 #include "simulator/embedded.h"
+#include "support/lines.h"
 #include "support/modem_process.h"
 #include "support/program.h"
 #include "support/wait_until.h"
@@ -23,6 +26,7 @@ namespace rbk::sim {
 namespace {
 
 using std::filesystem::exists;
+using test::Lines;
 using test::ModemProcess;
 using test::wait_until;
 
@@ -55,15 +59,18 @@ TEST_F(ServerTest, StartsOfManyLeaveOneServer)
 {
     ModemProcess(folder_.path()).end(SIGKILL);
     std::vector<std::unique_ptr<ModemProcess>> servers(8);
-    std::vector<std::thread> starts;
+    std::vector<std::jthread> starts;
+    std::latch started(8), looked_at(1);  // a server ends with the thread that has started it
     for (auto& server : servers)
         starts.emplace_back([&] {
-            server = std::make_unique<ModemProcess>(folder_.path(), std::vector<std::string>{},
-                                                    ModemProcess::Start::may_fail);
+            server = std::make_unique<ModemProcess>(folder_.path(), Lines{}, ModemProcess::Start::may_fail);
+            started.count_down();
+            looked_at.wait();
         });
-    for (std::thread& start : starts) start.join();
-    EXPECT_EQ(std::count_if(servers.begin(), servers.end(), [](const auto& server) { return server->is_ready(); }), 1);
+    started.wait();
+    EXPECT_EQ(std::ranges::count_if(servers, [](const auto& server) { return server->is_ready(); }), 1);
     EXPECT_TRUE(answers(connect(socket_)));
+    looked_at.count_down();
 }
 
 TEST_F(ServerTest, LeavesWhatOthersHavePutInItsPlace)

@@ -24,18 +24,14 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "support/lines.h"
 #include "support/program.h"
 #include "wire.h"
 
 namespace rbk::sim {
 namespace {
 
-std::string replaced(std::string text, const std::string& what, const std::string& with)
-{
-    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size())
-        text.replace(at, what.size(), with);
-    return text;
-}
+using test::replaced;
 
 bool is_step(const std::string& line)
 {

@@ -32,13 +32,7 @@ std::size_t EmbeddedRun::log_count(const std::string& words) const
 
 std::vector<Traced> EmbeddedRun::trace() const
 {
-    std::vector<Traced> messages;
-    for (const std::string& line : lines_of(read_file(home() / "trace"))) {
-        const std::size_t way = line.find(' ') + 1;
-        const std::size_t bytes = line.rfind(' ') + 1;
-        messages.push_back({line[way] == '>', line.substr(way + 2, bytes - way - 3), line.substr(bytes)});
-    }
-    return messages;
+    return trace_in(home());
 }
 
 std::vector<Traced> EmbeddedRun::requests() const

@@ -10,15 +10,9 @@
 
 #include "support/home.h"
 #include "support/wait_until.h"
+#include "support/watched.h"
 
 namespace rbk::test {
-
-// One message on the link.
-struct Traced {
-    bool to_modem = false;
-    std::string head;   // "svc=0xFFE4 req txn=1 msg=0x0002 len=567"
-    std::string bytes;  // its TLVs in hex
-};
 
 class EmbeddedRun : public HomeTest {
  public:

@@ -17,7 +17,8 @@ void forget_variables()
     std::vector<std::string> names;
     for (char** each = environ; *each != nullptr; ++each) {
         const std::string_view variable = *each;
-        if (variable.starts_with("RBK_")) names.emplace_back(variable.substr(0, variable.find('=')));
+        const bool is_ours = variable.starts_with("RBK_SWEEP");
+        if (variable.starts_with("RBK_") && !is_ours) names.emplace_back(variable.substr(0, variable.find('=')));
     }
     for (const std::string& name : names) unsetenv(name.c_str());
 }

@@ -1,12 +1,14 @@
 #include "support/program.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <thread>
 
 #include "support/home.h"
 
@@ -28,7 +30,8 @@ pid_t start(const std::vector<std::string>& command, const RunOptions& options, 
     if (const pid_t child = fork(); child != 0) return child;
     for (const auto& [name, value] : options.variables)
         value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
-    signal(SIGHUP, SIG_DFL);  // also where the tests themselves run under nohup
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // it ends at the latest with the thread that has started it
+    signal(SIGHUP, SIG_DFL);           // also where the tests themselves run under nohup
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
     dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600), STDERR_FILENO);
@@ -45,24 +48,26 @@ int status_of(int waited)
     return WIFSIGNALED(waited) ? 128 + WTERMSIG(waited) : WEXITSTATUS(waited);
 }
 
+int end_of(pid_t program, std::chrono::seconds limit)
+{
+    pollfd ended{static_cast<int>(syscall(SYS_pidfd_open, program, 0)), POLLIN, 0};
+    if (poll(&ended, 1, static_cast<int>(std::chrono::milliseconds(limit).count())) != 1) {
+        ADD_FAILURE() << read_file("/proc/" + std::to_string(program) + "/cmdline").c_str() << " didn't end in time";
+        kill(program, SIGKILL);
+    }
+    close(ended.fd);
+    int status = 0;
+    waitpid(program, &status, 0);
+    return status_of(status);
+}
+
 RunResult run(const std::vector<std::string>& command, const RunOptions& options)
 {
     const TempDir dir;
     const std::string out = dir.path() / "out";
     const std::string err = dir.path() / "err";
-    const pid_t child = start(command, options, out, err);
-    const auto end = std::chrono::steady_clock::now() + options.limit;
-    int status = 0;
-    while (waitpid(child, &status, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() > end) {
-            ADD_FAILURE() << command[0] << " didn't end in time";
-            kill(child, SIGKILL);
-            waitpid(child, &status, 0);
-            break;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return {status_of(status), read_file(out), read_file(err)};
+    const int status = end_of(start(command, options, out, err), options.limit);
+    return {status, read_file(out), read_file(err)};
 }
 
 RunResult run_rbk(const std::vector<std::string>& arguments, const RunOptions& options)

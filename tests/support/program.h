@@ -28,6 +28,8 @@ pid_t start(const std::vector<std::string>& command, const RunOptions& options, 
             const std::string& err);
 // An exit status as RunResult has it, out of what waitpid gives.
 int status_of(int waited);
+// Waits for the program's end; its status. One that hangs fails the test, and is killed.
+int end_of(pid_t program, std::chrono::seconds limit = std::chrono::seconds(60));
 // Runs a program to its end.
 RunResult run(const std::vector<std::string>& command, const RunOptions& options = {});
 // The shell in which waits are wrapped, and the others as they are shipped.

@@ -15,22 +15,18 @@
 #include <sstream>
 #include <thread>
 
-#include "support/program.h"
+#include "platform/link/diag_frame.h"
 #include "support/wait_until.h"
 #include "sweep/lab.h"
 
 namespace rbk::test {
 namespace {
 
-std::string variable(const char* name)
+std::string variable(const char* name, const std::string& otherwise)
 {
     const char* value = std::getenv(name);
-    return value == nullptr ? "" : value;
+    return value == nullptr ? otherwise : value;
 }
-// Read before the fixtures of other tests take the system's variables away.
-[[gnu::init_priority(200)]] const std::string g_part = variable("RBK_SWEEP");
-[[gnu::init_priority(200)]] const std::string g_only = variable("RBK_SWEEP_ONLY");  // a fault's name
-[[gnu::init_priority(200)]] const std::string g_seed = variable("RBK_SWEEP_SEED");  // of the kills
 // Thousands of phones come and go: in memory, where there is such a place.
 const bool g_in_memory = ::access("/dev/shm", W_OK) == 0 && ::setenv("TMPDIR", "/dev/shm", 0) == 0;
 
@@ -91,8 +87,10 @@ std::vector<Command> read_commands()
         Command command{row[0], split(row[0], ' '), {}};
         for (const std::string& note : row.size() > 1 ? split(row[1], ' ') : Lines{}) {
             const std::size_t equals = note.find('=');
-            if (equals == std::string::npos) command.notes.insert(note);
-            if (equals != std::string::npos) command.properties[note.substr(0, equals)] = note.substr(equals + 1);
+            if (equals == std::string::npos)
+                command.notes.insert(note);
+            else
+                command.properties[note.substr(0, equals)] = note.substr(equals + 1);
             if (note.starts_with("ro.")) command.name += " " + note.substr(equals + 1);
         }
         commands.push_back(std::move(command));
@@ -103,26 +101,12 @@ std::vector<Command> read_commands()
 // ---- Faults: what a good run shows, each in each way ----
 
 struct Fault {
-    std::string where;  // "extended 2 #1": what it hits first
+    std::string where;  // "extended 2 #1": what it hits first; "nothing"
     std::string how;    // "silent", "from silent"
     std::string pace;   // of the table
     std::string rule;   // without a delay
-    bool fires = true;
     std::string name() const { return where + " " + how; }
 };
-
-// "extended 2" as the head of a rule.
-std::string rule_for(const std::string& what)
-{
-    const std::string service = what.starts_with("call ") ? "diag" : what.substr(0, what.find(' '));
-    const std::string last = what.substr(what.rfind(' ') + 1);
-    std::string rule = "[[fault]]\nservice = '" + service + "'\n";
-    if (what.starts_with("call ")) rule += "call = '" + last + "'\n";
-    if (what.find("indication") != std::string::npos) rule += "on = 'indication'\n";
-    if (last.starts_with("0x")) rule += "message = " + last + "\n";
-    if (last.size() == 1) rule += "message = 2\nqmi_id = " + last + "\n";
-    return rule;
-}
 
 std::string service_of(const std::string& what)
 {
@@ -134,54 +118,75 @@ bool is_indication(const std::string& what)
     return what.find("indication") != std::string::npos;
 }
 
-// Adds each way in which `what` can fail. `head` says when.
-void add_faults(const std::string& what, const std::string& head, const Fault& fault, const std::string& answer,
-                std::vector<Fault>& faults)
+// "extended 2", "pdc 0x0022", "pdc indication 0x0022", "diag", "diag indication".
+std::string what_of(const Traced& message)
 {
-    static const std::vector<Lines> ways = read_table("ways");
-    for (const Lines& way : ways) {
-        if (!matches(way[1], what) || (fault.how == "from " && (way[0] == "soon" || way[0] == "garbled cut"))) continue;
-        std::string rule = std::regex_replace(way[3], std::regex("; "), "\n") + "\n";
-        rule = std::regex_replace(rule, std::regex("HALF"), answer.substr(0, answer.size() / 4 * 2));
-        faults.push_back({fault.where, fault.how + way[0], way[2], head + rule, fault.fires});
-    }
+    static const std::map<std::string, std::string> services{{"0xFFE4", "extended"}, {"0x00E4", "vs"},
+                                                             {"0x0003", "nas"},      {"0x000B", "uim"},
+                                                             {"0x0011", "sar"},      {"0x0024", "pdc"}};
+    if (message.service == "diag") return message.to_modem ? "diag" : "diag indication";
+    const std::string service = services.at(message.service);
+    if (message.kind == "ind") return service + " indication " + message.message;
+    const bool is_envelope = service == "extended" && message.message == "0x0002";
+    return service + " " + (is_envelope ? message.bytes.substr(7, 1) : message.message);  // an id below 16, in TLV 0x01
 }
 
-std::string answer_to(const Message& request, const std::vector<Message>& trace)
+// The same as the head of a rule.
+std::string rule_for(const std::string& what)
 {
-    const auto answer = std::ranges::find_if(trace, [&](const Message& each) {
-        return !each.to_modem && each.transaction == request.transaction &&
-               service_of(each.what) == service_of(request.what);
+    const bool is_call = what.starts_with("call ");
+    const std::string last = what.substr(what.rfind(' ') + 1);
+    std::string rule = "[[fault]]\nservice = '" + (is_call ? "diag" : service_of(what)) + "'\n";
+    if (is_call) rule += "call = '" + last + "'\n";
+    if (is_indication(what)) rule += "on = 'indication'\n";
+    if (last.starts_with("0x")) rule += "message = " + last + "\n";
+    if (last.size() == 1) rule += "message = 2\nqmi_id = " + last + "\n";
+    return rule;
+}
+
+std::string answer_to(const Traced& request, const std::vector<Traced>& trace)
+{
+    const auto answer = std::ranges::find_if(trace, [&](const Traced& each) {
+        return !each.to_modem && each.transaction == request.transaction && each.service == request.service;
     });
     return answer == trace.end() ? "" : answer->bytes;
 }
 
 // `calls`: the names of the diag calls, as often as each was made.
-std::vector<Fault> faults_of(const std::vector<Message>& trace, const Lines& calls)
+std::vector<Fault> faults_of(const std::vector<Traced>& trace, const Lines& calls)
 {
+    static const std::vector<Lines> ways = read_table("ways");
     std::vector<Fault> faults;
+    const auto add = [&](const std::string& what, const Fault& fault, const std::string& answer) {
+        for (const Lines& way : ways) {
+            if (!matches(way[1], what) || (!fault.how.empty() && matches("soon,garbled cut", way[0]))) continue;
+            std::string rule = std::regex_replace(fault.rule + way[3], std::regex("; "), "\n") + "\n";
+            rule = std::regex_replace(rule, std::regex("HALF"), answer.substr(0, answer.size() / 4 * 2));
+            faults.push_back({fault.where, fault.how + way[0], way[2], rule});
+        }
+    };
     std::map<std::string, int> seen;
-    std::map<std::string, Lines>
-        by_service;  // what a rule for the whole service hits: its requests, or its indications
     const auto add_nth = [&](const std::string& what, const std::string& answer) {
         const std::string nth = std::to_string(++seen[what]);
-        add_faults(what, rule_for(what) + "nth = " + nth + "\n", {what + " #" + nth, "", "", ""}, answer, faults);
+        add(what, {what + " #" + nth, "", "", rule_for(what) + "nth = " + nth + "; "}, answer);
         return what + " #" + nth;
     };
-    for (const Message& message : trace) {
-        if (!message.to_modem && !is_indication(message.what)) continue;
-        const std::string where = add_nth(message.what, answer_to(message, trace));
-        by_service[service_of(message.what) + (is_indication(message.what) ? " indication" : "")].push_back(where);
+    std::map<std::string, Lines> by_service;  // what a rule for all its requests hits, or for all its indications
+    for (const Traced& message : trace) {
+        const std::string what = what_of(message);
+        if (!message.to_modem && !is_indication(what)) continue;
+        if (what.starts_with("nas indication")) continue;  // the command ends before or after it, as it happens
+        const std::string where = add_nth(what, answer_to(message, trace));
+        by_service[service_of(what) + (is_indication(what) ? " indication" : "")].push_back(where);
     }
     for (const std::string& call : calls) add_nth("call " + call, "");
     for (auto& [service, list] : by_service) {
         const std::string first = list.front();
         if (!is_indication(service)) list.push_back("nothing");  // the last indications may come when nobody is there
         for (std::size_t from = 1; from <= list.size(); ++from) {
-            const std::string& where = list[from - 1];
-            const std::string what = where == "nothing" ? first : where;
-            add_faults(what.substr(0, what.rfind(' ')), rule_for(service) + "from = " + std::to_string(from) + "\n",
-                       {where, "from ", "", "", where != "nothing"}, "", faults);
+            const std::string& where = list[from - 1] == "nothing" ? first : list[from - 1];
+            const std::string rule = rule_for(service) + "from = " + std::to_string(from) + "; ";
+            add(where.substr(0, where.rfind(' ')), {list[from - 1], "from ", "", rule}, "");
         }
     }
     return faults;
@@ -190,12 +195,11 @@ std::vector<Fault> faults_of(const std::vector<Message>& trace, const Lines& cal
 // ---- The good run, and what is learnt from it ----
 
 struct Good {
-    State before;
+    std::vector<State> states;  // before it, after it, and all between
     Run run;
-    std::map<std::string, std::set<std::string>>
-        values;  // of each name, in any state that it passes; "-" where missing
     Lines ledger;
     std::vector<Fault> faults;
+    const State& before() const { return states[0]; }
 };
 
 std::string phone()
@@ -206,17 +210,6 @@ std::string phone()
 Pace patient(const Command& command)
 {
     return {1, command.is("bounded") ? 1 : 100};
-}
-
-void allow(const State& state, Good& good)
-{
-    for (const auto& [name, content] : state) {
-        if (!good.values.contains(name) && !good.before.contains(name)) good.values[name].insert("-");
-        good.values[name].insert(content);
-    }
-    for (auto& [name, values] : good.values) {
-        if (!state.contains(name)) values.insert("-");
-    }
 }
 
 // Each call of the diag library has a rule that is never reached: at its end the modem tells how often it might have been.
@@ -235,46 +228,37 @@ Lines count_calls(const std::string& errors, const Lines& calls)
 
 Good learn(const Command& command)
 {
-    static const Lines calls{"lsm_init",    "send",       "dci_register", "dci_signal",
-                             "dci_support", "dci_stream", "dci_send",     "dci_release"};
+    const Lines calls(link::kDiagCallNames.begin(), link::kDiagCallNames.end());
     std::string counting;
     for (const std::string& call : calls)
         counting += rule_for("call " + call) + "nth = 999999\naction = 'error'\ncode = 1\n";
     Good good;
     Phone learnt(phone() + counting, command.properties);
     if (command.is("esim")) learnt.run({"5", "10", "1", "1"}, {});
-    good.before = learnt.state();
+    good.states.push_back(learnt.state());
     good.run = learnt.run(command.words, patient(command));
+    good.states.push_back(good.run.state);
     EXPECT_EQ(learnt.end(), 0);
     good.ledger = learnt.ledger();
     if (command.is("esim")) good.ledger.erase(good.ledger.begin());
     good.faults = faults_of(good.run.trace, count_calls(learnt.errors(), calls));
-    allow(good.before, good);
-    allow(good.run.state, good);
-    std::size_t requests = 0;
+    int requests = 0;
     for (const Fault& fault : good.faults) {  // what is stored when it has come as far as each of its requests
         if (!command.is("steps") || fault.how != "silent" || is_indication(fault.where)) continue;
         ++requests;
         Phone stopped(phone() + fault.rule, command.properties);
-        stopped.restore(good.before);
+        stopped.restore(good.before());
         const auto is_there = [&] {
-            std::vector<Message> sent = stopped.trace();
-            std::erase_if(sent, [](const Message& each) { return !each.to_modem; });
-            return sent.size() >= requests;
+            const auto sent = stopped.trace();
+            return std::ranges::count_if(sent, [](const Traced& each) { return each.to_modem; }) >= requests;
         };
-        allow(stopped.run(command.words, patient(command), SIGKILL, [&] { wait_until(is_there); }).state, good);
+        good.states.push_back(
+            stopped.run(command.words, patient(command), SIGKILL, [&] { wait_until(is_there); }).state);
     }
     return good;
 }
 
 // ---- What must hold ----
-
-std::string joined(const Lines& lines)
-{
-    std::string text;
-    for (const std::string& line : lines) text += line + "\n";
-    return text;
-}
 
 std::string failures_in(const Run& run)
 {
@@ -291,36 +275,47 @@ void judge_end(const Run& run, Lines& wrong)
     if (!run.err.empty()) wrong.push_back("says on standard error " + run.err);
 }
 
-void judge_like_good(const Command& command, const Run& run, const Good& good, Lines& wrong)
+void judge_like_good(const Command& command, const Run& run, const Good& good, const std::string& who, Lines& wrong)
 {
     if (command.is("detached")) return;
-    if (run.out != good.run.out) wrong.push_back("prints " + run.out + "in the place of " + good.run.out);
-    if (failures_in(run) != failures_in(good.run)) wrong.push_back("reports " + failures_in(run));
+    if (run.out != good.run.out) wrong.push_back(who + "prints " + run.out + "in the place of " + good.run.out);
+    if (failures_in(run) != failures_in(good.run)) wrong.push_back(who + "reports " + failures_in(run));
 }
 
-// Each value is whole: one that a good run knows. `words` names those that may differ.
-void judge_values(const State& state, const Good& good, const Lines& words, Lines& wrong)
+// Each value is whole: one that it has in a state of the good run. `kept` names those that may differ.
+void judge_values(const State& state, const Good& good, const Lines& kept, Lines& wrong)
 {
     for (const auto& [name, content] : state) {
-        const auto known = good.values.find(name);
-        if (std::ranges::find(words, "stored " + name) != words.end() || name.find("/.new.") != std::string::npos)
-            continue;
-        if (known == good.values.end() || !known->second.contains(content))
-            wrong.push_back("stores " + name + ": " + content);
+        const bool is_open = std::ranges::find(kept, "stored " + name) != kept.end();
+        if (is_open || name.find("/.new.") != std::string::npos) continue;
+        const auto has_it = [&](const State& each) { return each.contains(name) && each.at(name) == content; };
+        if (std::ranges::none_of(good.states, has_it)) wrong.push_back("stores " + name + ": " + content);
     }
-    for (const auto& [name, values] : good.values) {
-        if (!state.contains(name) && !values.contains("-")) wrong.push_back("has lost " + name);
+    for (const auto& [name, content] : good.before()) {
+        const bool is_always = std::ranges::all_of(good.states, [&](const State& each) { return each.contains(name); });
+        if (is_always && !state.contains(name)) wrong.push_back("has lost " + name);
     }
 }
 
-// "this or that", of the words table.
+// What the words table has for this fault: what is kept, "ledger ..." and "stored ...", or else what is said.
+Lines words_for(const Command& command, const Fault& fault, bool kept)
+{
+    static const std::vector<Lines> table = read_table("words");
+    Lines words;
+    for (const Lines& row : table) {
+        const bool is_for = matches(row[0], command.name) && matches(row[1], fault.where) && matches(row[2], fault.how);
+        if (is_for && matches("ledger *,stored *", row[3]) == kept) words.push_back(row[3]);
+    }
+    return words;
+}
+
+// "this or that", of what is said.
 bool is_seen(const std::string& word, const Run& run, const Good& good)
 {
     const std::size_t other = word.find(" or ");
     if (other != std::string::npos)
         return is_seen(word.substr(0, other), run, good) || is_seen(word.substr(other + 4), run, good);
     const std::string text = word.substr(word.find(' ') + 1);
-    if (word.starts_with("ledger ") || word.starts_with("stored ")) return true;
     if (word == "good") return run.out == good.run.out;
     if (word.starts_with("out ")) return run.out.find(text) != std::string::npos;
     return std::ranges::any_of(
@@ -328,21 +323,19 @@ bool is_seen(const std::string& word, const Run& run, const Good& good)
 }
 
 // What the clients of a faulty run and a good one leave behind.
-void judge_ledger(const Lines& ledger, const Run& run, const Good& good, const Lines& words, Lines& wrong)
+void judge_ledger(const Lines& ledger, const Run& run, const Good& good, const Lines& kept, Lines& wrong)
 {
-    Lines expected = good.ledger;
     const auto feature = run.state.find("modem/vs/feature_2");
-    for (std::string& line : expected) {
-        const bool is_on = feature != run.state.end() && feature->second[0] != 0;
-        line = std::regex_replace(line, std::regex("stats=."), is_on ? "stats=1" : "stats=0");
-        for (const std::string& word : words) {
-            if (!word.starts_with("ledger ")) continue;
-            line = std::regex_replace(line, std::regex(word.substr(7, word.find('=') - 6) + "."), word.substr(7));
-        }
+    const bool is_on = feature != run.state.end() && feature->second[0] != 0;
+    std::string expected =
+        std::regex_replace(joined(good.ledger), std::regex("stats=."), is_on ? "stats=1" : "stats=0");
+    for (const std::string& word : kept) {
+        if (!word.starts_with("ledger ")) continue;
+        expected = std::regex_replace(expected, std::regex(word.substr(7, word.find('=') - 6) + "."), word.substr(7));
     }
-    expected.insert(expected.end(), good.ledger.begin(), good.ledger.end());
-    if (!std::regex_match(joined(ledger), std::regex(joined(expected))))
-        wrong.push_back("leaves\n" + joined(ledger) + "in the place of\n" + joined(expected));
+    expected += joined(good.ledger);
+    if (!std::regex_match(joined(ledger), std::regex(expected)))
+        wrong.push_back("leaves\n" + joined(ledger) + "in the place of\n" + expected);
 }
 
 // ---- One fault ----
@@ -374,37 +367,31 @@ Verdict try_fault(const Command& command, const Good& good, const Fault& fault, 
         if (std::isdigit(fault.pace[0]) != 0)
             rule += "ms = " + std::to_string(static_cast<int>(std::stod(fault.pace) * wanted)) + "\n";
     }
-    static const std::vector<Lines> table = read_table("words");
-    Lines words;
-    for (const Lines& row : table) {
-        const bool is_for = matches(row[0], command.name) && matches(row[1], fault.where) && matches(row[2], fault.how);
-        if (is_for) words.push_back(row[3]);
-    }
+    const Lines said = words_for(command, fault, false);
+    const Lines kept = words_for(command, fault, true);
 
     Verdict verdict;
     Lines& wrong = verdict.wrong;
     Phone phone(scenario + rule, command.properties);
-    phone.restore(good.before);
+    phone.restore(good.before());
     const Run run = phone.run(command.words, pace);
     judge_end(run, wrong);
     verdict.is_certain = !wrong.empty();
     double due_s = kSlack_s + run.waits_s / pace.waits;
-    for (const Message& message : run.trace)
-        due_s += message.to_modem ? bound_of(message.what) * pace.timeouts / 1000 : 0;
+    for (const Traced& message : run.trace)
+        due_s += message.to_modem ? bound_of(what_of(message)) * pace.timeouts / 1000 : 0;
     if (run.took > std::chrono::duration<double>(due_s))
         wrong.push_back("takes longer than " + std::to_string(due_s) + " s");
-    const bool says_words = std::ranges::any_of(
-        words, [](const auto& word) { return !word.starts_with("ledger") && !word.starts_with("stored"); });
-    if (!says_words) judge_like_good(command, run, good, wrong);
-    for (const std::string& word : words) {
+    if (said.empty()) judge_like_good(command, run, good, "", wrong);
+    for (const std::string& word : said) {
         if (!is_seen(word, run, good)) wrong.push_back("doesn't say '" + word + "' but\n" + run.out + joined(run.log));
     }
-    judge_values(run.state, good, words, wrong);
-    if (!command.is("steps") && !command.is("detached") && run.state != good.before && run.state != good.run.state)
+    judge_values(run.state, good, kept, wrong);
+    if (!command.is("steps") && !command.is("detached") && run.state != good.before() && run.state != good.run.state)
         wrong.push_back("stores a part");
 
     if (!command.is("detached")) wait_until([&] { return phone.ledger().size() == good.ledger.size(); });
-    phone.restore(good.before);
+    phone.restore(good.before());
     Lines ledger;
     std::string errors;
     const auto end = [&] {
@@ -422,37 +409,37 @@ Verdict try_fault(const Command& command, const Good& good, const Fault& fault, 
     }
     const Run again = phone.run(command.words, patient(command));
     end();
-    const std::size_t before_again = wrong.size();
-    judge_like_good(command, again, good, wrong);
-    if (again.state != good.run.state && !command.is("detached")) wrong.push_back("stores something else");
-    for (std::size_t i = before_again; i < wrong.size(); ++i) wrong[i] = "the good run after it " + wrong[i];
+    const std::string who = "the good run after it ";
+    judge_like_good(command, again, good, who, wrong);
     if (command.is("detached")) return verdict;
-    judge_ledger(ledger, run, good, words, wrong);
+    if (again.state != good.run.state) wrong.push_back(who + "stores something else");
+    judge_ledger(ledger, run, good, kept, wrong);
     const bool fired = errors.find("never matched") == std::string::npos;
-    if (fired != fault.fires) wrong.push_back(fired ? "more is asked than in the good run" : "the rule never matches");
+    if (fired != (fault.where != "nothing"))
+        wrong.push_back(fired ? "more is asked than in the good run" : "the rule never matches");
     return verdict;
 }
 
 // ---- Kills ----
 
 // All on one phone: it lives through them.
-Lines try_kills(const Command& command, const Good& good, std::size_t count, unsigned seed)
+Lines try_kills(const Command& command, const Good& good, std::size_t count, unsigned long seed)
 {
     Lines wrong;
     std::mt19937 random(seed);
     Phone phone(rbk::test::phone(), command.properties);
     for (std::size_t i = 0; i < count; ++i) {
-        phone.restore(good.before);
+        phone.restore(good.before());
         const auto moment = good.run.took * std::uniform_real_distribution(0.0, 1.2)(random);
         phone.run(command.words, patient(command), random() % 2 == 0 ? SIGKILL : SIGTERM,
                   [&] { std::this_thread::sleep_for(moment); });
         // Whoever is served now finds the modem behind all that the killed one had sent, and behind a restart.
         wait_until([&] { return phone.run({"4", "1", "0", "10"}, {}).trace.size() == 2; });
         judge_values(phone.state(), good, {}, wrong);
-        phone.restore(good.before);
+        phone.restore(good.before());
         const Run again = phone.run(command.words, patient(command));
         judge_end(again, wrong);
-        judge_like_good(command, again, good, wrong);
+        judge_like_good(command, again, good, "the good run after it ", wrong);
         if (!wrong.empty()) return wrong;
     }
     if (const int status = phone.end(); status != 0) wrong.push_back("rbk-modem ends with " + std::to_string(status));
@@ -464,6 +451,11 @@ Lines try_kills(const Command& command, const Good& good, std::size_t count, uns
 }
 
 // ---- The tests ----
+
+std::string case_name(const Command& command)
+{
+    return std::regex_replace(command.name, std::regex("[^A-Za-z0-9]"), "_");
+}
 
 class Sweep : public testing::TestWithParam<Command> {};
 
@@ -478,15 +470,17 @@ TEST_P(Sweep, HoldsWhateverFails)
     ASSERT_TRUE(command.is("detached") || !std::regex_search(left, std::regex("=[1-9]"))) << left;
 
     const auto today = static_cast<unsigned>(std::time(nullptr) / 86400);
-    std::string part = g_part.empty() ? std::to_string(today % 10) + "/10" : g_part;
-    if (part == "all" || !g_only.empty()) part = "0/1";
+    const std::string only = variable("RBK_SWEEP_ONLY", "");  // a fault's name
+    std::string part = variable("RBK_SWEEP", std::to_string(today % 10) + "/10");
+    if (part == "all" || !only.empty()) part = "0/1";
     const std::size_t parts = std::stoul(part.substr(part.find('/') + 1));
     std::vector<Fault> chosen;
     std::shuffle(good.faults.begin(), good.faults.end(),
-                 std::mt19937(1));  // alike each day: some of everything in a part
+                 std::mt19937(1));  // alike each day: a part has some of everything
     for (std::size_t i = std::stoul(part); i < good.faults.size(); i += parts) {
-        if (g_only.empty() || good.faults[i].name() == g_only) chosen.push_back(good.faults[i]);
+        if (only.empty() || good.faults[i].name() == only) chosen.push_back(good.faults[i]);
     }
+    const std::string this_case = "build/.../sweep_test --gtest_filter='*" + case_name(command) + "'";
     std::atomic<std::size_t> next = 0;
     std::atomic<int> repeated = 0;
     const auto work = [&] {
@@ -498,38 +492,25 @@ TEST_P(Sweep, HoldsWhateverFails)
             }
             if (verdict.wrong.empty()) continue;
             ADD_FAILURE() << "rbk " << command.name << " with\n"
-                          << chosen[i].rule << joined(verdict.wrong) << "alone again with RBK_SWEEP_ONLY='"
-                          << chosen[i].name() << "'";
+                          << chosen[i].rule << joined(verdict.wrong) << "Again alone: RBK_SWEEP_ONLY='"
+                          << chosen[i].name() << "' " << this_case;
         }
     };
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < std::min(kThreads, chosen.size()); ++i) threads.emplace_back(work);
     for (std::thread& thread : threads) thread.join();
 
-    const std::size_t kills = g_only.empty() ? (kKills + parts - 1) / parts : 0;
-    const auto seed = g_seed.empty() ? today : static_cast<unsigned>(std::stoul(g_seed));
+    const std::size_t kills = only.empty() ? (kKills + parts - 1) / parts : 0;
+    const unsigned long seed = std::stoul(variable("RBK_SWEEP_SEED", std::to_string(today)));
     EXPECT_EQ(joined(try_kills(command, good, kills, seed)), "")
-        << "rbk " << command.name << ", RBK_SWEEP_SEED=" << seed;
+        << "rbk " << command.name << "\nAgain: RBK_SWEEP=" << part << " RBK_SWEEP_SEED=" << seed << " " << this_case;
     std::cout << "sweep: " << chosen.size() << " of " << good.faults.size() << " faults, " << repeated
               << " tried twice, " << kills << " kills, part " << part << ", seed " << seed << ": rbk " << command.name
               << "\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Rbk, Sweep, testing::ValuesIn(read_commands()), [](const auto& each) {
-    return std::regex_replace(each.param.name, std::regex("[^A-Za-z0-9]"), "_");
-});
-
-// A ledger that can't be kept is refused before anything else is touched.
-TEST(Ledger, IsRefusedBeforeTheStart)
-{
-    const TempDir home;
-    const ModemProcess modem(home.path(), {"--ledger", home.path() / "missing" / "ledger"},
-                             ModemProcess::Start::may_fail);
-    EXPECT_FALSE(modem.is_ready());
-    EXPECT_EQ(modem.errors(),
-              "rbk-modem: " + (home.path() / "missing" / "ledger: No such file or directory\n").string());
-    EXPECT_FALSE(std::filesystem::exists(home.path() / "modem"));
-}
+INSTANTIATE_TEST_SUITE_P(Rbk, Sweep, testing::ValuesIn(read_commands()),
+                         [](const auto& each) { return case_name(each.param); });
 
 }  // namespace
 }  // namespace rbk::test

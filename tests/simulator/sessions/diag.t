@@ -168,6 +168,49 @@ packets = [ { fill = 3, size = 16384 }, { bytes = "" } ]
 > diag dci_send 1 7C
 < diag =-1
 
+## A stream outlives its registration or its library
+[[diag.stream]]
+kind = "log"
+bytes = "10"
+every_ms = 60000
+> diag dci_register 1
+< diag =1001
+> diag dci_stream 1
+< diag =1001
+> diag dci_release 1
+< diag =1001
+> diag dci_register 1
+< diag =1001
+> diag dci_stream 1
+< diag =1001
+> diag lsm_deinit 0
+> diag dci_stream 1
+< diag =-1
+> diag dci_register 1
+< diag =1001
+> diag dci_stream 1
+< diag =1001
+# Each has begun anew
+~ 3
+---
+[[diag.stream]]
+kind = "event"
+bytes = "10"
+every_ms = 500
+> diag dci_register 1
+< diag =1001
+> diag dci_stream 1
+< diag =1001
+> diag dci_release 1
+< diag =1001
+> diag dci_register 1
+< diag =1001
+> diag dci_stream 1
+< diag =1001
+< diag packet 10
+# The second alone goes on
+~ 1
+
 ## Rubbish is taken for a call
 > diag raw
 > diag raw 80

@@ -42,6 +42,9 @@ $ flock held.lock rbk-modem --listen unix:s --at held; echo $?
 $ rbk-modem --listen unix:s --at s; echo $?
 | rbk-modem: s: the socket and the terminal's link can't have one place
 | 1
+$ rbk-modem --listen unix:s --ledger none/ledger; echo $?
+| rbk-modem: none/ledger: No such file or directory
+| 1
 $ rbk-modem --listen s; echo $?
 | --listen: expected unix:PATH, not s
 | Run with --help for more information.
