@@ -1,10 +1,12 @@
-// The statistics library: its clients, its result codes, and one exchange of parameters.
+// The statistics library: its clients, its result codes, one exchange of parameters, and the events that indications become.
 #include "modem_hydra_api.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
 #include "hal/exchanges.h"
+#include "vs_client.h"
 
 namespace rbk::test {
 namespace {
@@ -17,12 +19,22 @@ void hear_status(std::uint32_t event_id, std::uint32_t client_type)
     told_status.push_back(event_id);
 }
 
+std::string told;  // to the event callback: the event's number and payload
+std::atomic<int> told_count{0};
+
+void hear_event(std::uint32_t event_id, void* data, std::uint32_t data_len)
+{
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    told += std::to_string(event_id) + " " + hex({bytes, bytes + data_len});
+    ++told_count;
+}
+
 class ModemApi : public ExchangeTest {
  public:
     static std::int32_t open()
     {
         const std::int32_t result = modem_api_init();
-        return result != 0 ? result : modem_api_init_client(0, nullptr, hear_status, &client);
+        return result != 0 ? result : modem_api_init_client(0, hear_event, hear_status, &client);
     }
     static std::int32_t switch_feature() { return modem_api_set_hydra_feature_status(client, 2, 1, 1, 1); }
 
@@ -68,12 +80,16 @@ TEST_F(ModemApi, OneClientAtATimeUntilItIsFreed)
     EXPECT_EQ(other, -7);
     EXPECT_EQ(told_status, (std::vector<std::uint32_t>{0x10002, 0x10001}));
 
+    const qmi_client_handle released = vs_client_info.vs_client_handle;
     EXPECT_EQ(modem_api_free_client(-1), 7);
     EXPECT_EQ(modem_api_free_client(client), 0);
+    EXPECT_EQ(qmi_client_release(released), -1) << "the library still has it";
     EXPECT_EQ(log_count("client already freed"), 0U);
     EXPECT_EQ(modem_api_free_client(client), 0);
     EXPECT_EQ(log_count("client already freed"), 1U);
     EXPECT_EQ(switch_feature(), 7);
+    EXPECT_EQ(vs_client_release(), 1) << "of none";
+    EXPECT_EQ(vs_client_init(hear_event), 0) << "without a new vs_init there is no service to open";
     EXPECT_EQ(modem_api_release(), 0);
     EXPECT_EQ(open(), 0);
     EXPECT_EQ(log_count("check pass, p_id: "), 1U) << "asked once for the process's life";
@@ -106,11 +122,11 @@ TEST_F(ModemApi, RequestSaysTheSubscriptionOnceAndTheAnswerComesInOrder)
 
 // ---- Asynchronous requests ----
 
-void hear_completion(void* block, std::uint32_t len, void* told, std::int32_t status)
+void hear_completion(void* block, std::uint32_t len, void* user, std::int32_t status)
 {
     const auto* bytes = static_cast<const std::uint8_t*>(block);
     const std::string data = block != nullptr ? hex({bytes, bytes + len}) : std::to_string(len);
-    *static_cast<std::string*>(told) += data + " " + std::to_string(status) + ";";
+    *static_cast<std::string*>(user) += data + " " + std::to_string(status) + ";";
     free(block);
 }
 
@@ -124,23 +140,67 @@ TEST_F(ModemApi, CompletionTellsItsReceiverAndFreesBoth)
 {
     static const vs_bytes_512_rsp bytes{{0, 0}, 2, {0xA1, 0xA2}}, refused{{1, 52}, 2, {0xA1, 0xA2}},
         above{{0, 0}, 600, {}};
-    const auto complete = [](std::uint32_t message, const vs_bytes_512_rsp& response, std::int32_t error) {
-        std::string told;
-        void* cookie = on_the_heap(modem_api_cookie{hear_completion, &told});
-        vs_client_command_cb(nullptr, message, on_the_heap(response), sizeof response, cookie, error);
-        return told;
+    const auto complete = [](std::uint32_t message, const vs_bytes_512_rsp* response, std::int32_t error) {
+        std::string completed;
+        vs_client_command_cb(nullptr, message, response != nullptr ? on_the_heap(*response) : nullptr, sizeof *response,
+                             on_the_heap(modem_api_cookie{hear_completion, &completed}), error);
+        return completed;
     };
-    EXPECT_EQ(complete(0, bytes, 0), "A1A2 0;0 2;");
-    EXPECT_EQ(complete(3, bytes, 0), "0 2;");
-    EXPECT_EQ(complete(0, refused, 0), "0 8;");
-    EXPECT_EQ(complete(0, bytes, -3), "0 11;");
-    EXPECT_EQ(complete(0, above, 0), times(512, "00") + " 0;0 2;");
-    std::string told;
-    modem_api_process_response(0, nullptr, 0, on_the_heap(modem_api_cookie{hear_completion, &told}), 0);
-    EXPECT_EQ(told, "0 3;");
+    EXPECT_EQ(complete(0, &bytes, 0), "A1A2 0;0 2;");
+    EXPECT_EQ(complete(3, &bytes, 0), "0 2;");
+    EXPECT_EQ(complete(0, &refused, 0), "0 8;");
+    EXPECT_EQ(complete(0, &bytes, -3), "0 11;");
+    EXPECT_EQ(complete(0, &above, 0), times(512, "00") + " 0;0 2;");
+    EXPECT_EQ(complete(0, nullptr, 0), "0 3;");
     // Nobody to tell: both are freed all the same.
-    modem_api_process_response(0, on_the_heap(bytes), sizeof bytes, on_the_heap(modem_api_cookie{nullptr, &told}), 0);
+    modem_api_process_response(0, on_the_heap(bytes), sizeof bytes, on_the_heap(modem_api_cookie{}), 0);
     modem_api_process_response(0, on_the_heap(bytes), sizeof bytes, nullptr, 0);
+}
+
+// ---- Indications ----
+
+// A slot of event 3.
+std::string record(std::uint32_t id, const std::string& value, std::uint32_t sub_word)
+{
+    return le(id, 4) + value + times(700 - value.size() / 2, "00") + le(value.size() / 2, 4) + le(sub_word, 4);
+}
+
+TEST_F(ModemApi, IndicationsBecomeEventsOfWhatHasRoom)
+{
+    const std::string word = tlv(1, "A1A2A3A4"), empty = record(0, "", 0), none = le(0, 4), one = le(1, 4);
+    const std::string value701 = hex(pattern(701)), value700 = hex(pattern(700));
+    const std::string a = stats_parameter(0xB1B2, 0xB3B4, 0xC1C2C3C4, "D1D2"),
+                      slot_a = record(0xC1C2C3C4, "D1D2", 0xB3B4B1B2);
+    const std::string b = stats_parameter(1, 2, 3, "AA"), slot_b = record(3, "AA", 0x20001);
+    scenario(in_turn("vs", {"'indicate'\nindication = 0x0601\nbytes = '" + tlv(1, "E7") + "'"}));
+    ASSERT_EQ(open(), 0);
+    ASSERT_EQ(switch_feature(), 0);
+    ASSERT_TRUE(wait_until([] { return told_count > 0; })) << "the service has no listener";
+    EXPECT_EQ(told, "5 E7");
+    // clang-format off
+    expect_told({
+        {"FirstFlagNotReduced",     0x0004, word + tlv(2, "02") + tlv(3, "00"), "2 A1A2A3A4" "0100" "0000"},
+        {"SecondFlagNotReduced",    0x0004, word + tlv(2, "00") + tlv(3, "80"), "2 A1A2A3A4" "0001" "0000"},
+        {"TablesMixedUp",           0x0203, word + tlv(2, "02" + a + b) + tlv(0x10, "01" + b) + tlv(0x11, "F1F2F3F4"),
+         "3 A1A2A3A4" + slot_a + slot_b + times(8, empty) + le(2, 4) + slot_b + times(4, empty) + one + "F1F2F3F4"},
+        {"CountsAboveTheRoomBelieved", 0x0203, word + tlv(2, "0C" + times(12, b)) + tlv(0x10, "06" + times(6, a)),
+         "3 A1A2A3A4" + times(10, slot_b) + le(10, 4) + times(5, slot_a) + le(5, 4) + "FFFFFFFF"},
+        {"ValueAboveTheRoomBelieved", 0x0203, word + tlv(2, "01" + stats_parameter(1, 2, 3, value701)),
+         "3 A1A2A3A4" + record(3, value700, 0x20001) + times(9, empty) + one + times(5, empty) + none + "FFFFFFFF"},
+        {"BytesAboveTheRoomBelieved", 0x0204, word + tlv(2, "65" + times(101, "EE")) + tlv(3, "B1B2") + tlv(4, "C1C2"),
+         "4 A1A2A3A4" + times(100, "EE000000") + le(100, 4) + "B1B2" "C1C2"},
+        {"BytesNotWidened",         0x0204, word + tlv(2, "02D1D2") + tlv(3, "B1B2") + tlv(4, "C1C2"),
+         "4 A1A2A3A4" "D1000000" "D2000000" + times(98, none) + le(2, 4) + "B1B2" "C1C2"},
+        {"MissingTlvOverlooked",    0x0203, word, ""},
+        {"OtherMessageDecoded",     0x0300, word, ""},
+    }, vs_client_unsol_ind_cb, vs_client_info.vs_client_handle, told);
+    vs_client_info.event_cb = nullptr;
+    expect_told({{"MissingReceiverCalled", 0x0601, tlv(1, "A1"), ""}}, vs_client_unsol_ind_cb, vs_client_info.vs_client_handle, told);
+    // clang-format on
+    for (const char* words : {"vs_client_ind_hdlr: Indication decode failed for msg 0x203 with error -1",
+                              "vs_client_unsol_ind_cb: decoded_payload_len(0) can not <= 0",
+                              "vs_client_unsol_ind_cb: vs_client_info.event_cb is null, do nothing"})
+        EXPECT_EQ(log_count(words), 1U) << words;
 }
 
 }  // namespace

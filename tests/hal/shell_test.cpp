@@ -99,13 +99,12 @@ TEST_F(ShellTest, AtCommandGoesToTheDeviceBesideAThreadThatReceives)
         setenv("RBK_TEST_SYSTEM", row.answer.c_str(), 1);
         const std::string command = row.word.substr(0, row.word.find(' '));
         const std::string line = "echo \"" + command + "\r\" > /dev/smd8";
-        std::string expected = "7" + kDo + "At cmd you input: " + row.scanned + command + "\n";
-        expected += "7" + kDo + "Will create a thread to receive data from serial\n";
-        expected += "7" + kSend + "at shell cmd: " + line + "\n";
-        expected += "7" + kSend + "echo, ret_sys: " + row.answer + "\n";
-        expected += (row.answer == "0" ? "7" + kSend + "Success" : "3" + kSend + "Fail") + " to send at shell cmd\n";
-        expected += kStarted + "3" + kReceive + "The at channel is not opened, g_at_serial_fd 0\n";
-        EXPECT_EQ(said(velmor_test_at_cmd_do, {"8", row.word}), expected);
+        EXPECT_EQ(said(velmor_test_at_cmd_do, {"8", row.word}),
+                  "7" + kDo + "At cmd you input: " + row.scanned + command + "\n7" + kDo +
+                      "Will create a thread to receive data from serial\n7" + kSend + "at shell cmd: " + line + "\n7" +
+                      kSend + "echo, ret_sys: " + row.answer + "\n" +
+                      (row.answer == "0" ? "7" + kSend + "Success" : "3" + kSend + "Fail") + " to send at shell cmd\n" +
+                      kStarted + "3" + kReceive + "The at channel is not opened, g_at_serial_fd 0\n");
         EXPECT_FALSE(screen_.ends_with(help_of(8)));
         Words made = calls();
         std::erase(made, "sleep 1");  // the poll, when the other thread is late
