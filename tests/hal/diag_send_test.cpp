@@ -136,30 +136,6 @@ TEST_F(DiagSend, RequestsAndPlacesForAnswersAreChecked)
     EXPECT_EQ(recorded.calls(), Lines{}) << "nothing has been started";
 }
 
-TEST_F(DiagSend, PacketsAreCheckedByTheirLengthAndNamedByTheirProcessor)
-{
-    const Bytes bytes(10300, 0xAB);
-    const std::int32_t processors[] = {0, 1, 2, 3};
-    struct {
-        std::uint32_t len;
-        const std::int32_t* processor;
-        std::int32_t result;
-        std::string says;
-    } const rows[] = {
-        {4096, &processors[1], 0, "response from 1[MDM], len = 4096 ="},
-        {4097, &processors[2], 0, "print_data_with_hex, invalid data len(4097)"},
-        {10240, &processors[3], 0, "response from 3[Unknown], len = 10240 ="},
-        {10241, &processors[0], 1, "Invalid parameter, len = 10241"},
-        {0, &processors[0], 1, "Invalid parameter, len = 0"},
-        {2, nullptr, 0, "response from -1[Unknown], len = 2 ="},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(velmor_diag_cmd_response_check(bytes.data(), row.len, row.processor), row.result) << row.says;
-        EXPECT_EQ(log_count(row.says), 1U) << row.says;
-    }
-    EXPECT_EQ(velmor_diag_cmd_response_check(nullptr, 2, nullptr), 1);
-}
-
 // ---- Answers ----
 
 TEST_F(DiagSend, AnswersComeBackWholeAndNothingElse)
@@ -170,12 +146,18 @@ TEST_F(DiagSend, AnswersComeBackWholeAndNothingElse)
         std::string packets;
         std::int32_t len;
         std::uint8_t last;  // byte of the answer
+        const char* says;
     } const rows[] = {
-        {"ThirdFragmentLost", Mode::dci, packet_of(9, 4096) + packet_of(10, 4096) + packet_of(11, 1), 8193, 11},
-        {"BadPacketJoined", Mode::dci, packet_of(14, 4096) + packet_of(15, 10241) + packet_of(16, 4), 4100, 16},
-        {"OtherProcessorTaken", Mode::dci, "{ bytes = '63', processor = 1 }," + packet_of(17, 2, 20), 2, 17},
-        {"LongestPacketRefused", Mode::callback, packet_of(2, 10240), 10240, 2},
-        {"BadPacketsTaken", Mode::callback, packet_of(0, 0) + packet_of(5, 10241) + packet_of(7, 7), 7, 7},
+        {"ThirdFragmentLost", Mode::dci, packet_of(9, 4096) + packet_of(10, 4096) + packet_of(11, 1), 8193, 11,
+         "response from -1[Unknown], len = 4096 ="},
+        {"BadPacketJoined", Mode::dci, packet_of(14, 4096) + packet_of(15, 10241) + packet_of(16, 4), 4100, 16,
+         "Invalid parameter, len = 10241"},
+        {"OtherProcessorTaken", Mode::dci, "{ bytes = '63', processor = 1 }," + packet_of(17, 2, 20), 2, 17,
+         "len(2), data: 11 11\n"},
+        {"LongestPacketRefused", Mode::callback, packet_of(2, 10240), 10240, 2,
+         "print_data_with_hex, invalid data len(10240)"},
+        {"BadPacketsTaken", Mode::callback, packet_of(0, 0) + packet_of(5, 10241) + packet_of(7, 7), 7, 7,
+         "response from 0[MSM], len = 10241 ="},
     };
     std::string responses = kStreams;
     for (std::uint8_t i = 0; i < std::size(rows); ++i) responses += response(hex({0x4B, i}), rows[i].packets);
@@ -187,19 +169,23 @@ TEST_F(DiagSend, AnswersComeBackWholeAndNothingElse)
         EXPECT_EQ(reply.len, rows[i].len);
         ASSERT_EQ(reply.bytes.size(), static_cast<std::size_t>(rows[i].len));
         EXPECT_EQ(reply.bytes.back(), rows[i].last);
+        EXPECT_GE(log_count(rows[i].says), 1U);
     }
     for (const char* dumped : {"len(2), data: 10 AA\n", "len(2), data: 60 BB\n"}) EXPECT_GE(log_count(dumped), 1U);
 }
 
 TEST_F(DiagSend, RemoteProcessorsAnswerToo)
 {
-    scenario("[diag]\nremote_mask = 5\n" + response("7C", "{ bytes = '7C 33', processor = 3 }"));
-    EXPECT_EQ(hex(send(Mode::callback, {0x7C}).bytes), "7C33");
+    scenario("[diag]\nremote_mask = 5\n" + response("7C", "{ bytes = '7C 11', processor = 1 }") +
+             response("4B", "{ bytes = '4B 33', processor = 3 }"));
+    EXPECT_EQ(hex(send(Mode::callback, {0x7C}).bytes), "7C11");
+    EXPECT_EQ(log_count("response from 1[MDM]"), 1U);
+    EXPECT_EQ(hex(send(Mode::callback, {0x4B}).bytes), "4B33");
     for (const char* words : {"g_diag_channel = [0]MSM, data_primary = 0, remote_mask = [5] APSS\n",
                               "register remote call back, data_remote = 1\n",
                               "register remote call back, data_remote = 3\n", "response from 3[Unknown]"})
-        EXPECT_EQ(log_count(words), 1U) << words;
-    EXPECT_EQ(log_count("register remote call back"), 2U);
+        EXPECT_GE(log_count(words), 1U) << words;
+    EXPECT_EQ(log_count("register remote call back"), 4U);
 }
 
 // ---- What the library is asked for, and by how many at once ----
