@@ -39,7 +39,6 @@
 #include <sstream>
 
 #include "support/embedded_run.h"
-#include "support/help_text.h"
 #include "support/home.h"
 #include "support/program.h"
 

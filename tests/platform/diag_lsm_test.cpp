@@ -7,7 +7,6 @@
 #include "platform/link/diag_frame.h"
 #include "support/embedded_run.h"
 #include "support/test_clock.h"
-#include "support/told.h"
 
 namespace rbk::test {
 namespace {
