@@ -49,19 +49,15 @@ TEST_F(ExtendCommon, ValuesAreJudgedAndRecordsGoOutWhole)
 
 TEST_F(ExtendCommon, EachKnownBitHasItsCounter)
 {
-    const auto counted = [this](std::int32_t flag) {
-        log();
-        velmor_save_modem_ssr_count(flag);
-        std::string types;
-        for (const std::string& line : log())
-            if (const std::size_t at = line.find("ssr_type = 0x"); at != std::string::npos)
-                types += line.substr(at + 10, 11);
-        return types;
-    };
-    EXPECT_EQ(counted(0x7FFFFFFF),
+    velmor_save_modem_ssr_count(0x7FFFFFFF);
+    velmor_save_modem_ssr_count(-1);  // no mask
+    std::string types;
+    for (const std::string& line : log())
+        if (const std::size_t at = line.find("ssr_type = 0x"); at != std::string::npos)
+            types += line.substr(at + 10, 11);
+    EXPECT_EQ(types,
               " 0x00000001 0x00000002 0x00000004 0x00000008 0x00000010 0x00000020 0x00000040 0x00000080 0x00000100"
-              " 0x00001000 0x00002000 0x00010000 0x00020000 0x00040000 0x00080000");
-    EXPECT_EQ(counted(-1), " 0xFFFFFFFF") << "a negative one is no mask";
+              " 0x00001000 0x00002000 0x00010000 0x00020000 0x00040000 0x00080000 0xFFFFFFFF");
 }
 
 TEST_F(ExtendCommon, CounterGoesOnFromWhatStandsThere)
@@ -112,8 +108,6 @@ TEST_F(ExtendCommon, ClientOfAScanLivesForOneRequestThatIsWorthIt)
     EXPECT_EQ(scan(&request, &response), 0);
     EXPECT_EQ(response.scan_result_valid, 1);
     EXPECT_EQ(scan(&request, &response), -1) << "the stale handle is refused";
-    EXPECT_EQ(log_count("init qmi_client"), 1U);
-    EXPECT_EQ(log_count("qmi_client_release failed"), 1U);
 }
 
 }  // namespace

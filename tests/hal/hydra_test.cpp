@@ -1,6 +1,7 @@
 // The statistics library and its manager: clients, result codes, exchanges of parameters, the events that indications
 // become, what is taken for a sample, and the transmit power.
 #include <atomic>
+#include <bit>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
@@ -14,6 +15,16 @@
 
 namespace rbk::test {
 namespace {
+
+// One value of the statistics as it stands on the wire, in hex, and a float's four bytes.
+std::string stats_parameter(std::uint16_t sub, std::uint16_t second_word, std::uint32_t id, const std::string& value)
+{
+    return le(sub, 2) + le(second_word, 2) + le(id, 4) + le(value.size() / 2, 2) + value;
+}
+std::string f32(float value)
+{
+    return le(std::bit_cast<std::uint32_t>(value), 4);
+}
 
 std::vector<std::uint32_t> told_status;
 

@@ -64,6 +64,7 @@ TEST_F(UimClient, AnswersAreTakenAsFarAsTheyCanBeBelieved)
     const auto bytes = [](std::size_t count) { return raw(kFine + tlv(0x10, le(count, 2) + times(count, "E1"))); };
     // clang-format off
     expect("uim", {
+        {"EidOfARefusalTaken",         eid, {raw(kRefused + tlv(0x10, "10" + sixteen))}, 0},
         {"MissingEidTaken",            eid, {raw(kFine)}, 0},
         {"ShortEidFilledUpFromMemory", eid, {raw(kFine + tlv(0x10, "01A1"))}, 0, "A1" + times(15, "00")},
         {"LongEidWrittenWhole",        eid, {raw(kFine + tlv(0x10, "12" + sixteen + "1112"))}, 0, sixteen},
@@ -118,24 +119,6 @@ TEST_F(UimClient, ThirdFailedSendDropsTheConnectionAndTheNextOneCountsAnew)
     EXPECT_EQ(apdu(), -1);
     EXPECT_EQ(down(), -1);
     EXPECT_EQ(said().back(), "velmor_esim_request_uicc_power_ex: uicc_power_ex res = -1, failed_cnt = 2");
-}
-
-// The mark and the count of the lost connection stay until there is a new one, and so does the end that they bring.
-TEST_F(UimClient, FailedConnectionAfterThreeFailuresEndsInRecovery)
-{
-    scenario("[modem]\nrestart_ms = 60000\n" + in_turn("uim", {raw("FF"), raw("FF"), "'down'"}));
-    setenv("RBK_QMI_TIMEOUT_SCALE", "0.1", 1);
-    EXPECT_EQ(eid(), -1);
-    EXPECT_EQ(eid(), -1);
-    EXPECT_EQ(eid(), -2);
-    said();
-    EXPECT_EQ(card_status(), -1);
-    EXPECT_EQ(said(), (Calls{"init_uim_qmi_client: qmi_client_init UIM instance failed, qmi_client_error = -3",
-                             "velmor_uim_get_card_status: init_uim_qmi_client failed",
-                             "velmor_uim_get_card_status: QMI error, try recovery",
-                             "uim_qmi_client_recovery: uim_qmi_client_recovery qmi_client_release (nil)"}));
-    EXPECT_EQ(sim_types(), -1);
-    EXPECT_EQ(said().back(), "velmor_setSimType: velmor_set_sim_type res = -1 ");
 }
 
 TEST_F(UimClient, LostServiceIsLeftBeforeTheNextOperationButForTheCardStatus)

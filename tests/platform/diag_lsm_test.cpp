@@ -6,7 +6,7 @@
 #include "platform/fake_peer.h"
 #include "platform/link/diag_frame.h"
 #include "support/embedded_run.h"
-#include "support/told.h"
+#include "support/test_clock.h"
 
 namespace rbk::test {
 namespace {

@@ -15,7 +15,6 @@
 #include "support/embedded_run.h"
 #include "support/modem_process.h"
 #include "support/test_clock.h"
-#include "support/told.h"
 
 namespace rbk::test {
 
