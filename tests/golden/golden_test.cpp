@@ -45,23 +45,7 @@
 namespace rbk::test {
 namespace {
 
-// Bytes in hex; eight or more that are equal stand there once, with their number.
-std::string with_runs(const std::string& hex_text)
-{
-    Lines bytes;
-    for (std::size_t at = 0; at < hex_text.size(); at += 2) bytes.push_back(hex_text.substr(at, 2));
-    std::string text;
-    for (const auto& [byte, count] : runs_of(bytes)) {
-        const bool is_run = count >= 8;
-        if (is_run && !text.empty() && text.back() != ' ') text += ' ';
-        for (std::size_t i = is_run ? count : 1; i <= count; ++i) text += byte;
-        if (is_run) text += "*" + std::to_string(count) + " ";
-    }
-    if (text.ends_with(' ')) text.pop_back();
-    return text;
-}
-
-// Back from there: "0A 00*3" to "0A 000000".
+// Bytes as with_runs tells them: "0A 00*3" is "0A 000000".
 std::string without_runs(std::string text)
 {
     static const std::regex kRun(R"(([0-9A-F]{2})\*(\d+))");

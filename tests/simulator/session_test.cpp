@@ -81,22 +81,83 @@ std::string expected(const std::string& text)
 
 class SessionTest : public testing::TestWithParam<std::string> {
  protected:
-    SessionTest()
+    void step(const std::string& line)
     {
-        ::setenv("PATH", (test::bin_path("") + ":" + ::getenv("PATH")).c_str(), 1);
-        ::setenv("RBK", test::rbk_path().c_str(), 1);
+        if (!modem_) modem_.emplace(scenario_, state());
+        const bool numbered = std::isdigit(line[0]) != 0;
+        const char number = numbered ? line[0] : '1';
+        const std::string rest = line.substr(std::min<std::size_t>(numbered ? 3 : 2, line.size()));
+        const std::size_t blank = std::min(rest.find(' '), rest.size());
+        EXPECT_TRUE(line[0] == '|' || std::exchange(printed_, {}).empty()) << "more lines";
+        switch (line[numbered ? 1 : 0]) {
+        case '>': client(number).send(rest); break;
+        case '<': EXPECT_EQ(client(number).next(), expected(rest)); break;
+        case 'x':
+            clients_.erase(number);
+            // By the last answer to somebody else the modem has met the other's end.
+            for (int i = 0; i < 3; ++i) client('9').lookup(1);
+            break;
+        case '$': run(rest); break;
+        case '|':
+            EXPECT_EQ(printed_.empty() ? "nothing" : printed_.front(), rest);
+            if (!printed_.empty()) printed_.erase(printed_.begin());
+            break;
+        case '=':
+            EXPECT_EQ(show_file(rest.substr(0, blank)),
+                      rest.ends_with(" none") ? "none" : show_bytes(bytes_of(rest.substr(blank))));
+            break;
+        case '!': complaints_.push_back(rest); break;
+        case '~': timers_ = std::stoul(rest); break;
+        default: end();
+        }
     }
-    void step(const std::string& line);
-    void end();
+
+    void end()
+    {
+        if (!modem_) return;
+        EXPECT_TRUE(std::exchange(printed_, {}).empty()) << "more lines";
+        for (auto& [number, client] : clients_) client.lookup(1);  // the modem has handled what was sent
+        modem_->stop();
+        EXPECT_EQ(modem_->modem().loop().timer_count(), timers_) << "timers";
+        for (std::string& line : modem_->complaints) line = replaced(line, state().string(), "STATE");
+        EXPECT_EQ(modem_->complaints, complaints_);
+        modem_.reset();
+        for (auto& [number, client] : clients_) EXPECT_EQ(client.next(), "closed") << "client " << number;
+        clients_.clear();
+        complaints_.clear();
+        scenario_.clear();
+        timers_ = 0;
+    }
 
     std::optional<TempDir> folder_;  // of a case
     std::string scenario_;
 
  private:
     std::filesystem::path state() const { return folder_->path() / "modem"; }
-    WireClient& client(char number);
-    void run(const std::string& command);
-    std::string show_file(const std::string& name) const;
+
+    WireClient& client(char number)
+    {
+        if (!clients_.contains(number)) clients_.emplace(number, modem_->connect());
+        return clients_.at(number);
+    }
+
+    void run(const std::string& command)
+    {
+        const test::RunOptions options{.variables = {{"RBK_HOME", folder_->path() / "home"},
+                                                     {"RBK", test::rbk_path()},
+                                                     {"PATH", test::bin_path("") + ":" + ::getenv("PATH")}}};
+        const std::string script = "exec 2>&1; cd '" + state().string() + "' || exit; " + command;
+        const test::RunResult result = test::run({"/bin/sh", "-c", script}, options);
+        EXPECT_EQ(result.status, 0) << result.out;
+        printed_ = test::lines_of(result.out);
+    }
+
+    std::string show_file(const std::string& name) const
+    {
+        if (!std::filesystem::exists(state() / name)) return "none";
+        const std::string content = read_file(state() / name);
+        return show_bytes(Bytes(content.begin(), content.end()));
+    }
 
     std::optional<RunningModem> modem_;  // starts with the first step
     std::map<char, WireClient> clients_;
@@ -104,77 +165,6 @@ class SessionTest : public testing::TestWithParam<std::string> {
     std::vector<std::string> complaints_;
     std::size_t timers_ = 0;
 };
-
-WireClient& SessionTest::client(char number)
-{
-    if (!clients_.contains(number)) clients_.emplace(number, modem_->connect());
-    return clients_.at(number);
-}
-
-void SessionTest::run(const std::string& command)
-{
-    ::setenv("RBK_HOME", (folder_->path() / "home").c_str(), 1);
-    FILE* output = ::popen(("exec 2>&1; cd '" + state().string() + "' || exit; " + command).c_str(), "r");
-    std::string text;
-    for (int byte = 0; (byte = std::fgetc(output)) != EOF;) text += static_cast<char>(byte);
-    EXPECT_EQ(::pclose(output), 0) << text;
-    printed_ = test::lines_of(text);
-}
-
-std::string SessionTest::show_file(const std::string& name) const
-{
-    if (!std::filesystem::exists(state() / name)) return "none";
-    const std::string content = read_file(state() / name);
-    return show_bytes(Bytes(content.begin(), content.end()));
-}
-
-void SessionTest::step(const std::string& line)
-{
-    if (!modem_) modem_.emplace(scenario_, state());
-    const bool numbered = std::isdigit(line[0]) != 0;
-    const char number = numbered ? line[0] : '1';
-    const std::string rest = line.substr(std::min<std::size_t>(numbered ? 3 : 2, line.size()));
-    const std::size_t blank = std::min(rest.find(' '), rest.size());
-    EXPECT_TRUE(line[0] == '|' || std::exchange(printed_, {}).empty()) << "more lines";
-    switch (line[numbered ? 1 : 0]) {
-    case '>': client(number).send(rest); break;
-    case '<': EXPECT_EQ(client(number).next(), expected(rest)); break;
-    case 'x':
-        clients_.erase(number);
-        // By the last answer to somebody else the modem has met the other's end.
-        for (int i = 0; i < 3; ++i) client('9').lookup(1);
-        break;
-    case '$': run(rest); break;
-    case '|':
-        EXPECT_EQ(printed_.empty() ? "nothing" : printed_.front(), rest);
-        if (!printed_.empty()) printed_.erase(printed_.begin());
-        break;
-    case '=':
-        EXPECT_EQ(show_file(rest.substr(0, blank)),
-                  rest.ends_with(" none") ? "none" : show_bytes(bytes_of(rest.substr(blank))));
-        break;
-    case '!': complaints_.push_back(rest); break;
-    case '~': timers_ = std::stoul(rest); break;
-    default: end();
-    }
-}
-
-void SessionTest::end()
-{
-    if (!modem_) return;
-    EXPECT_TRUE(std::exchange(printed_, {}).empty()) << "more lines";
-    for (auto& [number, client] : clients_) client.lookup(1);  // the modem has handled what was sent
-    modem_->stop();
-    EXPECT_EQ(modem_->modem().loop().timer_count(), timers_) << "timers";
-    for (std::string& line : modem_->complaints) line = replaced(line, state().string(), "STATE");
-    EXPECT_EQ(modem_->complaints, complaints_);
-    modem_.reset();
-    for (auto& [number, client] : clients_) EXPECT_EQ(client.next(), "closed") << "client " << number;
-    clients_.clear();
-    complaints_.clear();
-    scenario_.clear();
-    timers_ = 0;
-}
 
 TEST_P(SessionTest, ComesAsItIsWritten)
 {

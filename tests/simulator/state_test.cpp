@@ -124,7 +124,7 @@ TEST(State, AKillAmongWritesLosesNothingThatWasAcknowledged)
         const std::string text = read_file(folder.path() / "modem/nv/0/77");
         const std::string stored = show_bytes(Bytes(text.begin(), text.end()));
         const int last = acknowledged;
-        EXPECT_TRUE(stored == " " + byte(last) + "*400 " || stored == " " + byte(last + 1) + "*400 ") << stored;
+        EXPECT_TRUE(stored == byte(last) + "*400" || stored == byte(last + 1) + "*400") << stored;
         round = last + 1;
     }
 }

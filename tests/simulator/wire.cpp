@@ -7,6 +7,8 @@
 
 #include "platform/link/diag_frame.h"
 #include "simulator/scenario_reader.h"
+#include "support/embedded_run.h"
+#include "support/lines.h"
 
 namespace rbk::sim {
 namespace {
@@ -88,18 +90,7 @@ Bytes tlvs_of(const std::string& text)
 
 std::string show_bytes(ByteView bytes)
 {
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size();) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02X", bytes[at]);
-        const auto other = std::find_if(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.end(),
-                                        [&](std::uint8_t byte) { return byte != bytes[at]; });
-        const auto alike = static_cast<std::size_t>(other - bytes.begin()) - at;
-        const bool many = alike > 8;
-        text += many ? " " + std::string(digits) + "*" + std::to_string(alike) + " " : digits;
-        at += many ? alike : 1;
-    }
-    return text;
+    return test::with_runs(test::hex({bytes.begin(), bytes.end()}));
 }
 
 std::string show_tlvs(ByteView tlvs)

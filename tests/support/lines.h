@@ -29,6 +29,22 @@ inline std::vector<std::pair<std::string, std::size_t>> runs_of(const Lines& lin
     return runs;
 }
 
+// Bytes in hex; eight or more that are equal stand there once, with their number: "A1 00*8".
+inline std::string with_runs(const std::string& hex_text)
+{
+    Lines bytes;
+    for (std::size_t at = 0; at < hex_text.size(); at += 2) bytes.push_back(hex_text.substr(at, 2));
+    std::string text;
+    for (const auto& [byte, count] : runs_of(bytes)) {
+        const bool is_run = count >= 8;
+        if (is_run && !text.empty() && text.back() != ' ') text += ' ';
+        for (std::size_t i = is_run ? count : 1; i <= count; ++i) text += byte;
+        if (is_run) text += "*" + std::to_string(count) + " ";
+    }
+    if (text.ends_with(' ')) text.pop_back();
+    return text;
+}
+
 inline std::string replaced(std::string text, const std::string& what, const std::string& with)
 {
     for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size())
