@@ -433,18 +433,5 @@ TEST(DiagBlocks, BlockIsReplacedWhileItIsCopied)
     EXPECT_LT(allocated(), before + 2 * kBlock) << "what nobody copies goes at once";
 }
 
-TEST_F(DiagSend, AnswerOfManyPacketsIsGoneWithItsSend)
-{
-    std::string packets;
-    for (int i = 0; i < 256; ++i) packets += packet_of(i % 251, 4096);
-    scenario(response("7C", packets + packet_of(1, 1)));
-    setenv("RBK_LOGCAT", "/dev/null", 1);
-    set_property("persist.vendor.radio.adb_log_shell", "0");
-    EXPECT_EQ(send(Mode::dci, {0x99}, 100).len, 0);
-    const std::size_t before = allocated();
-    EXPECT_EQ(send(Mode::dci, {0x7C}).len, kRoom);
-    EXPECT_LT(allocated(), before + 512 * 1024) << "the answer alone has a megabyte";
-}
-
 }  // namespace
 }  // namespace rbk::test

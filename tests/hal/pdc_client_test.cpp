@@ -18,8 +18,9 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const std::string kId = "6A1F0352904EC7182B33758DA009E45C61D2F710";  // active on subscription 0 of the built-in phone
 const Lines kStartedAndStopped = {"timer_settime 5.000000000", "timer_settime 0.000000000"};
+
+const std::string kPhone = "[pdc]\nindication_ms = 0\nconfig = [ { id = 'A1' } ]\n[pdc.sub0]\nactive = 'A1'\n";
 
 // What the modem does with a message, or with its indication.
 std::string rule(int message, const std::string& more)
@@ -42,8 +43,7 @@ constexpr auto kSoftware = PDC_CONFIG_TYPE_MODEM_SW_V01;
 pdc_config_pdc_info selected;
 const auto get_selected = [] { return pdc_get_current_config_ex(&selected, kSoftware, 0); };
 const auto select_known = [] {
-    pdc_config_pdc_info known{20, {}};
-    std::ranges::copy(bytes_of(kId), known.config_id);
+    const pdc_config_pdc_info known{1, {0xA1}};
     return pdc_select_config_ex(&known, kSoftware, 0);
 };
 const auto deactivate = [] { return pdc_deactivate_config_ex(0, kSoftware); };
@@ -54,7 +54,7 @@ class PdcClient : public EmbeddedRun {
     PdcClient() { setenv("RBK_TEST_DIVISOR", "1", 1); }
     void open(const std::string& rules = "") const
     {
-        scenario("[pdc]\nindication_ms = 0\n" + rules);
+        scenario(kPhone + rules);
         ASSERT_EQ(pdc_init_ex(), 0);
     }
 };
@@ -72,7 +72,7 @@ TEST_F(PdcClient, ActivationOfAnotherTypeAwaitsItsIndication)
 
 TEST_F(PdcClient, FailedSelectAndDeactivateStayBusyUntilTheClientIsOpenedAgain)
 {
-    scenario("[pdc]\nindication_ms = 0\n" + rule(43, "action = 'raw'\nnth = 1\nbytes = 'FF'"));
+    scenario(kPhone + rule(43, "action = 'raw'\nnth = 1\nbytes = 'FF'"));
     ASSERT_EQ(velmor_mbn_init(0), 0);
     pdc_config_pdc_info too_long{PDC_CONFIG_ID_MAX + 1, {}};
     EXPECT_EQ(pdc_select_config_ex(&too_long, kSoftware, 0), PDC_INVALID_CONFIG_ID);
