@@ -38,7 +38,7 @@
 #include <regex>
 
 #include "support/embedded_run.h"
-#include "support/help_text.h"
+#include "support/home.h"
 #include "support/lines.h"
 #include "support/program.h"
 

@@ -37,13 +37,10 @@ std::string packet_of(int fill, int size, int after_ms = 0)
     return "{ fill = " + std::to_string(fill) + ", size = " + std::to_string(size) +
            ", after_ms = " + std::to_string(after_ms) + " },";
 }
-std::string fault(const std::string& more)
+std::string failing(const std::string& call, int code, int nth)
 {
-    return "[[fault]]\nservice = 'diag'\n" + more + "\n";
-}
-std::string failing(const std::string& call, int code)
-{
-    return fault("call = '" + call + "'\naction = 'error'\ncode = " + std::to_string(code));
+    return "[[fault]]\nservice = 'diag'\ncall = '" + call + "'\naction = 'error'\ncode = " + std::to_string(code) +
+           "\nnth = " + std::to_string(nth) + "\n";
 }
 const std::string kStreams =
     "[[diag.stream]]\nkind = 'log'\nbytes = '10 AA'\nevery_ms = 5\n"
@@ -125,8 +122,7 @@ class DiagSend : public EmbeddedRun {
 
 TEST_F(DiagSend, RequestsAndPlacesForAnswersAreChecked)
 {
-    const Recorded recorded;
-    const Bytes bytes(5000, 0x7C);
+    const Bytes bytes(4097, 0x7C);
     for (const auto& [len, result] : {std::pair{0, 1}, {1, 0}, {4096, 0}, {4097, 1}, {-1, 1}})
         EXPECT_EQ(velmor_diag_comand_input_check(bytes.data(), len), result) << len;
     for (const auto& [len, result] : {std::pair{0, 1}, {INT32_MIN, 1}, {1, 0}})
@@ -135,96 +131,55 @@ TEST_F(DiagSend, RequestsAndPlacesForAnswersAreChecked)
     EXPECT_EQ(velmor_diag_comand_input_check(nullptr, 1), 1);
     EXPECT_EQ(velmor_diag_comand_output_check(nullptr, &one), 1);
     EXPECT_EQ(velmor_diag_comand_output_check(bytes.data(), nullptr), 1);
-    for (const Mode mode : kModes) {
-        EXPECT_EQ(send(mode, Bytes(4097)).result, 1);
-        EXPECT_EQ(send(mode, {0x7C}, 3000, 0).result, 1);
-        EXPECT_EQ(send_without_result(mode, Bytes(4097)), 1);
-    }
+    const Recorded recorded;
+    for (const Mode mode : kModes) EXPECT_EQ(send(mode, {0x7C}, 3000, 0).result, 1);
     EXPECT_EQ(recorded.calls(), Lines{}) << "nothing has been started";
-}
-
-TEST_F(DiagSend, PacketsAreCheckedByTheirLengthAndNamedByTheirProcessor)
-{
-    const Bytes bytes(10300, 0xAB);
-    const std::int32_t processors[] = {0, 1, 2, 3, -1};
-    struct {
-        std::uint32_t len;
-        const std::int32_t* processor;
-        std::int32_t result;
-        std::string says;
-    } const rows[] = {
-        {1, &processors[0], 0, "response from 0[MSM], len = 1 ="},
-        {4096, &processors[1], 0, "response from 1[MDM], len = 4096 ="},
-        {4097, &processors[2], 0, "print_data_with_hex, invalid data len(4097)"},
-        {10240, &processors[3], 0, "response from 3[Unknown], len = 10240 ="},
-        {10241, &processors[4], 1, "Invalid parameter, len = 10241"},
-        {0, &processors[0], 1, "Invalid parameter, len = 0"},
-        {2, nullptr, 0, "response from -1[Unknown], len = 2 ="},
-        {3, nullptr, 0, "data hex show, len(3), data: AB AB AB\n"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(velmor_diag_cmd_response_check(bytes.data(), row.len, row.processor), row.result) << row.says;
-        EXPECT_EQ(log_count(row.says), 1U) << row.says;
-    }
-    EXPECT_EQ(velmor_diag_cmd_response_check(nullptr, 2, nullptr), 1);
-    velmor_print_data_with_hex(nullptr, 3);
-    EXPECT_EQ(log_count("print_data_with_hex, data is null"), 1U);
 }
 
 // ---- Answers ----
 
-struct AnswerCase {
-    const char* catches;
-    Mode mode;
-    std::string packets;
-    std::int32_t len;
-    std::uint8_t last;  // byte of the answer
-    std::int32_t capacity = kRoom;
-};
-
-const AnswerCase kAnswers[] = {
-    {"LongestPacketRefused", Mode::callback, packet_of(2, 10240), 10240, 2},
-    {"BufferOverrun", Mode::callback, packet_of(3, 5000), 100, 3, 100},
-    {"BadPacketsTaken", Mode::callback, packet_of(0, 0) + packet_of(5, 10241) + packet_of(7, 7), 7, 7},
-    {"DciOneByteLost", Mode::dci, packet_of(8, 1), 1, 8},
-    {"DciThirdFragmentLost", Mode::dci, packet_of(9, 4096) + packet_of(10, 4096) + packet_of(11, 1), 8193, 11},
-    {"DciBufferOverrun", Mode::dci, packet_of(12, 4096) + packet_of(13, 904), 4097, 13, 4097},
-    {"DciBadPacketJoined", Mode::dci, packet_of(14, 4096) + packet_of(15, 10241) + packet_of(16, 4), 4100, 16},
-    {"DciOtherProcessorTaken", Mode::dci, "{ bytes = '63', processor = 1 }," + packet_of(17, 2, 5), 2, 17},
-};
-
-class DiagAnswer : public DiagSend, public testing::WithParamInterface<AnswerCase> {};
-
-TEST_P(DiagAnswer, ComesBackWhole)
+TEST_F(DiagSend, AnswersComeBackWholeAndNothingElse)
 {
-    const AnswerCase& row = GetParam();
-    scenario(response("4B 12", row.packets));
-    const Reply reply = send(row.mode, {0x4B, 0x12, 0x99}, 60000, row.capacity);
-    EXPECT_EQ(reply.result, 0);
-    EXPECT_EQ(reply.len, row.len);
-    ASSERT_EQ(reply.bytes.size(), static_cast<std::size_t>(row.len));
-    EXPECT_EQ(reply.bytes.back(), row.last);
-    EXPECT_EQ(log_count("Command time = 600") + log_count("Dci Command time = 600"), row.mode == Mode::dci ? 2U : 1U);
-}
-INSTANTIATE_TEST_SUITE_P(All, DiagAnswer, testing::ValuesIn(kAnswers),
-                         [](const auto& row) { return row.param.catches; });
-
-TEST_F(DiagSend, StreamsAreDumpedAndReachNobody)
-{
-    scenario(kStreams + response("7C", packet_of(0x7C, 3, 200)));
-    EXPECT_EQ(hex(send(Mode::dci, {0x7C}).bytes), "7C7C7C");
-    for (const char* dumped : {"len(2), data: 10 AA\n", "len(2), data: 60 BB\n"}) EXPECT_GE(log_count(dumped), 1U);
-}
-
-TEST_F(DiagSend, RemoteProcessorsAnswerToo)
-{
-    scenario("[diag]\nremote_mask = 5\n" + response("7C", "{ bytes = '7C 33', processor = 3 }"));
-    EXPECT_EQ(hex(send(Mode::callback, {0x7C}).bytes), "7C33");
-    for (const char* words : {"g_diag_channel = [0]MSM, data_primary = 0, remote_mask = [5] APSS\n",
-                              "register remote call back, data_remote = 1\n",
-                              "register remote call back, data_remote = 3\n", "response from 3[Unknown]"})
-        EXPECT_EQ(log_count(words), 1U) << words;
-    EXPECT_EQ(log_count("register remote call back"), 2U);
+    struct {
+        const char* catches;
+        Mode mode;
+        std::string packets;
+        std::int32_t len;
+        std::uint8_t last;  // byte of the answer
+        const char* says;
+    } const rows[] = {
+        {"ThirdFragmentLost", Mode::dci, packet_of(9, 4096) + packet_of(10, 4096) + packet_of(11, 1), 8193, 11,
+         "response from -1[Unknown], len = 4096 ="},
+        {"BadPacketJoined", Mode::dci, packet_of(14, 4096) + packet_of(15, 10241) + packet_of(16, 4), 4100, 16,
+         "Invalid parameter, len = 10241"},
+        {"OtherProcessorTaken", Mode::dci, "{ bytes = '63', processor = 1 }," + packet_of(17, 2, 20), 2, 17,
+         "len(2), data: 11 11\n"},
+        {"LongestPacketRefused", Mode::callback, packet_of(2, 10240), 10240, 2,
+         "print_data_with_hex, invalid data len(10240)"},
+        {"BadPacketsTaken", Mode::callback, packet_of(0, 0) + packet_of(5, 10241) + packet_of(7, 7), 7, 7,
+         "response from 0[MSM], len = 10241 ="},
+        {"RemoteDropped", Mode::callback, "{ bytes = '7C', processor = 1 }", 1, 0x7C,
+         "response from 1[MDM], len = 1 ="},
+        {"LastRemoteDropped", Mode::callback, "{ bytes = '33', processor = 3 }", 1, 0x33, "response from 3[Unknown]"},
+    };
+    std::string responses = "[diag]\nremote_mask = 5\n" + kStreams;
+    for (std::uint8_t i = 0; i < std::size(rows); ++i) responses += response(hex({0x4B, i}), rows[i].packets);
+    scenario(responses);
+    for (std::uint8_t i = 0; i < std::size(rows); ++i) {
+        SCOPED_TRACE(rows[i].catches);
+        const Reply reply = send(rows[i].mode, {0x4B, i, 0x99});
+        EXPECT_EQ(reply.result, 0);
+        EXPECT_EQ(reply.len, rows[i].len);
+        ASSERT_EQ(reply.bytes.size(), static_cast<std::size_t>(rows[i].len));
+        EXPECT_EQ(reply.bytes.back(), rows[i].last);
+        EXPECT_GE(log_count(rows[i].says), 1U);
+    }
+    for (const char* words :
+         {"len(2), data: 10 AA\n", "len(2), data: 60 BB\n",
+          "g_diag_channel = [0]MSM, data_primary = 0, remote_mask = [5] APSS\n",
+          "register remote call back, data_remote = 1\n", "register remote call back, data_remote = 3\n"})
+        EXPECT_GE(log_count(words), 1U) << words;
+    EXPECT_EQ(log_count("register remote call back"), 2 * log_count("register call back"));
 }
 
 // ---- What the library is asked for, and by how many at once ----
@@ -300,7 +255,7 @@ struct WaitCase {
 const WaitCase kWaits[] = {
     {"ZeroWaitsForEver", Mode::callback, 0, 30},
     {"LimitNotInclusive", Mode::callback, 60001, 30},
-    {"HalfAStepIsNone", Mode::callback, 50, 1},
+    {"LimitReplaced", Mode::callback, 60000, 600},
     {"StepsRoundedUp", Mode::callback, 399, 3},
     {"DciHasADefault", Mode::dci, 0, 1},
     {"DciHasALimit", Mode::dci, 60100, 601},
@@ -343,9 +298,7 @@ TEST_F(DiagSend, AnswerOfWholeFragmentsCostsTheWholeTimeOut)
     const OnCalls held("usleep 100000", [&] { return log_count("data_size = 4096\n") == 2; });
     const Reply reply = send(Mode::dci, {0x4B}, 300);
     EXPECT_EQ(reply.result, 0);
-    Bytes both(8192, 1);
-    std::fill(both.begin() + 4096, both.end(), 2);
-    EXPECT_EQ(reply.bytes, both);
+    EXPECT_EQ(reply.bytes.size(), 8192U);
     EXPECT_EQ(steps(), 3U);
     EXPECT_EQ(log_count("stop waiting, receive success, length is times of 4096"), 1U);
 }
@@ -385,59 +338,47 @@ TEST_F(DiagSend, TimeOutThatIsToldTooLateIsTheNextSends)
 
 // ---- Failing calls ----
 
-struct FailureCase {
-    const char* catches;
-    Mode mode;
-    std::string scenario;
-    const char* says;
-    bool of_worker_too = true;
-};
-const FailureCase kFailures[] = {
-    {"RefusedSendWaited", Mode::callback, failing("send", 3), "ret_send = 3, will wait callback"},
-    {"RefusedRequestWaited", Mode::callback, fault("prefix = '7C'\naction = 'error'\ncode = 4"),
-     "Fail to send diag cmd", false},
-    {"FailedStartHangs", Mode::callback, failing("lsm_init", 1), "LSM init failed"},
-    {"AbsentDiagHangs", Mode::callback, "[modem]\nservices = ['nas']\n", "LSM init failed"},
-    {"LostModemHangs", Mode::callback, fault("nth = 1\naction = 'down'"), "ret_send = -1, will wait callback", false},
-    {"DciFailedStartHangs", Mode::dci, failing("lsm_init", 1), "LSM init failed"},
-    {"RegistrationsCodeUnread", Mode::dci, failing("dci_register", 0), "Could not register with DCI, err: 0, errno: "},
-    {"SignalsCodeUnread", Mode::dci, failing("dci_signal", 1002),
-     "Could not register signal for DCI Data for ch:0, err: 1002, errno: "},
-    {"SupportListsCodeUnread", Mode::dci, failing("dci_support", -7),
-     "Could not get support list for ch 0, err: -7, errno: "},
-    {"StreamsCodeUnread", Mode::dci, failing("dci_stream", 5),
-     "Unable to register DCI stream for ch:0, err: 5, errno: "},
-    {"DciSendsCodeUnread", Mode::dci, failing("dci_send", 6),
-     "Error sending SEND_REQUEST_ASYNC to peripheral 6 for ch:0"},
-};
-
-class DiagFailure : public DiagSend, public testing::WithParamInterface<FailureCase> {};
-
-TEST_P(DiagFailure, IsToldAndTheLibraryGivenBack)
+TEST_F(DiagSend, FailuresAreToldAndTheLibraryGivenBack)
 {
     shorten_waits("100");
-    const FailureCase& row = GetParam();
-    scenario(row.scenario);
-    const Recorded recorded;
-    const Reply reply = send(row.mode, {0x7C});
-    EXPECT_EQ(reply.result, 1);
-    EXPECT_EQ(reply.len, kRoom) << "untouched";
-    EXPECT_EQ(log_count(row.says), 1U);
-    EXPECT_EQ(log_count("velmor daig is created"), 0U) << "no wait thread";
-    const int clients = row.mode == Mode::dci && log_count("Could not register with DCI") == 0 ? 1 : 0;
-    EXPECT_EQ(recorded.count("Diag_LSM_DeInit"), 1);
-    EXPECT_EQ(recorded.count("diag_switch_logging 1"), row.mode == Mode::callback ? 1 : 0);
-    EXPECT_EQ(recorded.count("diag_release_dci_client"), clients);
-    if (!row.of_worker_too) return;
-    EXPECT_EQ(send_without_result(row.mode, {0x7C}), 0) << "it is told to the log alone";
-    EXPECT_TRUE(wait_until([&] { return recorded.count("usleep 3000000") == 1; }));
-    EXPECT_EQ(log_count(row.says), 2U);
-    EXPECT_EQ(recorded.count("Diag_LSM_DeInit"), log_count("LSM init failed") == 0 ? 2 : 1);
-    EXPECT_EQ(recorded.count("diag_release_dci_client"), 2 * clients);
-    EXPECT_EQ(recorded.count("sleep 1"), 0) << "nothing to pass";
+    struct {
+        Mode mode;
+        const char* call;
+        int code;
+        const char* says;
+        std::ptrdiff_t stops, releases;  // by one send
+    } const rows[] = {
+        {Mode::dci, "lsm_init", 1, "LSM init failed", 0, 0},
+        {Mode::callback, "send", 3, "ret_send = 3, will wait callback", 1, 0},
+        {Mode::dci, "dci_register", 0, "Could not register with DCI, err: 0, errno: ", 1, 0},
+        {Mode::dci, "dci_signal", 1002, "Could not register signal for DCI Data for ch:0, err: 1002, errno: ", 1, 1},
+        {Mode::dci, "dci_support", -7, "Could not get support list for ch 0, err: -7, errno: ", 1, 1},
+        {Mode::dci, "dci_stream", 5, "Unable to register DCI stream for ch:0, err: 5, errno: ", 1, 1},
+        {Mode::dci, "dci_send", 6, "Error sending SEND_REQUEST_ASYNC to peripheral 6 for ch:0", 1, 1},
+    };
+    std::string faults;
+    for (const auto& row : rows)
+        for (const int nth : {1, 2}) faults += failing(row.call, row.code, nth);
+    scenario(faults);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.call);
+        const Recorded recorded;
+        const Reply reply = send(row.mode, {0x7C});
+        EXPECT_EQ(reply.result, 1);
+        EXPECT_EQ(reply.len, kRoom) << "untouched";
+        EXPECT_EQ(log_count(row.says), 1U);
+        EXPECT_EQ(recorded.count("Diag_LSM_DeInit"), 1) << "also where it hasn't started";
+        EXPECT_EQ(recorded.count("diag_release_dci_client"), row.releases);
+        EXPECT_EQ(send_without_result(row.mode, {0x7C}), 0) << "it is told to the log alone";
+        EXPECT_TRUE(wait_until([&] { return recorded.count("usleep 3000000") == 1; }));
+        EXPECT_EQ(log_count(row.says), 2U);
+        EXPECT_EQ(recorded.count("Diag_LSM_DeInit"), 1 + row.stops);
+        EXPECT_EQ(recorded.count("diag_release_dci_client"), 2 * row.releases);
+        EXPECT_EQ(recorded.count("diag_switch_logging 1"), row.mode == Mode::callback ? 2 : 0);
+        EXPECT_EQ(recorded.count("sleep 1"), 0) << "nothing to pass";
+    }
+    EXPECT_EQ(log_count("velmor_diag_cmd_send_with_result_wait_thread_proc"), 0U) << "nobody waits";
 }
-INSTANTIATE_TEST_SUITE_P(All, DiagFailure, testing::ValuesIn(kFailures),
-                         [](const auto& row) { return row.param.catches; });
 
 // ---- Blocks that two threads know ----
 
@@ -484,19 +425,6 @@ TEST(DiagBlocks, BlockIsReplacedWhileItIsCopied)
     EXPECT_EQ(allocated(), before);
     for (int i = 0; i < 3; ++i) diag_rsp_replace(place, block_of(kBlock, i));
     EXPECT_LT(allocated(), before + 2 * kBlock) << "what nobody copies goes at once";
-}
-
-TEST_F(DiagSend, AnswerOfManyPacketsIsGoneWithItsSend)
-{
-    std::string packets;
-    for (int i = 0; i < 256; ++i) packets += packet_of(i % 251, 4096);
-    scenario(response("7C", packets + packet_of(1, 1)));
-    setenv("RBK_LOGCAT", "/dev/null", 1);
-    set_property("persist.vendor.radio.adb_log_shell", "0");
-    EXPECT_EQ(send(Mode::dci, {0x99}, 100).len, 0);
-    const std::size_t before = allocated();
-    EXPECT_EQ(send(Mode::dci, {0x7C}).len, kRoom);
-    EXPECT_LT(allocated(), before + 512 * 1024) << "the answer alone has a megabyte";
 }
 
 }  // namespace

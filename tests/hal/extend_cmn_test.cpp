@@ -1,7 +1,9 @@
-// The common requests: limits, records on the wire, and the counters of restarts.
+// The common requests, the counters of restarts, and the clients of sar and nas: what one run of the shell never does.
 #include "velmor_extend_cmn.h"
 
 #include "hal/exchanges.h"
+#include "services/nas_v01.h"
+#include "velmor_extend_sar_nas.h"
 #include "velmor_utils_cmn.h"
 
 namespace rbk::test {
@@ -47,21 +49,15 @@ TEST_F(ExtendCommon, ValuesAreJudgedAndRecordsGoOutWhole)
 
 TEST_F(ExtendCommon, EachKnownBitHasItsCounter)
 {
-    const auto counted = [this](std::int32_t flag) {
-        log();
-        velmor_save_modem_ssr_count(flag);
-        std::string types;
-        for (const std::string& line : log())
-            if (const std::size_t at = line.find("ssr_type = 0x"); at != std::string::npos)
-                types += line.substr(at + 10, 11);
-        return types;
-    };
-    EXPECT_EQ(counted(0x1001), " 0x00000001 0x00001000");
-    EXPECT_EQ(counted(0x7FFFFFFF),
+    velmor_save_modem_ssr_count(0x7FFFFFFF);
+    velmor_save_modem_ssr_count(-1);  // no mask
+    std::string types;
+    for (const std::string& line : log())
+        if (const std::size_t at = line.find("ssr_type = 0x"); at != std::string::npos)
+            types += line.substr(at + 10, 11);
+    EXPECT_EQ(types,
               " 0x00000001 0x00000002 0x00000004 0x00000008 0x00000010 0x00000020 0x00000040 0x00000080 0x00000100"
-              " 0x00001000 0x00002000 0x00010000 0x00020000 0x00040000 0x00080000");
-    EXPECT_EQ(counted(-1), " 0xFFFFFFFF") << "a negative one is no mask";
-    EXPECT_EQ(velmor_get_property_value_from_int("persist.radio.ssr_count_0x00001000", nullptr, 0), 2);
+              " 0x00001000 0x00002000 0x00010000 0x00020000 0x00040000 0x00080000 0xFFFFFFFF");
 }
 
 TEST_F(ExtendCommon, CounterGoesOnFromWhatStandsThere)
@@ -73,6 +69,45 @@ TEST_F(ExtendCommon, CounterGoesOnFromWhatStandsThere)
         velmor_update_modem_ssr_count(0x1000);
         EXPECT_EQ(velmor_get_property_value_from_int(name.c_str(), nullptr, 0), then) << stands;
     }
+}
+
+// ---- SAR and NAS ----
+
+TEST_F(ExtendCommon, DsiIsBelievedAsFarAsItsAnswerTells)
+{
+    expect("sar",
+           {{"FlagNeeded", velmor_get_sar_dsi, {raw(tlv(2, "00000000"))}, 0, "", "dsi vailid = 0 , dsi value = 0"},
+            {"RefusalHeeded", [] { return velmor_set_sar_dsi(7); }, {"'error'\ncode = 48"}, 0}});
+    EXPECT_EQ(log_count("velmor_get_sar_dsi: function"), 0U) << "the one operation without traces";
+}
+
+// Either request that fails drops the client: the lost one would fail for good.
+TEST_F(ExtendCommon, FailedSarSendOpensANewClientNextTime)
+{
+    scenario(
+        "[modem]\nrestart_ms = 0\n[sar]\ndsi = 9\n"
+        "[[fault]]\nservice = 'sar'\nmessage = 2\nnth = 1\naction = 'down'\n"
+        "[[fault]]\nservice = 'sar'\nmessage = 1\nnth = 1\naction = 'down'\n");
+    EXPECT_EQ(velmor_get_sar_dsi(), -1);
+    EXPECT_TRUE(wait_until([] { return velmor_get_sar_dsi() == 9; }));
+    EXPECT_EQ(velmor_set_sar_dsi(3), -2);
+    EXPECT_TRUE(wait_until([] { return velmor_set_sar_dsi(3) == 0; }));
+}
+
+TEST_F(ExtendCommon, ClientOfAScanLivesForOneRequestThatIsWorthIt)
+{
+    nas_perform_network_scan_req_msg_v01 request{};
+    nas_perform_network_scan_resp_msg_v01 response{};
+    const auto scan = [&](const void* asked, void* answered) {
+        return velmor_send_nas_qmi_req_msg(33, asked, sizeof request, answered, sizeof response, 10000);
+    };
+    EXPECT_EQ(scan(nullptr, &response), -1);
+    EXPECT_EQ(scan(&request, nullptr), -1);
+    EXPECT_EQ(log_count("qmi_request is NULL") + log_count("qmi_response is NULL"), 2U);
+    EXPECT_EQ(log_count("velmor_qmi_client_recovery, qmi_client_ptr (nil)"), 2U);
+    EXPECT_EQ(scan(&request, &response), 0);
+    EXPECT_EQ(response.scan_result_valid, 1);
+    EXPECT_EQ(scan(&request, &response), -1) << "the stale handle is refused";
 }
 
 }  // namespace

@@ -50,6 +50,16 @@ std::string packed(std::string tlvs)
 constexpr auto kSoftware = PDC_CONFIG_TYPE_MODEM_SW_V01;
 pdc_config_pdc_info selected;
 const auto get_selected = [] { return pdc_get_current_config_ex(&selected, kSoftware, 0); };
+// On a stack whose places hold something.
+[[gnu::noinline]] void fill_the_stack()
+{
+    volatile std::uint8_t bytes[20000];
+    for (volatile std::uint8_t& byte : bytes) byte = 1;
+}
+const auto get_selected_on_a_used_stack = [] {
+    fill_the_stack();
+    return get_selected();
+};
 const auto select_known = [] {
     pdc_config_pdc_info known{20, {}};
     std::ranges::copy(bytes_of(kId), known.config_id);
@@ -95,6 +105,8 @@ const OutcomeCase kOutcomeCases[] = {
      End::timer, "failed to get message c_struct len"},
     {"IndicationWithoutHandlerIsAFault", get_selected,
      ind_rule(34, "indicate", "indication = 41\nbytes = '010400'\nalso = true\n"), 0, End::indication, "msg_id: 0x29"},
+    {"AnswerReadThatNeverCame", get_selected_on_a_used_stack, rule(34, "down"), -1, End::timer,
+     "timer_timeout_proc: get_sel is"},
     {"SelectErrorOfTheResponseEndsIt", select_known, rule(35, "error", "code = 25\n"), -1, End::timer, "sel_config is"},
     {"FailedActivateStaysBusy", activate, rule(39, "raw", "bytes = 'FF'\n"), -1, End::response, "config, errno: -1"},
     {"ActivateOfOtherTypesAwaitsNothing", activate_other, rule(39, "indicate", "bytes = '0102000700'\n"), -1,
@@ -142,7 +154,9 @@ TEST_F(PdcClient, FailedSelectAndDeactivateStayBusyUntilTheClientIsOpenedAgain)
 
 TEST_F(PdcClient, LateResultIsTheNextRequests)
 {
-    open(ind_rule(34, "silent") + ind_rule(35, "silent"));
+    open(ind_rule(34, "silent", "from = 2\n") + ind_rule(35, "silent"));
+    EXPECT_EQ(get_selected(), 0);
+    EXPECT_EQ(calls(), kStartedAndStopped);
     pdc_result_ind_v01 good{};
     qmi_pdc_select_config_ind_hdlr_ex(&good, sizeof good);
     EXPECT_EQ(select_known(), 0);

@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <set>
+#include <thread>
 
 #include "support/group_test.h"
 #include "support/no_threads.h"
+#include "velmor_mbn_utils.h"
 #include "velmor_rbk_groups.h"
 #include "velmor_rbk_smart_test.h"
 #include "velmor_rbk_test_cmn.h"
@@ -49,16 +52,11 @@ class ShellTest : public GroupTest {
 TEST_F(ShellTest, EachEntryChecksTheGroupThatItIsCalledWith)
 {
     // From group 3 on.
-    const Entry entries[] = {velmor_test_rf_do,
-                             velmor_test_nvefs_do,
-                             velmor_test_cmn_do,
-                             velmor_test_qmi_send_data_do,
-                             velmor_test_modem_stats_do,
-                             velmor_test_at_cmd_do,
-                             velmor_test_qmi_modem_stats_do,
-                             velmor_test_mbn_do,
-                             velmor_smart_test_do,
-                             velmor_test_qmi_do};
+    // clang-format off
+    const Entry entries[] = {
+        velmor_test_rf_do, velmor_test_nvefs_do, velmor_test_cmn_do, velmor_test_qmi_send_data_do, velmor_test_modem_stats_do,
+        velmor_test_at_cmd_do, velmor_test_qmi_modem_stats_do, velmor_test_mbn_do, velmor_smart_test_do, velmor_test_qmi_do};
+    // clang-format on
     for (int group = 3; group <= 12; ++group) {
         const std::string text = said(entries[group - 3], group == 8 ? Words{"13", "1"} : Words{"13", "1", "0"});
         const std::string note = "_do: note: the first parameters should be " + std::to_string(group) +
@@ -99,13 +97,12 @@ TEST_F(ShellTest, AtCommandGoesToTheDeviceBesideAThreadThatReceives)
         setenv("RBK_TEST_SYSTEM", row.answer.c_str(), 1);
         const std::string command = row.word.substr(0, row.word.find(' '));
         const std::string line = "echo \"" + command + "\r\" > /dev/smd8";
-        std::string expected = "7" + kDo + "At cmd you input: " + row.scanned + command + "\n";
-        expected += "7" + kDo + "Will create a thread to receive data from serial\n";
-        expected += "7" + kSend + "at shell cmd: " + line + "\n";
-        expected += "7" + kSend + "echo, ret_sys: " + row.answer + "\n";
-        expected += (row.answer == "0" ? "7" + kSend + "Success" : "3" + kSend + "Fail") + " to send at shell cmd\n";
-        expected += kStarted + "3" + kReceive + "The at channel is not opened, g_at_serial_fd 0\n";
-        EXPECT_EQ(said(velmor_test_at_cmd_do, {"8", row.word}), expected);
+        EXPECT_EQ(said(velmor_test_at_cmd_do, {"8", row.word}),
+                  "7" + kDo + "At cmd you input: " + row.scanned + command + "\n7" + kDo +
+                      "Will create a thread to receive data from serial\n7" + kSend + "at shell cmd: " + line + "\n7" +
+                      kSend + "echo, ret_sys: " + row.answer + "\n" +
+                      (row.answer == "0" ? "7" + kSend + "Success" : "3" + kSend + "Fail") + " to send at shell cmd\n" +
+                      kStarted + "3" + kReceive + "The at channel is not opened, g_at_serial_fd 0\n");
         EXPECT_FALSE(screen_.ends_with(help_of(8)));
         Words made = calls();
         std::erase(made, "sleep 1");  // the poll, when the other thread is late
@@ -161,6 +158,74 @@ TEST_F(ShellTest, EidIsSavedOnceInAProcess)
     EXPECT_EQ(log_count("save_eid_to_efs: EID already saved, skip"), 1U);
 }
 
+// ---- Group 10 ----
+
+TEST_F(ShellTest, OtherTypesOfConfigurationsReachNobody)
+{
+    EXPECT_EQ(velmor_refresh_mbn(1, 2), 0);
+    EXPECT_EQ(velmor_reactivate_mbn(1, 2), -1);
+    velmor_mbn_deactivate_config(2, PDC_CONFIG_TYPE_MODEM_SW_V01);
+    velmor_mbn_deactivate_config(1, static_cast<pdc_config_type_enum_v01>(2));
+    for (const char* words :
+         {"velmor_refresh_mbn: config_type is invalid\n", "velmor_reactivate_mbn: config_type is invalid\n",
+          "sub is invalid, sub: 2\n", "config_type is invalid, config_type: 2\n"})
+        EXPECT_EQ(log_count(words), 1U) << words;
+    EXPECT_EQ(log_count("3 [velmor_mbn_utils.cpp"), 2U) << "the operations of this group alone complain aloud";
+    EXPECT_TRUE(trace().empty());
+}
+
+TEST_F(ShellTest, ConfigurationClientIsOpenedOnceUnlessForced)
+{
+    setenv("RBK_TEST_DIVISOR", "1", 1);  // no timer of 5 seconds may run out
+    EXPECT_EQ(velmor_mbn_init(0), 0);
+    EXPECT_EQ(velmor_mbn_init(0), 0);
+    EXPECT_EQ(log_count("pdc init have been done, do nothing"), 1U);
+    EXPECT_EQ(log_count("Release client connection to PDC"), 0U);
+    g_pdc_info_ex.get_sel.is_get_sel_handling = 1;
+    EXPECT_EQ(velmor_mbn_init(1), 0);
+    EXPECT_EQ(log_count("Release client connection to PDC"), 1U);
+    EXPECT_EQ(log_count("start velmor pdc init, g_velmor_pdc_init_status = 0, force_init = 1"), 1U);
+    EXPECT_EQ(g_pdc_info_ex.get_sel.is_get_sel_handling, 0);
+}
+
+TEST_F(ShellTest, PdcNotifyWithoutAWaiterIsLostAndTheNextOneFreesIt)
+{
+    void* params = qcril_malloc_adv(8);
+    *static_cast<std::int32_t*>(params) = 1;
+    std::thread waiter([params] { velmor_qcril_pdc_test_thread_proc(params); });
+    EXPECT_TRUE(wait_until([&] { return log_count("velmor_pdc_test_req: pdc_test, wait ...") == 1; }));
+    g_pdc_info_ex.mutex.lock();  // has been given up by the sleeper
+    g_pdc_info_ex.mutex.unlock();
+    EXPECT_EQ(log_count("velmor_pdc_test_rsp: pdc_test, notify_one"), 1U);
+    EXPECT_EQ(log_count("velmor_pdc_test_req: pdc_test, wait end"), 0U);
+    velmor_pdc_test_rsp(1);
+    waiter.join();
+    EXPECT_EQ(log_count("velmor_pdc_test_req: pdc_test, wait end"), 1U);
+    EXPECT_EQ(calls(), Words{"sleep 3"});
+}
+
+// Shortened so that the whole of the thousand seconds is one. The first flag notifies from the main side too.
+TEST_F(ShellTest, PdcMainSideNotifiesAfterTenSecondsAndStaysForAThousand)
+{
+    setenv("RBK_TEST_DIVISOR", "1000", 1);
+    const std::string notified = "velmor_pdc_test_rsp: pdc_test, notify_one";
+    EXPECT_EQ(shown({"10", "31", "1"}), "");
+    const std::string told = read_file(home() / "log");
+    EXPECT_LT(told.find("velmor_modem_wait_s: wait-end(10s)"), told.rfind(notified));
+    EXPECT_LT(told.rfind(notified), told.find("velmor_modem_wait_s: wait-end(1000s)"));
+    EXPECT_EQ(log_count(notified), 2U) << "the thread's own came before";
+
+    calls();  // the thread's own may be missing: a notify that comes before it waits is lost
+    EXPECT_EQ(shown({"10", "31", "0"}),
+              "RIL[velmor_mbn_utils.cpp:N] velmor_qcril_pdc_test_thread_proc: flag is invalid, do nothing\n");
+    const Words waits = calls();
+    EXPECT_EQ(std::multiset(waits.begin(), waits.end()),
+              (std::multiset<std::string>{"sleep 10", "sleep 1000", "sleep 3"}));
+    EXPECT_EQ(log_count(notified), 2U) << "no other flag notifies";
+    EXPECT_EQ(velmor_qcril_pdc_test_thread_proc(nullptr), nullptr);
+    EXPECT_TRUE(trace().empty());
+}
+
 // ---- Group 11: tests of the shell's own mechanisms ----
 
 TEST_F(ShellTest, SharedMemoryShowsWhatLiesThere)
@@ -170,22 +235,21 @@ TEST_F(ShellTest, SharedMemoryShowsWhatLiesThere)
     write_file(file, "\x01\xFF\x03");
     const std::tuple<std::string, int, std::string> rows[] = {
         {file, 100,
-         "7 ftruncate, ret: 0\n7 mmap, data_ptr: \n7 data_ptr[0]: 1\n7 data_ptr[1]: 255\n7 data_ptr[2]: 3\n"
-         "7 data_ptr[3]: 0\n7 data_ptr[4]: 0\n7 munmap, ret: 0\n3 close fd\n"},
+         "7 ftruncate, ret: 0\n7 data_ptr[0]: 1\n7 data_ptr[1]: 255\n7 data_ptr[2]: 3\n7 data_ptr[3]: 0\n"
+         "7 data_ptr[4]: 0\n7 munmap, ret: 0\n3 close fd\n"},
         {"/dev/null", 100, "7 ftruncate, ret: -1\n3 ftruncate error\n3 close fd\n"},
-        {file, 0, "7 ftruncate, ret: 0\n7 mmap, data_ptr: \n3 mmap error\n3 close fd\n"},
+        {file, 0, "7 ftruncate, ret: 0\n3 mmap error\n3 close fd\n"},
     };
-    for (const auto& [path, size, told] : rows) {
+    for (const auto& [path, size, expected] : rows) {
         g_share_memory_file_path = path.c_str();
         g_share_memory_size = size;
-        std::string text;
+        std::string told;
         for (const std::string& line : lines_of(said(velmor_smart_test_do, {"11", "7"}))) {
-            std::string words = line.substr(line.find(": ") + 2);
-            for (const std::string number : {"open, fd: ", "mmap, data_ptr: "})
-                if (words.starts_with(number)) words = number;
-            text += line.substr(0, 2) + words + "\n";
+            const std::string words = line.substr(line.find(": ") + 2);
+            if (!words.starts_with("open, fd: ") && !words.starts_with("mmap, data_ptr: "))  // other each time
+                told += line.substr(0, 2) + words + "\n";
         }
-        EXPECT_EQ(text, "7 share_memory\n7 g_share_memory_file_path: " + path + "\n7 open, fd: \n" + told);
+        EXPECT_EQ(told, "7 share_memory\n7 g_share_memory_file_path: " + path + "\n" + expected);
         EXPECT_EQ(read_file(file).size(), size == 0 ? 0U : 100U);
     }
 }
@@ -195,12 +259,12 @@ TEST_F(ShellTest, TimerTestEndsWithItsTimer)
     setenv("RBK_TEST_DIVISOR", "20", 1);
     const std::string test = "7 velmor_smart_test_velmor_timer: ";
     const std::string text = said(velmor_smart_test_do, {"11", "8", "10"});
-    EXPECT_NE(text.find(test + "1 second has passed\n" + test + "2 seconds have passed\n"), std::string::npos);
-    std::string rest;
-    for (const std::string& line : lines_of(text)) rest += line.ends_with(" passed") ? "" : line + "\n";
-    EXPECT_EQ(rest, test + "Timer test start, timeout_s = 10\n" + test +
-                        "Start one timer(timer_id 1), will pause until this timer is expired ...\n" +
-                        "7 velmor_rbk_delay_timer_cb: The timer expired with ID 1\n" + test + "Timer test done\n");
+    EXPECT_TRUE(text.starts_with(test + "Timer test start, timeout_s = 10\n" + test +
+                                 "Start one timer(timer_id 1), will pause until this timer is expired ...\n" + test +
+                                 "1 second has passed\n" + test + "2 seconds have passed\n"))
+        << text;
+    EXPECT_NE(text.find("7 velmor_rbk_delay_timer_cb: The timer expired with ID 1\n"), std::string::npos);
+    EXPECT_TRUE(text.ends_with(" passed\n" + test + "Timer test done\n")) << text;
     const Words made = calls();
     EXPECT_EQ(made.front(), "timer_settime 10.000000000");
     EXPECT_EQ(std::count(made.begin(), made.end(), "timer_settime 0.000000000"), 1) << "its callback stops it";

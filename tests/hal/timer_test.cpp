@@ -50,18 +50,6 @@ TEST_F(TimerTest, StoppedOnesAreDisarmedAndTheOthersFire)
     EXPECT_EQ(log_count("velmor_timer_start_do: Set timer with ID 5, timeout_s = 360000\n"), 1U);
 }
 
-TEST_F(TimerTest, CallbackStopsItsOwnTimer)
-{
-    const auto stop_itself = [](sigval value) {  // which may be called before the start has listed it
-        EXPECT_TRUE(wait_until([&] {
-            return (g_fired += static_cast<int>(velmor_timer_stop(static_cast<uint32_t>(value.sival_int)))) == 1;
-        }));
-    };
-    EXPECT_EQ(velmor_timer_start(stop_itself, 0), 1U);
-    EXPECT_TRUE(wait_until([] { return g_fired == 1; }));
-    EXPECT_EQ(velmor_timer_stop(1), 0U);
-}
-
 TEST_F(TimerTest, FailuresOfTheSystemAreToldAndAStartThatFailsUsesItsNumberUp)
 {
     for (const char* operation : {"timer_create", "timer_settime"}) {

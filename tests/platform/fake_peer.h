@@ -12,6 +12,7 @@
 
 #include "platform/link/link_socket.h"
 #include "support/home.h"
+#include "support/test_clock.h"
 
 namespace rbk::test {
 
@@ -63,6 +64,14 @@ class FakePeer {
     Bytes room_ = Bytes(link::kLongestDatagram);
 };
 
+// Whether a call hasn't returned after a while, by the real clock.
+template <typename Result>
+bool still_waits(const std::future<Result>& call)
+{
+    ::poll(nullptr, 0, 20);
+    return call.wait_for(std::chrono::seconds(0)) == std::future_status::timeout;
+}
+
 class PeerTest : public HomeTest {
  protected:
     PeerTest() { setenv("RBK_MODEM", ("unix:" + (home() / "peer").string()).c_str(), 1); }
@@ -75,16 +84,18 @@ class PeerTest : public HomeTest {
         heard_ = peer_.hear();
         return result;
     }
+    // The clock goes on to the end of a call's time, up to which the call waits.
+    template <typename Result>
+    void pass_time(const std::future<Result>& call, std::chrono::seconds time)
+    {
+        test_clock::move_on(time - std::chrono::seconds(1));
+        peer_.say({}, {});  // whoever reads looks at the clock
+        EXPECT_TRUE(still_waits(call)) << "given up too early";
+        test_clock::move_on(std::chrono::seconds(1));
+        peer_.say({}, {});
+    }
     FakePeer peer_{home() / "peer"};
     Bytes heard_;
 };
-
-// Whether a call hasn't returned after a while, by the real clock.
-template <typename Result>
-bool still_waits(const std::future<Result>& call)
-{
-    ::poll(nullptr, 0, 20);
-    return call.wait_for(std::chrono::seconds(0)) == std::future_status::timeout;
-}
 
 }  // namespace rbk::test

@@ -1,4 +1,4 @@
-// The codec against messages written out by hand: every form of a row, and bytes that don't fit the tables.
+// The codec with bytes and structures that don't fit its tables. Those that fit: hal/tables_test.cpp.
 #include "platform/linux/idl_codec.h"
 
 #include <gtest/gtest.h>
@@ -51,12 +51,6 @@ constexpr idl_message messages[] = {idl_make<forms>(7, RESPONSE, forms_fields, k
                                     idl_empty(8, REQUEST)};
 IDL_PROVE(messages);
 
-// A message and its bytes. Padding is zero, as a decode leaves it.
-// clang-format off
-constexpr forms kFull = {{1, 52}, 2, {0x2211, 0x4433}, 1, {0xA1, 0xA2}, 1, 2,
-                         {{9, 1, 0x1234, 5, "ab", {}}, {8, 0, 0x5678, 6, "c", {}}},
-                         1, "Net", 0x0807060504030201, 1, 3, {0xC1, 0xC2, 0xC3}};
-// clang-format on
 const Bytes kResult = {0x02, 4, 0, 1, 0, 52, 0};
 const Bytes kNumbers = {0x01, 5, 0, 2, 0x11, 0x22, 0x33, 0x44};
 const Bytes kSerial = {0x03, 8, 0, 1, 2, 3, 4, 5, 6, 7, 8};
@@ -99,21 +93,17 @@ bool read(const Bytes& wire, forms& structure)
     return taken;
 }
 
-TEST(IdlCodec, ReadsAndWritesEachForm)
+TEST(IdlCodec, WritesWithinItsRoom)
 {
-    const Bytes in_order = kResult + kNumbers + kFixed + kPoints + kName + kSerial + kWide;
-    const Bytes optional_first = kWide + kName + kPoints + kFixed + kMandatory;
+    const Bytes wire = kResult + kNumbers + kFixed + kPoints + kName + kSerial + kWide;
     forms structure;
-    for (const Bytes& wire : {in_order, optional_first}) {
-        ASSERT_TRUE(read(wire, structure));
-        EXPECT_TRUE(structure == kFull);
-    }
+    ASSERT_TRUE(read(wire, structure));
     Bytes room(kLongest);
-    EXPECT_EQ(encode(messages[0], &kFull, room), in_order.size());
-    room.resize(in_order.size());
-    EXPECT_EQ(room, in_order);
+    EXPECT_EQ(encode(messages[0], &structure, room), wire.size());
+    room.resize(wire.size());
+    EXPECT_EQ(room, wire);
     for (std::size_t small = 0; small < room.size(); ++small)
-        EXPECT_FALSE(encode(messages[0], &kFull, std::span(room).first(small))) << "wrote past a room of " << small;
+        EXPECT_FALSE(encode(messages[0], &structure, std::span(room).first(small))) << "wrote past a room of " << small;
 
     structure.numbers_len = 4;
     room.resize(kLongest);
@@ -133,6 +123,7 @@ TEST(IdlCodec, TakesWhatFitsAndRefusesTheRest)
         Bytes wire;
         bool taken;
     } rows[] = {{"OptionalAskedFor", kMandatory, true},
+                {"OrderAskedFor", kWide + kName + kSerial + kNumbers + kResult, true},
                 {"MandatoryNotMissed", kResult + kNumbers, false},
                 {"UnknownTlvRefused", Bytes{0x77, 1, 0, 9} + kMandatory, true},
                 {"BytesBehindAValueRefused", kMandatory + Bytes{0x10, 3, 0, 1, 2, 3}, true},

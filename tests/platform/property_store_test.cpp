@@ -1,13 +1,17 @@
-// Properties: the store, and the library's two operations. What rbk-prop makes of them stands in sessions.txt.
+// Properties: the store, the library's two operations, and the home of both. What rbk-prop makes of them stands in
+// sessions.txt.
 #include "platform/linux/property_store.h"
 
 #include <cutils/properties.h>
+#include <pwd.h>
+#include <qmi_client.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <thread>
 
+#include "platform/linux/environment.h"
 #include "support/home.h"
 
 namespace rbk::test {
@@ -60,37 +64,47 @@ TEST_F(PropertyStoreTest, OneOfManySettersOfAReadOnlyNameWins)
     EXPECT_EQ(winners, 1);
 }
 
-TEST_F(PropertyStoreTest, GetHasItsDefaultsAndGivesBackWhatWasSet)
-{
-    EXPECT_EQ(property_set("persist.null", nullptr), 0);
-    EXPECT_EQ(property_set("persist.lines", "\n=\\\xff\n\n"), 0);
-    const std::string long_default(300, 'd');
-    const struct {
-        const char* catches;
-        const char* name;
-        const char* otherwise;
-        std::string value;
-    } rows[] = {{"ValueChanged", "persist.lines", "other", "\n=\\\xff\n\n"},
-                {"EmptyIsAValue", "persist.null", "other", "other"},
-                {"AbsentHasNoDefault", "persist.none", "other", "other"},
-                {"NullDefaultRead", "persist.none", nullptr, ""},
-                {"DefaultOverflows", "persist.none", long_default.c_str(), std::string(255, 'd')}};
-    for (const auto& row : rows) {
-        char room[PROPERTY_VALUE_MAX];
-        EXPECT_EQ(property_get(row.name, room, row.otherwise), static_cast<int>(row.value.size())) << row.catches;
-        EXPECT_EQ(room, row.value) << row.catches;
-    }
-}
-
-TEST_F(PropertyStoreTest, RefusalsOfSetAreToldOnceEach)
+TEST_F(PropertyStoreTest, TheLibraryBoundsDefaultsAndTellsARefusalOnce)
 {
     testing::internal::CaptureStderr();
-    EXPECT_EQ(property_set("ro.x", "1"), 0);
-    for (const char* value : {"2", "3"}) EXPECT_LT(property_set("ro.x", value), 0);
+    EXPECT_EQ(property_set("ro.null", nullptr), 0);
+    for (const char* value : {"1", "2"}) EXPECT_LT(property_set("ro.null", value), 0);
     EXPECT_LT(property_set("../x", "1"), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "rbk: ro.x is set already, and can be set once\n"
+              "rbk: ro.null is set already, and can be set once\n"
               "rbk: ../x: a property's name has letters, digits and .-_@: behind a letter or a digit\n");
+    EXPECT_EQ(property_set("persist.lines", "\n=\\\xff\n\n"), 0);
+    char room[PROPERTY_VALUE_MAX];
+    EXPECT_EQ(property_get("persist.lines", room, "other"), 6);
+    EXPECT_STREQ(room, "\n=\\\xff\n\n");
+    EXPECT_EQ(property_get("ro.null", room, nullptr), 0);
+    EXPECT_STREQ(room, "");
+    EXPECT_EQ(property_get("persist.none", room, std::string(300, 'd').c_str()), 255);
+    EXPECT_EQ(room, std::string(255, 'd'));
+}
+
+// A user whom the password database knows, and one whom nobody does. Other homes: sessions.txt.
+TEST_F(PropertyStoreTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
+{
+    for (const char* name : {"RBK_HOME", "XDG_STATE_HOME", "HOME"}) unsetenv(name);
+    std::string problem;
+    if (const passwd* entry = getpwuid(getuid())) {
+        EXPECT_EQ(platform::rbk_home(problem), std::filesystem::path(entry->pw_dir) / ".local/state/rbk");
+    }
+    setenv("RBK_TEST_NOBODY", "1", 1);
+    EXPECT_EQ(platform::rbk_home(problem), "");
+
+    std::filesystem::create_directory(home() / "empty");
+    std::filesystem::current_path(home() / "empty");
+    testing::internal::CaptureStderr();
+    char value[PROPERTY_VALUE_MAX];
+    EXPECT_EQ(property_get("persist.x", value, "otherwise"), 9);
+    EXPECT_LT(property_set("persist.x", "1"), 0);
+    constexpr qmi_idl_service_object extended{0xFFE4, 1, 1, IDL_LIBRARY_VERSION, 0, nullptr, 0};
+    uint32_t services = 0;
+    EXPECT_EQ(qmi_client_get_service_list(&extended, nullptr, nullptr, &services), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "rbk: " + problem + "\n");
+    EXPECT_TRUE(std::filesystem::is_empty("."));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "support/embedded_run.h"
 
-#include <bit>
 #include <cstdlib>
-#include <sstream>
 
 namespace rbk::test {
 
@@ -15,11 +13,6 @@ void EmbeddedRun::scenario(const std::string& text) const
 {
     write_file(home() / "scenario.toml", text);
     setenv("RBK_SCENARIO", (home() / "scenario.toml").c_str(), 1);
-}
-
-void EmbeddedRun::scale_timeouts(const char* factor)
-{
-    setenv("RBK_QMI_TIMEOUT_SCALE", factor, 1);
 }
 
 std::size_t EmbeddedRun::log_count(const std::string& words) const
@@ -69,31 +62,12 @@ std::string le(std::uint64_t number, int width)
 
 std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::string& data)
 {
-    return "010400" + le(qmi_id, 4) + "020400" + le(data_len, 4) + "102602" + data +
-           std::string(2 * 550 - data.size(), '0');
+    return tlv(1, le(qmi_id, 4)) + tlv(2, le(data_len, 4)) + tlv(0x10, data + std::string(2 * 550 - data.size(), '0'));
 }
 
 std::string tlv(std::uint8_t type, const std::string& value)
 {
     return le(type, 1) + le(value.size() / 2, 2) + value;
-}
-
-std::string stats_parameter(std::uint16_t sub, std::uint16_t second_word, std::uint32_t id, const std::string& value,
-                            int value_len)
-{
-    const std::size_t told = value_len >= 0 ? static_cast<std::size_t>(value_len) : value.size() / 2;
-    return le(sub, 2) + le(second_word, 2) + le(id, 4) + le(told, 2) + value;
-}
-
-std::string f32(float value)
-{
-    return le(std::bit_cast<std::uint32_t>(value), 4);
-}
-
-std::string raw_answer(const std::string& tlvs, int nth)
-{
-    const std::string which = nth == 0 ? "" : "nth = " + std::to_string(nth) + "\n";
-    return "[[fault]]\nservice = 'extended'\n" + which + "action = 'raw'\nbytes = '" + tlvs + "'\n";
 }
 
 }  // namespace rbk::test

@@ -2,10 +2,8 @@
 // the link and the copy of the log.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/home.h"
@@ -18,9 +16,8 @@ class EmbeddedRun : public HomeTest {
  public:
     EmbeddedRun();
 
-    // Both before the first use of the link: the environment is read once.
+    // Before the first use of the link: the environment is read once.
     void scenario(const std::string& text) const;
-    static void scale_timeouts(const char* factor);
 
     // How often `words` stand in the log of the whole case.
     std::size_t log_count(const std::string& words) const;
@@ -42,15 +39,5 @@ std::string tlv(std::uint8_t type, const std::string& value);
 
 // The TLVs of an envelope, in hex; `data` is hex too, filled up with zeros.
 std::string envelope(std::uint32_t qmi_id, std::uint32_t data_len, const std::string& data);
-
-// A rule of a scenario: the extended service answers its nth request, or each, with these TLVs.
-std::string raw_answer(const std::string& tlvs, int nth = 0);
-
-// One value of the statistics as it stands on the wire, in hex; `value_len` is what its count says, -1 for the truth.
-std::string stats_parameter(std::uint16_t sub, std::uint16_t second_word, std::uint32_t id, const std::string& value,
-                            int value_len = -1);
-
-// A float's four bytes, in hex.
-std::string f32(float value);
 
 }  // namespace rbk::test

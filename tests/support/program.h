@@ -53,4 +53,7 @@ std::string output_of(Action action)
 // The same text with each "name.cpp:108]" as "name.cpp:N]".
 std::string without_line_numbers(const std::string& text);
 
+// What show_help(group) prints: that group's lines between the two banners, or all of it for 0.
+std::string help_of(int group);
+
 }  // namespace rbk::test

@@ -8,6 +8,5 @@ namespace rbk::test::test_clock {
 
 void move_on(std::chrono::nanoseconds by);
 void stop();
-void go_on();
 
 }  // namespace rbk::test::test_clock

@@ -46,9 +46,4 @@ void stop()
     g_stopped_at = std::chrono::steady_clock::now();
 }
 
-void go_on()
-{
-    g_stopped_at = Time{};
-}
-
 }  // namespace rbk::test::test_clock

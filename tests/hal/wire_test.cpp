@@ -1,18 +1,22 @@
-// The message tables of the six services against tables.txt, which says in words what each message has on the wire. Each
-// is also written and read with bytes that all differ, and tells which of its TLVs it can do without.
-#include <gtest/gtest.h>
+// What stands on the wire against what is written of it. tables.txt says in words what each message of the six services
+// has; each is also written and read with bytes that all differ, and tells which of its TLVs it can do without. The blocks
+// of docs/wire.md are what a run of the command that they name sends and receives.
+#include <fstream>
+#include <sstream>
 
+#include "hal/exchanges.h"
 #include "platform/include/services/nas_v01.h"
 #include "platform/include/services/pdc_v01.h"
 #include "platform/include/services/sar_v01.h"
 #include "platform/include/services/uim_v01.h"
+#include "platform/link/link_socket.h"
 #include "platform/linux/idl_codec.h"
-#include "support/embedded_run.h"
 #include "support/program.h"
+#include "velmor_extend_nvefs.h"
 #include "velmor_extend_v01.h"
 #include "vs_v01.h"
 
-namespace rbk {
+namespace rbk::test {
 namespace {
 
 struct ServiceCase {
@@ -40,7 +44,7 @@ struct Sample {
             const std::size_t head = wire.size();
             wire.insert(wire.end(), {field.tlv, 0, 0});
             words += words.empty() ? " " : ", ";
-            words += test::hex({field.tlv}) + (field.optional ? "? " : " ") + field.name + " " + put(field, 0);
+            words += hex({field.tlv}) + (field.optional ? "? " : " ") + field.name + " " + put(field, 0);
             store_le(&wire[head + 1], static_cast<std::uint16_t>(wire.size() - head - 3));
         }
     }
@@ -91,7 +95,7 @@ TEST(Tables, EveryFieldStandsInItsPlace)
         for (const idl_message& message : std::span(service.messages, service.message_count)) {
             const Sample sample(message);
             const Bytes number = {static_cast<std::uint8_t>(message.id >> 8), static_cast<std::uint8_t>(message.id)};
-            const std::string head = name + (" 0x" + test::hex(number)) + kinds[message.kind];
+            const std::string head = name + (" 0x" + hex(number)) + kinds[message.kind];
             found += head + sample.words + "\n";
             SCOPED_TRACE(head);
 
@@ -109,10 +113,63 @@ TEST(Tables, EveryFieldStandsInItsPlace)
         }
     }
     std::string expected;
-    for (const std::string& line : test::lines_of(test::read_file(test::data_path("hal/tables.txt"))))
+    for (const std::string& line : lines_of(read_file(data_path("hal/tables.txt"))))
         if (!line.starts_with("#")) expected += line + "\n";
     EXPECT_EQ(found, expected);
 }
 
+// ---- docs/wire.md ----
+
+// The bytes of the block that opens with ```name, in hex.
+std::string block(const std::string& name)
+{
+    std::ifstream page(data_path("../docs/wire.md"));
+    std::string line, bytes;
+    while (std::getline(page, line) && line != "```" + name) {
+    }
+    while (std::getline(page, line) && line != "```") {
+        std::istringstream words(line.substr(0, line.find('|')));
+        for (std::string word; words >> word;) {
+            std::size_t count = 1;
+            if (word == "x" && words >> count) word = bytes.substr(bytes.size() - 2), --count;
+            bytes += times(count, word);
+        }
+    }
+    return bytes;
+}
+
+std::string packet(const link::ControlPacket& control)
+{
+    const auto packed = link::pack_control(control);
+    return hex({packed.begin(), packed.end()});
+}
+
+TEST(WirePage, LookupBlocksAreControlPackets)
+{
+    EXPECT_EQ(block("lookup"), packet({QRTR_TYPE_NEW_LOOKUP, 0xFFE4, 0, {}}));
+    EXPECT_EQ(block("new-server"), packet({QRTR_TYPE_NEW_SERVER, 0xFFE4, 1, {0, 5}}));
+    EXPECT_EQ(block("end-of-list"), packet({QRTR_TYPE_NEW_SERVER, 0, 0, {}}));
+    EXPECT_EQ(block("address").size(), 2 * link::kAddressSize);
+}
+
+class WireRun : public EmbeddedRun {};
+
+TEST_F(WireRun, MessagesAreThoseOfTheCommand)
+{
+    const std::string said = block("indication").substr(2 * 7);
+    scenario("[[indication]]\nservice = 'extended'\nmessage = 3\nafter_ms = 1\nbytes = '" + said + "'\n");
+    std::uint32_t len = 9;
+    EXPECT_EQ(velmor_nv_read(0, 550, room, &len), 0);
+    ASSERT_TRUE(wait_until([this] { return trace().size() == 3; }));
+    const std::vector<Traced> messages = trace();
+    // Flags, transaction, message, length; TLVs.
+    const auto datagram = [&](const std::string& head, std::size_t i) {
+        return head + le(messages[i].bytes.size() / 2, 2) + messages[i].bytes;
+    };
+    EXPECT_EQ(block("request"), datagram("0001000200", 0)) << messages[0].head;
+    EXPECT_EQ(block("response"), datagram("0201000200", 1)) << messages[1].head;
+    EXPECT_EQ(block("indication"), datagram("0400000300", 2)) << messages[2].head;
+}
+
 }  // namespace
-}  // namespace rbk
+}  // namespace rbk::test
