@@ -18,6 +18,8 @@
 
 namespace rbk::test {
 
+extern std::atomic<int> allocations;  // counted_new.cpp
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -101,6 +103,18 @@ constexpr char kIndication[] =
     "[[indication]]\nservice = 'extended'\nmessage = 3\nbytes = '01 04 00 06 00 00 00 02 04 00 02 00 00 00'\n";
 
 class QmiClient : public EmbeddedRun {};
+
+TEST_F(QmiClient, AllocatesNothingOnTheSendPathAfterTheFirst)
+{
+    unsetenv("RBK_TRACE");
+    const ModemProcess modem(home());
+    setenv("RBK_MODEM", modem.address().c_str(), 1);
+    qmi_client_handle client = open();
+    ASSERT_EQ(send(client), 0);
+    const int before = allocations;
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(send(client), 0);
+    EXPECT_EQ(allocations - before, 0);
+}
 
 // What depends on the carrier.
 class QmiClientOver : public QmiClient, public testing::WithParamInterface<const char*> {
