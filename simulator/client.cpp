@@ -11,7 +11,7 @@ bool Client::send(const ClientLimits& limits, link::Address from, ByteView head,
 {
     if (unsent_.empty()) {
         const link::SendResult result = socket_.send(from, head, body, false);
-        if (result != link::SendResult::would_block) return result == link::SendResult::sent;
+        if (result != link::SendResult::would_block) return true;
     }
     const std::size_t size = head.size() + body.size();
     if (!reserve(limits, size)) return false;
@@ -21,16 +21,14 @@ bool Client::send(const ClientLimits& limits, link::Address from, ByteView head,
     return true;
 }
 
-bool Client::send_unsent()
+void Client::send_unsent()
 {
     while (!unsent_.empty()) {
         const link::SendResult result = socket_.send(unsent_.front().from, unsent_.front().bytes, {}, false);
-        if (result == link::SendResult::would_block) return true;
-        if (result == link::SendResult::closed) return false;
+        if (result == link::SendResult::would_block) return;
         release(unsent_.front().bytes.size());
         unsent_.pop_front();
     }
-    return true;
 }
 
 bool Client::put_off(const ClientLimits& limits, EventLoop::TimerId timer, std::size_t size)

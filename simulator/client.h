@@ -27,11 +27,11 @@ class Client {
     ClientId id() const { return id_; }
     const link::LinkSocket& socket() const { return socket_; }
 
-    // Sends a datagram now, or keeps a copy until there is room. False when the client has to go: its end has closed, or
-    // it leaves too much unread.
+    // Sends a datagram now, or keeps a copy until there is room. False when the client has to go: it leaves too much
+    // unread. One that has closed its end hears nothing, and stays until all that it sent before has been read.
     bool send(const ClientLimits& limits, link::Address from, ByteView head, ByteView body);
-    // Sends what waits, as far as there is room. False when its end has closed.
-    bool send_unsent();
+    // Sends what waits, as far as there is room.
+    void send_unsent();
     bool has_unsent() const { return !unsent_.empty(); }
     // When the oldest datagram that waits was put off; only with has_unsent().
     EventLoop::Clock::time_point unsent_since() const { return unsent_.front().since; }

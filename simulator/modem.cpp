@@ -181,7 +181,7 @@ void Modem::on_ready(Client& client, std::uint32_t events)
 {
     if (client.leaving) return;
     if ((events & EPOLLOUT) != 0) {
-        if (!client.send_unsent()) return drop(client);
+        client.send_unsent();
         if (!client.has_unsent()) loop_.change(client.watch, EPOLLIN);
     }
     if ((events & ~static_cast<std::uint32_t>(EPOLLOUT)) == 0) return;

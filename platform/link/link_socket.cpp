@@ -161,7 +161,8 @@ std::optional<Datagram> LinkSocket::receive(std::span<std::uint8_t> buffer, bool
     ssize_t received;
     do {
         received = receive_once(buffer, peer, wait ? 0 : MSG_DONTWAIT);
-    } while (received < 0 && errno == EINTR);
+        // ECONNRESET, once: the far end has closed without reading all. What it sent before that still comes, and then its end.
+    } while (received < 0 && (errno == EINTR || (errno == ECONNRESET && carrier_ == Carrier::seqpacket)));
 
     closed = received == 0 ? carrier_ == Carrier::seqpacket : received < 0 && errno != EAGAIN && errno != EWOULDBLOCK;
     if (received <= 0 || static_cast<std::size_t>(received) > buffer.size()) return std::nullopt;

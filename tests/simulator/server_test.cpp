@@ -114,6 +114,28 @@ TEST_F(ServerTest, TellsADeadSocketOfAnotherUserFromALivingServer)
     ASSERT_EQ(::seteuid(::getuid()), 0);
 }
 
+// The modem comes to its requests when it is no longer there, be it that it had answers unread or that it gets none.
+TEST_F(ServerTest, HandlesAllThatAClientSentBeforeItWent)
+{
+    ModemProcess server(folder_.path());
+    for (const char* leaves_unread : {"", "extended 2 env 3: A1"}) {
+        WireClient going = connect(socket_);
+        going.lookup(0);
+        if (*leaves_unread != '\0') {
+            going.send(leaves_unread);
+            pollfd ready{going.socket().fd(), POLLIN, 0};
+            ASSERT_EQ(::poll(&ready, 1, 20000), 1);
+        }
+        ::kill(server.pid(), SIGSTOP);
+        for (const char* item : {"1", "2"})
+            going.send("extended 2 env 2: 02 00 h" + std::string(item) + " @108 w1 @120 A1");
+        going = WireClient({});
+        ::kill(server.pid(), SIGCONT);
+        EXPECT_TRUE(wait_until([&] { return exists(in_folder("modem/nv/0/2")); })) << leaves_unread;
+        std::filesystem::remove(in_folder("modem/nv/0/2"));
+    }
+}
+
 // ---- Descriptors ----
 
 // Idle connections, and files half read, up to what there is.
