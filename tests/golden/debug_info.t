@@ -177,6 +177,310 @@ $ inside velmor_extend_cmn.cpp rbk 7 1 1
 - -------- stats uim info end, cnt(221) --------
 > 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
 
+== The fields of version 0, and what more of the record is there
+| [debug_info]
+| record = '00 01 0100000000000000 11*300'
+$ rbk 7 1 1
+2 velmor_rbk_hydra_test.cpp velmor_test_modem_stats_get_debug_info_do: Get the debug info of modem_stats, mask = 0x1
+- UNPK[size:1], version = 0
+- -------- stats main info start --------
+- UNPK[size:1], g_modem_stats_feature_enable_status = 1
+- UNPK[size:8], g_unpk_version_not_support_num = 1
+- UNPK[size:8], g_modem_stats_cmd_ok_count = 1229782938247303441
+- UNPK[size:8], g_modem_stats_cmd_fail_count = 1229782938247303441
+- -------- stats main info end, cnt(26) --------
+- -------- stats diag info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:4], listener_event_num = 286331153
+- UNPK[size:1], listener_event_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- UNPK[size:4], listener_log_num = 286331153
+- UNPK[size:1], listener_log_state = 17
+- UNPK[size:8], listener_log_call_num = 1229782938247303441
+- UNPK[size:8], listener_log_parse_num = 1229782938247303441
+- UNPK[size:4], poll_update_call_num = 286331153
+- UNPK[size:4], poll_update_parse_num = 286331153
+- -------- stats diag info end, cnt(69) --------
+- -------- stats cm info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_call_event_call_num = 286331153
+- UNPK[size:4], listener_call_event_parse_num = 286331153
+- UNPK[size:4], listener_subs_event_call_num = 286331153
+- UNPK[size:4], listener_subs_event_parse_num = 286331153
+- UNPK[size:4], listener_ss_event_call_num = 286331153
+- UNPK[size:4], listener_ss_event_parse_num = 286331153
+- UNPK[size:4], listener_stats_event_call_num = 286331153
+- UNPK[size:4], listener_stats_event_parse_num = 286331153
+- UNPK[size:4], poll_update_rf_call_num = 286331153
+- UNPK[size:4], poll_update_rf_parse_num = 286331153
+- UNPK[size:4], poll_update_lte_call_num = 286331153
+- UNPK[size:4], poll_update_lte_parse_num = 286331153
+- UNPK[size:4], poll_update_nr5g_call_num = 286331153
+- UNPK[size:4], poll_update_nr5g_parse_num = 286331153
+- -------- stats cm info end, cnt(127) --------
+- -------- stats uim info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- -------- stats uim info end, cnt(137) --------
+> 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
+
+== The fields of version 1, and what more of the record is there
+| [debug_info]
+| record = '01 01 0100000000000000 11*300'
+$ rbk 7 1 1
+2 velmor_rbk_hydra_test.cpp velmor_test_modem_stats_get_debug_info_do: Get the debug info of modem_stats, mask = 0x1
+- UNPK[size:1], version = 1
+- -------- stats main info start --------
+- UNPK[size:1], g_modem_stats_feature_enable_status = 1
+- UNPK[size:8], g_unpk_version_not_support_num = 1
+- UNPK[size:8], g_modem_stats_cmd_ok_count = 1229782938247303441
+- UNPK[size:8], g_modem_stats_cmd_fail_count = 1229782938247303441
+- -------- stats main info end, cnt(26) --------
+- -------- stats diag info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:4], listener_event_num = 286331153
+- UNPK[size:1], listener_event_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- UNPK[size:4], listener_log_num = 286331153
+- UNPK[size:1], listener_log_state = 17
+- UNPK[size:8], listener_log_call_num = 1229782938247303441
+- UNPK[size:8], listener_log_parse_num = 1229782938247303441
+- UNPK[size:4], poll_update_call_num = 286331153
+- UNPK[size:4], poll_update_parse_num = 286331153
+- UNPK[size:8], listener_event_callback_num = 1229782938247303441
+- UNPK[size:8], listener_log_callback_num = 1229782938247303441
+- UNPK[size:4], lte_cell_id_invalid_num = 286331153
+- UNPK[size:4], nr5g_cell_id_invalid_num = 286331153
+- -------- stats diag info end, cnt(93) --------
+- -------- stats cm info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_call_event_call_num = 286331153
+- UNPK[size:4], listener_call_event_parse_num = 286331153
+- UNPK[size:4], listener_subs_event_call_num = 286331153
+- UNPK[size:4], listener_subs_event_parse_num = 286331153
+- UNPK[size:4], listener_ss_event_call_num = 286331153
+- UNPK[size:4], listener_ss_event_parse_num = 286331153
+- UNPK[size:4], listener_stats_event_call_num = 286331153
+- UNPK[size:4], listener_stats_event_parse_num = 286331153
+- UNPK[size:4], poll_update_rf_call_num = 286331153
+- UNPK[size:4], poll_update_rf_parse_num = 286331153
+- UNPK[size:4], poll_update_lte_call_num = 286331153
+- UNPK[size:4], poll_update_lte_parse_num = 286331153
+- UNPK[size:4], poll_update_nr5g_call_num = 286331153
+- UNPK[size:4], poll_update_nr5g_parse_num = 286331153
+- -------- stats cm info end, cnt(151) --------
+- -------- stats uim info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- -------- stats uim info end, cnt(161) --------
+> 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
+
+== The fields of version 2, and what more of the record is there
+| [debug_info]
+| record = '02 01 0100000000000000 11*300'
+$ rbk 7 1 1
+2 velmor_rbk_hydra_test.cpp velmor_test_modem_stats_get_debug_info_do: Get the debug info of modem_stats, mask = 0x1
+- UNPK[size:1], version = 2
+- -------- stats main info start --------
+- UNPK[size:1], g_modem_stats_feature_enable_status = 1
+- UNPK[size:8], g_unpk_version_not_support_num = 1
+- UNPK[size:8], g_modem_stats_cmd_ok_count = 1229782938247303441
+- UNPK[size:8], g_modem_stats_cmd_fail_count = 1229782938247303441
+- UNPK[size:8], hydra_system_heapi_mem_max_num = 1229782938247303441
+- UNPK[size:8], hydra_system_heapi_mem_cur_num = 1229782938247303441
+- UNPK[size:4], modem_statsi_cmd_q_count = 286331153
+- UNPK[size:4], modem_statsi_cmd_free_q_count = 286331153
+- -------- stats main info end, cnt(50) --------
+- -------- stats diag info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:4], listener_event_num = 286331153
+- UNPK[size:1], listener_event_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- UNPK[size:4], listener_log_num = 286331153
+- UNPK[size:1], listener_log_state = 17
+- UNPK[size:8], listener_log_call_num = 1229782938247303441
+- UNPK[size:8], listener_log_parse_num = 1229782938247303441
+- UNPK[size:4], poll_update_call_num = 286331153
+- UNPK[size:4], poll_update_parse_num = 286331153
+- UNPK[size:8], listener_event_callback_num = 1229782938247303441
+- UNPK[size:8], listener_log_callback_num = 1229782938247303441
+- UNPK[size:4], lte_cell_id_invalid_num = 286331153
+- UNPK[size:4], nr5g_cell_id_invalid_num = 286331153
+- UNPK[size:4], event_duration_ms_max = 286331153
+- UNPK[size:4], log_duration_ms_max = 286331153
+- UNPK[size:4], do_duration_ms_max = 286331153
+- UNPK[size:4], debug_call_num = 286331153
+- UNPK[size:4], debug_parse_num = 286331153
+- -------- stats diag info end, cnt(137) --------
+- -------- stats cm info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_call_event_call_num = 286331153
+- UNPK[size:4], listener_call_event_parse_num = 286331153
+- UNPK[size:4], listener_subs_event_call_num = 286331153
+- UNPK[size:4], listener_subs_event_parse_num = 286331153
+- UNPK[size:4], listener_ss_event_call_num = 286331153
+- UNPK[size:4], listener_ss_event_parse_num = 286331153
+- UNPK[size:4], listener_stats_event_call_num = 286331153
+- UNPK[size:4], listener_stats_event_parse_num = 286331153
+- UNPK[size:4], poll_update_rf_call_num = 286331153
+- UNPK[size:4], poll_update_rf_parse_num = 286331153
+- UNPK[size:4], poll_update_lte_call_num = 286331153
+- UNPK[size:4], poll_update_lte_parse_num = 286331153
+- UNPK[size:4], poll_update_nr5g_call_num = 286331153
+- UNPK[size:4], poll_update_nr5g_parse_num = 286331153
+- -------- stats cm info end, cnt(195) --------
+- -------- stats uim info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- -------- stats uim info end, cnt(205) --------
+> 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
+
+== The fields of version 3, and what more of the record is there
+| [debug_info]
+| record = '03 01 0100000000000000 11*300'
+$ rbk 7 1 1
+2 velmor_rbk_hydra_test.cpp velmor_test_modem_stats_get_debug_info_do: Get the debug info of modem_stats, mask = 0x1
+- UNPK[size:1], version = 3
+- -------- stats main info start --------
+- UNPK[size:1], g_modem_stats_feature_enable_status = 1
+- UNPK[size:8], g_unpk_version_not_support_num = 1
+- UNPK[size:8], g_modem_stats_cmd_ok_count = 1229782938247303441
+- UNPK[size:8], g_modem_stats_cmd_fail_count = 1229782938247303441
+- UNPK[size:8], hydra_system_heapi_mem_max_num = 1229782938247303441
+- UNPK[size:8], hydra_system_heapi_mem_cur_num = 1229782938247303441
+- UNPK[size:4], modem_statsi_cmd_q_count = 286331153
+- UNPK[size:4], modem_statsi_cmd_free_q_count = 286331153
+- -------- stats main info end, cnt(50) --------
+- -------- stats diag info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:4], listener_event_num = 286331153
+- UNPK[size:1], listener_event_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- UNPK[size:4], listener_log_num = 286331153
+- UNPK[size:1], listener_log_state = 17
+- UNPK[size:8], listener_log_call_num = 1229782938247303441
+- UNPK[size:8], listener_log_parse_num = 1229782938247303441
+- UNPK[size:4], poll_update_call_num = 286331153
+- UNPK[size:4], poll_update_parse_num = 286331153
+- UNPK[size:8], listener_event_callback_num = 1229782938247303441
+- UNPK[size:8], listener_log_callback_num = 1229782938247303441
+- UNPK[size:4], lte_cell_id_invalid_num = 286331153
+- UNPK[size:4], nr5g_cell_id_invalid_num = 286331153
+- UNPK[size:4], event_duration_ms_max = 286331153
+- UNPK[size:4], log_duration_ms_max = 286331153
+- UNPK[size:4], do_duration_ms_max = 286331153
+- UNPK[size:4], debug_call_num = 286331153
+- UNPK[size:4], debug_parse_num = 286331153
+- UNPK[size:4], cust_event_call_num = 286331153
+- UNPK[size:4], cust_event_parse_num = 286331153
+- -------- stats diag info end, cnt(145) --------
+- -------- stats cm info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_call_event_call_num = 286331153
+- UNPK[size:4], listener_call_event_parse_num = 286331153
+- UNPK[size:4], listener_subs_event_call_num = 286331153
+- UNPK[size:4], listener_subs_event_parse_num = 286331153
+- UNPK[size:4], listener_ss_event_call_num = 286331153
+- UNPK[size:4], listener_ss_event_parse_num = 286331153
+- UNPK[size:4], listener_stats_event_call_num = 286331153
+- UNPK[size:4], listener_stats_event_parse_num = 286331153
+- UNPK[size:4], poll_update_rf_call_num = 286331153
+- UNPK[size:4], poll_update_rf_parse_num = 286331153
+- UNPK[size:4], poll_update_lte_call_num = 286331153
+- UNPK[size:4], poll_update_lte_parse_num = 286331153
+- UNPK[size:4], poll_update_nr5g_call_num = 286331153
+- UNPK[size:4], poll_update_nr5g_parse_num = 286331153
+- -------- stats cm info end, cnt(203) --------
+- -------- stats uim info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- -------- stats uim info end, cnt(213) --------
+> 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
+
+== A version that nobody knows has the fields of the latest
+| [debug_info]
+| record = 'C8 01 0100000000000000 11*300'
+$ rbk 7 1 1
+2 velmor_rbk_hydra_test.cpp velmor_test_modem_stats_get_debug_info_do: Get the debug info of modem_stats, mask = 0x1
+- UNPK[size:1], version = 200
+- -------- stats main info start --------
+- UNPK[size:1], g_modem_stats_feature_enable_status = 1
+- UNPK[size:8], g_unpk_version_not_support_num = 1
+- UNPK[size:8], g_modem_stats_cmd_ok_count = 1229782938247303441
+- UNPK[size:8], g_modem_stats_cmd_fail_count = 1229782938247303441
+- UNPK[size:8], hydra_system_heapi_mem_max_num = 1229782938247303441
+- UNPK[size:8], hydra_system_heapi_mem_cur_num = 1229782938247303441
+- UNPK[size:4], modem_statsi_cmd_q_count = 286331153
+- UNPK[size:4], modem_statsi_cmd_free_q_count = 286331153
+- UNPK[size:4], g_hydra_log_mask = 286331153
+- UNPK[size:4], g_hydra_log_stats_mask = 286331153
+- -------- stats main info end, cnt(58) --------
+- -------- stats diag info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:4], listener_event_num = 286331153
+- UNPK[size:1], listener_event_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- UNPK[size:4], listener_log_num = 286331153
+- UNPK[size:1], listener_log_state = 17
+- UNPK[size:8], listener_log_call_num = 1229782938247303441
+- UNPK[size:8], listener_log_parse_num = 1229782938247303441
+- UNPK[size:4], poll_update_call_num = 286331153
+- UNPK[size:4], poll_update_parse_num = 286331153
+- UNPK[size:8], listener_event_callback_num = 1229782938247303441
+- UNPK[size:8], listener_log_callback_num = 1229782938247303441
+- UNPK[size:4], lte_cell_id_invalid_num = 286331153
+- UNPK[size:4], nr5g_cell_id_invalid_num = 286331153
+- UNPK[size:4], event_duration_ms_max = 286331153
+- UNPK[size:4], log_duration_ms_max = 286331153
+- UNPK[size:4], do_duration_ms_max = 286331153
+- UNPK[size:4], debug_call_num = 286331153
+- UNPK[size:4], debug_parse_num = 286331153
+- UNPK[size:4], cust_event_call_num = 286331153
+- UNPK[size:4], cust_event_parse_num = 286331153
+- -------- stats diag info end, cnt(153) --------
+- -------- stats cm info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_call_event_call_num = 286331153
+- UNPK[size:4], listener_call_event_parse_num = 286331153
+- UNPK[size:4], listener_subs_event_call_num = 286331153
+- UNPK[size:4], listener_subs_event_parse_num = 286331153
+- UNPK[size:4], listener_ss_event_call_num = 286331153
+- UNPK[size:4], listener_ss_event_parse_num = 286331153
+- UNPK[size:4], listener_stats_event_call_num = 286331153
+- UNPK[size:4], listener_stats_event_parse_num = 286331153
+- UNPK[size:4], poll_update_rf_call_num = 286331153
+- UNPK[size:4], poll_update_rf_parse_num = 286331153
+- UNPK[size:4], poll_update_lte_call_num = 286331153
+- UNPK[size:4], poll_update_lte_parse_num = 286331153
+- UNPK[size:4], poll_update_nr5g_call_num = 286331153
+- UNPK[size:4], poll_update_nr5g_parse_num = 286331153
+- -------- stats cm info end, cnt(211) --------
+- -------- stats uim info start --------
+- UNPK[size:1], init_state = 17
+- UNPK[size:1], listener_state = 17
+- UNPK[size:4], listener_event_call_num = 286331153
+- UNPK[size:4], listener_event_parse_num = 286331153
+- -------- stats uim info end, cnt(221) --------
+> 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
+
 == Statistics that are on and know all versions: no list is asked for
 | [debug_info]
 | record = '02 05 0000000000000000 1112131415161718 2122232425262728'
@@ -257,6 +561,20 @@ $ rbk 7 1 0
 1 velmor_rbk_hydra_test.cpp velmor_modem_stats_support_status_check: qmi response fail, result = 0, rsp_not_support.result = -6
 > 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:14 00*549
 > 0xFFE4 0x0002 3000 ms 01:04000000 02:00020000 10:1B 00*549
+
+== A number of logs is believed, and what lies past the answer is 0
+| [debug_info]
+| record = '01 01 0100000000000000 11*300'
+| [[fault]]
+| service = 'extended'
+| prefix = '1B'
+| action = 'raw'
+| bytes = '01 0400 00000000 02 0400 FC010000 10 2602 00*8 FFFF EE*540'
+$ sh rbk 7 1 0 | tail -n 65536 | sed -n '1p;250,251p;$p'
+- Diag logs to be upgraded[num:65535]:
+- log_id[248]: 0xEEEE
+- log_id[249]: 0x0000
+- log_id[65534]: 0x0000
 
 == A request for the record that fails
 | [[fault]]

@@ -14,6 +14,8 @@
 //   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
 //   $ text modem/marks/sync  a file of the home that is text, without its times
 //   $ put modem/card/1 word  writes such a file; $ remove PATH takes it or a folder away
+//   $ sh rbk 5 5 | wc        a line of the system's shell in a folder of the session's own, where RBK_HOME is "state": of
+//                            the runner's variables only the scenario's, and only output and status come of it
 //
 // What came of a command stands below it, in this order:
 //   1 velmor_rbk_test_rf.cpp main: text    a message of the screen with its level: 1 failure, 2 step, 8 for the user
@@ -113,6 +115,7 @@ class Session {
     // Runs one command; what came of it.
     Lines run(const std::string& command)
     {
+        if (command.starts_with("sh ")) return in_shell(command.substr(3));
         Lines words = words_of(command);
         const bool inside = words.at(0) == "inside";
         const bool traced = inside || words[0] == "traced";
@@ -127,14 +130,12 @@ class Session {
         if (program == "put") return write_file(home_.path() / words.at(0), words.at(1)), Lines{};
 
         for (const char* file : {"log", "trace", "calls"}) write_file(home_.path() / file, "");
-        if (!scenario_.empty()) write_file(home_.path() / "scenario.toml", scenario_);
         const bool is_shell = program != "rbk-prop";
         RunOptions options = this->options();
         if (is_shell && program != "rbk") options.name = program;
         const RunResult result = is_shell ? run_rbk(words, options) : run_rbk_prop(words, options);
         Lines lines = is_shell ? screen(result.out, traced, inside, traced_files) : bare(result.out);
-        for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
-        if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
+        append_end(lines, result);
         tell_requests_and_calls(lines);
         for (std::string& line : lines) line = masked(line);
         return lines;
@@ -144,10 +145,39 @@ class Session {
     RunOptions options() const
     {
         std::map<std::string, std::string> variables = watched_in(home_.path());
-        if (!scenario_.empty()) variables["RBK_SCENARIO"] = home_.path() / "scenario.toml";
+        variables["RBK_SCENARIO"] = write_scenario();
         variables["RBK_TEST_SENDS"] = home_.path() / "calls";
         for (const auto& [name, value] : variables_) variables[name] = value;
         return {.variables = variables};
+    }
+
+    // Its path; empty where the session has none.
+    std::string write_scenario() const
+    {
+        if (scenario_.empty()) return "";
+        write_file(home_.path() / "scenario.toml", scenario_);
+        return home_.path() / "scenario.toml";
+    }
+
+    Lines in_shell(const std::string& line) const
+    {
+        const std::filesystem::path folder = home_.path() / "folder";
+        std::filesystem::create_directory(folder);
+        std::string path = getenv("PATH");
+        for (const std::filesystem::path program : {rbk_path(), bin_path("rbk-prop")})
+            path.insert(0, program.parent_path().string() + ":");
+        const RunResult result =
+            test::run({"/bin/sh", "-c", "cd " + folder.string() + "\n" + line},
+                      {{{"PATH", path}, {"RBK_HOME", "state"}, {"RBK_SCENARIO", write_scenario()}, {"LC_ALL", "C"}}});
+        Lines lines = bare(result.out);
+        append_end(lines, result);
+        return lines;
+    }
+
+    static void append_end(Lines& lines, const RunResult& result)
+    {
+        for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
+        if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
     }
 
     std::string masked(std::string line) const

@@ -122,3 +122,17 @@ $ rbk 8 AT X
 $ rbk 8 AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA
 1 velmor_rbk_at_cmd.cpp velmor_test_at_cmd_do: note: the second parameters length should <= 100, Pls refer to the following cmd:
 @help 8
+
+== A command line without a slash is the shell's name
+$ traced kbr 2
+4 velmor_utils_cmn.cpp velmor_get_current_pid_info: function entry ------------->
+4 ^ proc_pid_path: /proc/N/cmdline
+4 ^ proc_pid_buf: kbr
+4 ^ proc_pid_buf should be name
+4 ^ str_pid_name: kbr
+4 ^ p_pid_info->p_name: kbr
+4 ^ close fp
+4 ^ p_id: N, p_name: kbr
+4 ^ function exit <-------------
+4 velmor_rbk_test_main.cpp velmor_modem_check_odm_white_list: VELMOR_MANUFACTURER_ID is VELMOR_MANUFACTURER_ID_VELMOR(1), p_id: N, p_name: kbr
+2 velmor_rbk_test_main.cpp main: Not support

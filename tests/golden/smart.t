@@ -243,6 +243,13 @@ $ rbk 11 7
 2 ^ open, fd: -1
 1 ^ shm_open error
 
+== A dead cycle spins one processor for ever
+$ sh ulimit -S -t 1; RBK_LOGCAT=log exec rbk 11 9 5
+exit 152
+$ sh grep -c ' start$' log; grep -e 'Will wait' -e ' end$' log
+- 2
+exit 1
+
 == Refusals reach nobody
 $ rbk 11
 1 velmor_rbk_smart_test.cpp velmor_smart_test_do: note: Too few parameters, Pls refer to the following cmd:

@@ -1,10 +1,11 @@
 // Group 7 where no session shows it: all layouts of the packet parser, which debug_info.txt has as a second parser that went
-// bit by bit read them, and debug records of all versions, whose lines are counted.
+// bit by bit read them.
 #include <algorithm>
 #include <cstring>
 
 #include "modem_stats_unpk.h"
-#include "support/group_test.h"
+#include "support/embedded_run.h"
+#include "support/program.h"
 
 namespace rbk::test {
 namespace {
@@ -63,59 +64,6 @@ TEST(StatsUnpk, BitsOutOfTwoWords)
         EXPECT_EQ(taken, *row.refusal == '\0') << row.catches;
         EXPECT_EQ(taken ? value : 0, row.value) << row.catches;
     }
-}
-
-// ---- Debug records ----
-
-class DebugInfo : public GroupTest {};
-
-// A record with the statistics on and one version unknown; all bytes behind these are alike.
-std::string record(int version)
-{
-    return "[debug_info]\nrecord = '" + le(static_cast<std::uint64_t>(version), 1) + "01" + le(1, 8) +
-           std::string(2 * 300, '1') + "'\n";
-}
-
-TEST_F(DebugInfo, RecordHasTheFieldsOfItsVersion)
-{
-    struct {
-        int version;
-        std::size_t lines;
-        std::string ends;  // the last field of each section, and the bytes read so far
-    } static const rows[] = {
-        {0, 45, "g_modem_stats_cmd_fail_count 26, poll_update_parse_num 69, "},
-        {1, 49, "g_modem_stats_cmd_fail_count 26, nr5g_cell_id_invalid_num 93, "},
-        {2, 58, "modem_statsi_cmd_free_q_count 50, debug_parse_num 137, "},
-        {3, 60, "modem_statsi_cmd_free_q_count 50, cust_event_parse_num 145, "},
-        {200, 62, "g_hydra_log_stats_mask 58, cust_event_parse_num 153, "},
-    };
-    for (const auto& row : rows) {
-        scenario(record(row.version));
-        const std::vector<std::string> lines = lines_of(shown({"7", "1", "1"}));
-        EXPECT_EQ(lines.size(), row.lines) << row.version;
-        std::string ends;
-        for (std::size_t i = 1; i < lines.size(); ++i) {
-            const std::size_t count = lines[i].find("info end, cnt(");
-            if (count == std::string::npos) continue;
-            const std::string field = lines[i - 1].substr(0, lines[i - 1].find(" = "));
-            ends += field.substr(field.rfind(' ') + 1) + " " + std::to_string(std::stoi(lines[i].substr(count + 14))) +
-                    ", ";
-        }
-        EXPECT_TRUE(ends.starts_with(row.ends)) << row.version << ": " << ends;
-    }
-}
-
-TEST_F(DebugInfo, NumberOfLogsIsBelievedAndWhatLiesPastTheAnswerIsZero)
-{
-    scenario(record(1) + "[[fault]]\nservice = 'extended'\nprefix = '1B'\naction = 'raw'\nbytes = '" +
-             envelope(0, 508, std::string(2 * 8, '0') + "FFFF" + std::string(2 * 540, 'E')) + "'\n");
-    const std::vector<std::string> lines = lines_of(shown({"7", "1", "0"}));
-    ASSERT_GT(lines.size(), 65535U);
-    const auto log = lines.end() - 65535;
-    EXPECT_EQ(log[-1], "Diag logs to be upgraded[num:65535]:");
-    EXPECT_EQ(log[248], "log_id[248]: 0xEEEE");
-    EXPECT_EQ(log[249], "log_id[249]: 0x0000");
-    EXPECT_EQ(log[65534], "log_id[65534]: 0x0000");
 }
 
 }  // namespace

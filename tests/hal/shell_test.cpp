@@ -1,7 +1,6 @@
 // What of the groups isn't a session (golden/*.t): entries called by another than main, threads that speak at once, the
 // shell's tests of its own mechanisms.
 #include <fcntl.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <atomic>
@@ -9,8 +8,9 @@
 #include <set>
 #include <thread>
 
-#include "support/group_test.h"
+#include "support/embedded_run.h"
 #include "support/no_threads.h"
+#include "support/program.h"
 #include "velmor_mbn_utils.h"
 #include "velmor_rbk_groups.h"
 #include "velmor_rbk_smart_test.h"
@@ -25,10 +25,21 @@ namespace opened {
 namespace rbk::test {
 namespace {
 
+using Words = std::vector<std::string>;
 using Entry = int (*)(int argc, char* argv[]);
 
-class ShellTest : public GroupTest {
+class ShellTest : public EmbeddedRun {
  protected:
+    ShellTest() { set_property("persist.vendor.radio.adb_log_shell", "11"); }
+
+    // What a run of the shell prints.
+    static std::string shown(const Words& words)
+    {
+        const RunResult result = run_rbk(words);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "");
+        return without_line_numbers(result.out);
+    }
     // What the entry says to these words on the screen, a line each: "7 operation: text\n", 7 being the priority in the
     // log. A thread that receives comes last.
     std::string said(Entry entry, Words words)
@@ -268,14 +279,6 @@ TEST_F(ShellTest, TimerTestEndsWithItsTimer)
     const Words made = calls();
     EXPECT_EQ(made.front(), "timer_settime 10.000000000");
     EXPECT_EQ(std::count(made.begin(), made.end(), "timer_settime 0.000000000"), 1) << "its callback stops it";
-}
-
-TEST_F(ShellTest, DeadCycleSpinsOneProcessorForEver)
-{
-    EXPECT_EQ(run({"/bin/sh", "-c", "ulimit -S -t 1; exec \"$0\" 11 9 5", rbk_path()}).status, 128 + SIGXCPU);
-    EXPECT_EQ(log_count("velmor_smart_test_dead_cycle_test: velmor_smart_test_dead_cycle_test start"), 1U);
-    EXPECT_EQ(log_count("velmor_smart_test_dead_cycle_test_do: velmor_smart_test_dead_cycle_test_do start"), 1U);
-    EXPECT_EQ(log_count("Will wait 1s") + log_count("_test_do end") + calls().size(), 0U) << "no way out, no sleep";
 }
 
 }  // namespace

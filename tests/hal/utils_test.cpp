@@ -62,13 +62,6 @@ TEST_F(UtilsTest, IdentityThatCannotBeReadHasANumberAndNoName)
     EXPECT_STREQ(velmor_utils_get_pid_name(), program_invocation_short_name) << "the record has an attempt of its own";
 }
 
-TEST_F(UtilsTest, CommandLineWithoutASlashIsTheName)
-{
-    const RunResult result = run_rbk({"2"}, {.name = "bench_shell"});
-    for (const char* words : {": proc_pid_buf should be name\n", ": p_pid_info->p_name: bench_shell\n"})
-        EXPECT_NE(result.out.find(words), std::string::npos) << words;
-}
-
 // ---- Properties ----
 
 TEST_F(UtilsTest, PropertiesAreBoundedAndNullArgumentsNamed)

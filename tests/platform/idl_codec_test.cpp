@@ -1,4 +1,4 @@
-// The codec with bytes and structures that don't fit its tables. Those that fit: hal/tables_test.cpp.
+// The codec with bytes and structures that don't fit its tables. Those that fit: hal/wire_test.cpp.
 #include "platform/linux/idl_codec.h"
 
 #include <gtest/gtest.h>

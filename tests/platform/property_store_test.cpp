@@ -1,5 +1,5 @@
 // Properties: the store, the library's two operations, and the home of both. What rbk-prop makes of them stands in
-// sessions.txt.
+// golden/host.t.
 #include "platform/linux/property_store.h"
 
 #include <cutils/properties.h>
@@ -83,7 +83,7 @@ TEST_F(PropertyStoreTest, TheLibraryBoundsDefaultsAndTellsARefusalOnce)
     EXPECT_EQ(room, std::string(255, 'd'));
 }
 
-// A user whom the password database knows, and one whom nobody does. Other homes: sessions.txt.
+// A user whom the password database knows, and one whom nobody does. Other homes: golden/host.t.
 TEST_F(PropertyStoreTest, WithoutAHomeNothingIsWrittenAndOneLineSaysSo)
 {
     for (const char* name : {"RBK_HOME", "XDG_STATE_HOME", "HOME"}) unsetenv(name);
