@@ -42,7 +42,6 @@ TEST_F(SystemLogTest, LinesReachTheCopyWhole)
         LOG_DEBUG, "fortified\n%s\n", "line");
     errno = ENOTDIR;
     say(vsyslog, LOG_DEBUG, "%m");
-    EXPECT_EQ(errno, ENOTDIR);
     Logger::log(LOG_ERR, "util", "%s %d", "text", 5);
     EXPECT_EQ(log(), (Lines{"3 plain 1", "7 fortified\\nline\\n", "7 Not a directory", "3 util: text 5"}));
     for (const std::size_t length : {1022u, 1023u, 1024u, 1025u, 100'000u}) {
@@ -73,11 +72,16 @@ TEST_F(SystemLogTest, SystemsLogGetsItsHeadAndIsNotWaitedFor)
 TEST_F(SystemLogTest, AbsentEndsAreNoHindrance)
 {
     testing::internal::CaptureStderr();
+    setenv("RBK_LOGCAT", "/dev/full", 1);
+    errno = ENOTDIR;
+    say(vsyslog, LOG_DEBUG, "lost");
+    EXPECT_EQ(errno, ENOTDIR) << "the caller's own";
     platform::SystemLog nowhere(path().c_str(), "");
     nowhere.write(LOG_ERR, "nobody hears this");
     platform::SystemLog standard_error(std::string(200, 'x').c_str(), "stderr");
     standard_error.write(LOG_ERR, "but this");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "3 but this\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "rbk: RBK_LOGCAT: No space left on device; given up\n3 but this\n");
 }
 
 TEST_F(SystemLogTest, MutexStillKeepsOthersOutAfterItsDestructor)
