@@ -1,6 +1,7 @@
 // Calls of the device's code on which cases decide races: who holds one up decides which thread comes first.
 #pragma once
 
+#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -19,6 +20,8 @@ namespace detail {
 // Never destroyed: threads outlive the end of main.
 struct InstalledHook {
     std::mutex mutex;
+    std::condition_variable idle;
+    int told = 0;  // calls under way
     CallHook call;
 };
 inline InstalledHook& installed_hook()
@@ -28,10 +31,14 @@ inline InstalledHook& installed_hook()
 }
 }  // namespace detail
 
-// Installs a hook while it lives; one at a time. A call that is being told is told to its end.
+// Installs a hook while it lives; one at a time. Its end waits for calls that are being told.
 class OnCalls {
  public:
-    explicit OnCalls(CallHook hook) { install(std::move(hook)); }
+    explicit OnCalls(CallHook hook)
+    {
+        const std::lock_guard lock(detail::installed_hook().mutex);
+        detail::installed_hook().call = std::move(hook);
+    }
     // Holds each such call up until a condition is met.
     OnCalls(std::string held, std::function<bool()> met)
         : OnCalls([held = std::move(held), met = std::move(met)](std::string_view call, const void*) {
@@ -39,27 +46,29 @@ class OnCalls {
           })
     {
     }
-    ~OnCalls() { install(nullptr); }
+    ~OnCalls()
+    {
+        detail::InstalledHook& hook = detail::installed_hook();
+        std::unique_lock lock(hook.mutex);
+        hook.call = nullptr;
+        hook.idle.wait(lock, [&] { return hook.told == 0; });
+    }
     OnCalls(const OnCalls&) = delete;
     OnCalls& operator=(const OnCalls&) = delete;
-
- private:
-    static void install(CallHook hook)
-    {
-        const std::lock_guard lock(detail::installed_hook().mutex);
-        detail::installed_hook().call = std::move(hook);
-    }
 };
 
 // For the wrapped calls.
 inline void tell_call(std::string_view call, const void* lock = nullptr)
 {
-    CallHook told;
-    {
-        const std::lock_guard guard(detail::installed_hook().mutex);
-        told = detail::installed_hook().call;
-    }
-    if (told) told(call, lock);
+    detail::InstalledHook& hook = detail::installed_hook();
+    std::unique_lock guard(hook.mutex);
+    if (!hook.call) return;
+    const CallHook told = hook.call;
+    ++hook.told;
+    guard.unlock();
+    told(call, lock);
+    guard.lock();
+    if (--hook.told == 0) hook.idle.notify_all();
 }
 
 }  // namespace rbk::test

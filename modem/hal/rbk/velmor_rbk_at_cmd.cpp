@@ -41,7 +41,7 @@ static void *velmor_test_at_cmd_receive(void *argument)
             LOG(1, "Failed to receive bytes from server");
         }
     }
-    g_at_rsp_done.store(1, std::memory_order_relaxed);
+    g_at_rsp_done.store(1, std::memory_order_release);  // the channel is the main thread's again
     return nullptr;
 }
 
@@ -97,7 +97,7 @@ int velmor_test_at_cmd_do(int argc, char *argv[])
         } else {
             velmor_test_at_cmd_send(command);
             // No limit: the receive thread alone ends the wait, and mostly has before the first look.
-            while (g_at_rsp_done.load(std::memory_order_relaxed) == 0) sleep(1);
+            while (g_at_rsp_done.load(std::memory_order_acquire) == 0) sleep(1);
             help_wanted = false;
         }
     }
