@@ -236,13 +236,6 @@ $ rbk 11 4 1
 $ rbk-prop get persist.radio.ssr_count_0x00001000 absent
 - absent
 
-== The shared memory's file has no folder but on a device
-$ rbk 11 7
-2 velmor_rbk_smart_test.cpp velmor_smart_test_share_memory: share_memory
-2 velmor_rbk_smart_test.cpp velmor_smart_test_sh_test_read: g_share_memory_file_path: /data/vendor/modem/share_memory
-2 ^ open, fd: -1
-1 ^ shm_open error
-
 == A dead cycle spins one processor for ever
 $ sh ulimit -S -t 1; RBK_LOGCAT=log exec rbk 11 9 5
 exit 152

@@ -241,6 +241,7 @@ TEST_F(ShellTest, PdcMainSideNotifiesAfterTenSecondsAndStaysForAThousand)
 
 TEST_F(ShellTest, SharedMemoryShowsWhatLiesThere)
 {
+    EXPECT_STREQ(g_share_memory_file_path, "/data/vendor/modem/share_memory");
     EXPECT_EQ(g_share_memory_size, 100);
     const std::string file = home() / "share_memory";
     write_file(file, "\x01\xFF\x03");
@@ -250,6 +251,7 @@ TEST_F(ShellTest, SharedMemoryShowsWhatLiesThere)
          "7 data_ptr[4]: 0\n7 munmap, ret: 0\n3 close fd\n"},
         {"/dev/null", 100, "7 ftruncate, ret: -1\n3 ftruncate error\n3 close fd\n"},
         {file, 0, "7 ftruncate, ret: 0\n3 mmap error\n3 close fd\n"},
+        {home() / "absent/file", 0, "3 shm_open error\n"},
     };
     for (const auto& [path, size, expected] : rows) {
         g_share_memory_file_path = path.c_str();
