@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstring>
 #include <functional>
 #include <thread>
@@ -412,6 +413,23 @@ TEST_F(QmiPeer, AFullLinkIsNoLostModemAndNoNumberIsUsedTwice)
     EXPECT_EQ(last.get(), 0);
     answer(heard_);
     EXPECT_EQ(first.get(), 0);
+}
+
+TEST_F(QmiPeer, ASignalEndsNoWait)
+{
+    start();
+    std::signal(SIGUSR1, [](int) {});
+    auto sent = begin([client = open()] { return send(client); });
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // here, so that it meets the one that waits
+    for (int i = 0; i < 20; ++i) {
+        ::kill(::getpid(), SIGUSR1);
+        std::this_thread::sleep_for(milliseconds(1));
+    }
+    answer(heard_);
+    EXPECT_EQ(sent.get(), 0);
 }
 
 TEST_F(QmiPeer, ARequestWaitsForItsTimeOutOnTheScaleOfTheRun)

@@ -45,6 +45,14 @@ TEST(Client, OneThatDoesNotReadIsDroppedAndStallsNobody)
     }
 }
 
+TEST(Client, WhatWasSentCountsNoMore)
+{
+    const RunningModem modem("[[fault]]\nservice = 'extended'\naction = 'delay'\nms = 1\n", std::nullopt,
+                             {10UL * 1024, milliseconds(60000)});
+    WireClient client = modem.connect();
+    for (int i = 0; i < 50; ++i) ASSERT_EQ(client.ask("extended 2 env 0: 01"), envelope("01"));
+}
+
 TEST(Client, DatagramsThatNoneIsAreDropped)
 {
     const RunningModem modem;

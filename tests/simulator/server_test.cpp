@@ -84,10 +84,13 @@ TEST_F(ServerTest, LeavesWhatOthersHavePutInItsPlace)
     listener.reset();
     EXPECT_TRUE(exists(socket_));
     EXPECT_TRUE(exists(socket_ + ".lock"));
-    // A server of another kind is one too.
-    const Fd stream = socket_at(in_folder("stream"), SOCK_STREAM, true);
-    EXPECT_EQ(Listener::open(in_folder("stream"), error), nullptr);
-    EXPECT_EQ(error, in_folder("stream") + ": a server listens there already");
+    // A server without a claim, and one of another kind.
+    for (const int kind : {SOCK_SEQPACKET, SOCK_STREAM}) {
+        const std::string path = in_folder("other" + std::to_string(kind));
+        const Fd other = socket_at(path, kind, true);
+        EXPECT_EQ(Listener::open(path, error), nullptr);
+        EXPECT_EQ(error, path + ": a server listens there already");
+    }
 }
 
 // As a user who may not connect: to root's sockets in a folder for all, or without root to a socket that nobody may.

@@ -182,6 +182,25 @@ scan_ms = 1
 < nas r85 02: w0
 ~ 4
 
+## An indication in the place of another doesn't come when that would
+[pdc]
+indication_ms = 30
+[[indication]]
+service = "pdc"
+message = 35
+after_ms = 1
+bytes = "10 01 00 A1"
+[[fault]]
+service = "pdc"
+on = "indication"
+message = 39
+action = "indicate"
+bytes = "11 01 00 B2"
+> pdc 27 01: w1
+< pdc r27 02: w0
+< pdc i23 10: A1
+< pdc i27 11: B2
+
 ## Outcomes and frames come before the answer that they follow
 [modem]
 restart_ms = 1

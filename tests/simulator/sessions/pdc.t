@@ -56,6 +56,18 @@ active = "EE"
 = pdc/sub1/active A1
 = pdc/sub0/pending BB
 
+## A selection that can't come into force is lost
+[pdc]
+indication_ms = 1
+[pdc.sub0]
+pending = "BB"
+$ mkdir -p pdc/sub0/active/in_the_way
+> pdc 27 01: w1
+< pdc r27 02: w0
+< pdc i27 01: h3
+! STATE/pdc/sub0/active: Is a directory
+= pdc/sub0/pending BB
+
 ## An id that isn't listed can't be selected though it is active, pending or was active
 [pdc]
 indication_ms = 1

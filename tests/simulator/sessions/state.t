@@ -108,9 +108,9 @@ $ ! test -e .new && rmdir tmp
 = nv/0/10 none
 
 ## What killed processes have left stays, or what they haven't goes
-$ dead=$(sh -c 'echo $$') && mkdir -p tmp/$dead-2/whole && touch tmp/$dead-1 tmp/$dead-2/whole/file tmp/notes tmp/$dead-01-31 tmp/$PPID-0
+$ dead=$(sh -c 'echo $$') && mkdir -p tmp/$dead-2/whole && touch tmp/$dead-1 tmp/$dead-2/whole/file tmp/notes tmp/$dead-01-31 tmp/$PPID-0 tmp/1-1
 ---
-$ rm tmp/notes tmp/*-01-31 tmp/$PPID-0
+$ rm tmp/notes tmp/*-01-31 tmp/$PPID-0 tmp/1-1
 # In a container each start may have the same number
 $ sh -c 'touch tmp/$$-1 && mkdir ../home && ln -s "$PWD" ../home/modem && exec "$RBK" 4 1 0 10' > ../out
 $ rmdir tmp
