@@ -168,6 +168,25 @@ packets = [ { fill = 3, size = 16384 }, { bytes = "" } ]
 > diag dci_send 1 7C
 < diag =-1
 
+## A packet comes for a client that isn't registered any more
+[[diag.response]]
+request = "4B"
+packets = [ { bytes = "B1", after_ms = 500 } ]
+[[diag.response]]
+request = "4C"
+packets = [ { bytes = "C1", after_ms = 500 } ]
+> diag dci_register 1
+< diag =1001
+> diag dci_register 2
+< diag =1001
+> diag dci_send 1 4B
+< diag =1001
+> diag dci_release 1
+< diag =1001
+> diag dci_send 2 4C
+< diag =1001
+< diag packet C1
+
 ## A stream outlives its registration or its library
 [[diag.stream]]
 kind = "log"

@@ -39,6 +39,13 @@ card = [ {}, { eid = "EID", eid_after = 2 } ]
 < uim r65 02: w0
 = card/2/eid_waits "1"
 
+## A slot is put on an eUICC that it doesn't have, or another one with it
+card = [ { eid = "EID" }, {} ]
+> uim 7A 01: 02 w3 w3
+< uim r7A 02: h1 h94
+> uim 65 01: 01
+< uim r65 02: h1 h25
+
 ## The switch file doesn't count at the next power-up, or counts before
 card = [ {}, { eid = "EID", eid_after = 0 } ]
 $ mkdir -p efs/1/nv/item_files/modem/uim/uimdrv && printf '\0\1' > efs/1/nv/item_files/modem/uim/uimdrv/esim_enable
