@@ -67,21 +67,16 @@ TEST_F(ExtendClient, AbsentServiceCostsItsSecondUntilItIsThere)
 
 TEST_F(ExtendClient, FirstRequestsOfManyThreadsShareOneClient)
 {
-    std::atomic<int> right{0};
     std::vector<std::thread> threads;
-    for (std::uint8_t t = 0; t < 8; ++t) {
-        threads.emplace_back([t, &right] {
-            for (std::uint8_t i = 0; i < 20; ++i) {
-                const std::uint8_t sent[] = {t, i};
-                std::uint8_t answer[2] = {};
-                std::uint32_t len = sizeof answer;
-                if (velmor_extend_qmi_send_sync(0, sent, sizeof sent, answer, &len) != 0) continue;
-                right += std::memcmp(sent, answer, sizeof sent) == 0 ? 1 : 0;
-            }
+    for (std::uint8_t sent = 0; sent < 8; ++sent) {
+        threads.emplace_back([sent] {
+            std::uint8_t answer = 99;
+            std::uint32_t len = 1;
+            EXPECT_EQ(velmor_extend_qmi_send_sync(0, &sent, 1, &answer, &len), 0);
+            EXPECT_EQ(answer, sent);
         });
     }
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(right, 8 * 20);
     EXPECT_EQ(log_count("QMI client inited"), 1U);
 }
 

@@ -73,13 +73,16 @@ TEST_F(PdcClient, ActivationOfAnotherTypeAwaitsItsIndication)
 TEST_F(PdcClient, FailedSelectAndDeactivateStayBusyUntilTheClientIsOpenedAgain)
 {
     scenario(kPhone + rule(43, "action = 'raw'\nnth = 1\nbytes = 'FF'"));
-    ASSERT_EQ(velmor_mbn_init(0), 0);
+    for (int i = 0; i < 2; ++i) ASSERT_EQ(velmor_mbn_init(0), 0);
+    EXPECT_EQ(log_count("pdc init have been done, do nothing"), 1U);
     pdc_config_pdc_info too_long{PDC_CONFIG_ID_MAX + 1, {}};
     EXPECT_EQ(pdc_select_config_ex(&too_long, kSoftware, 0), PDC_INVALID_CONFIG_ID);
     EXPECT_EQ(deactivate(), PDC_ERROR);
     for (const auto request : {+select_known, +deactivate}) EXPECT_EQ(request(), PDC_BUSY);
     EXPECT_EQ(requests().size(), 1U);
+    EXPECT_EQ(log_count("pdc_clean_ex"), 0U);
     ASSERT_EQ(velmor_mbn_init(1), 0);
+    EXPECT_EQ(log_count("start velmor pdc init, g_velmor_pdc_init_status = 0, force_init = 1"), 1U);
     EXPECT_EQ(log_count("pdc_clean_ex: Release client connection to PDC"), 1U);
     for (const auto request : {+select_known, +deactivate}) EXPECT_EQ(request(), 0);
 }

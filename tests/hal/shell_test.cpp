@@ -185,20 +185,6 @@ TEST_F(ShellTest, OtherTypesOfConfigurationsReachNobody)
     EXPECT_TRUE(trace().empty());
 }
 
-TEST_F(ShellTest, ConfigurationClientIsOpenedOnceUnlessForced)
-{
-    setenv("RBK_TEST_DIVISOR", "1", 1);  // no timer of 5 seconds may run out
-    EXPECT_EQ(velmor_mbn_init(0), 0);
-    EXPECT_EQ(velmor_mbn_init(0), 0);
-    EXPECT_EQ(log_count("pdc init have been done, do nothing"), 1U);
-    EXPECT_EQ(log_count("Release client connection to PDC"), 0U);
-    g_pdc_info_ex.get_sel.is_get_sel_handling = 1;
-    EXPECT_EQ(velmor_mbn_init(1), 0);
-    EXPECT_EQ(log_count("Release client connection to PDC"), 1U);
-    EXPECT_EQ(log_count("start velmor pdc init, g_velmor_pdc_init_status = 0, force_init = 1"), 1U);
-    EXPECT_EQ(g_pdc_info_ex.get_sel.is_get_sel_handling, 0);
-}
-
 TEST_F(ShellTest, PdcNotifyWithoutAWaiterIsLostAndTheNextOneFreesIt)
 {
     void* params = qcril_malloc_adv(8);

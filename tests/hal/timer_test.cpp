@@ -94,16 +94,5 @@ TEST_F(TimerTest, ListIsChangedUnderItsMutex)
     }
 }
 
-TEST_F(TimerTest, ThreadsStartSideBySide)
-{
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([] {
-            for (int n = 0; n < 50; ++n) velmor_timer_start(count, kNeverHere);
-        });
-    for (std::thread& thread : threads) thread.join();
-    for (uint32_t id = 1; id <= 200; ++id) EXPECT_EQ(velmor_timer_stop(id), 1U) << id;
-}
-
 }  // namespace
 }  // namespace rbk::test
