@@ -419,13 +419,13 @@ TEST_F(QmiPeer, ASignalEndsNoWait)
 {
     start();
     std::signal(SIGUSR1, [](int) {});
-    auto sent = begin([client = open()] { return send(client); });
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGUSR1);
-    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);  // here, so that it meets the one that waits
+    std::atomic<pthread_t> waiting{};
+    auto sent = begin([&, client = open()] {
+        waiting = ::pthread_self();
+        return send(client);
+    });
     for (int i = 0; i < 20; ++i) {
-        ::kill(::getpid(), SIGUSR1);
+        ::pthread_kill(waiting, SIGUSR1);
         std::this_thread::sleep_for(milliseconds(1));
     }
     answer(heard_);

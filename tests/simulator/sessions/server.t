@@ -98,7 +98,7 @@ $ env --ignore-signal=HUP rbk-modem --listen unix:s > out & AWAIT_READY; kill -H
 
 ## A living server's socket is taken over, or a dead one's isn't
 # Whoever may open the folder can lock it, and delays nobody
-$ exec 9<.; flock 9; rbk-modem --listen unix:s > out & AWAIT_READY; rbk-modem --listen unix:s; echo $?; AWAIT_READER; kill -KILL $!
+$ exec 9<.; flock 9; rbk-modem --listen unix:s > out & AWAIT_READY; rbk-modem --listen unix:s; echo $?; AWAIT_READER; kill -KILL $!; { wait $!; } 2> none || true
 | rbk-modem: s: a server listens there already
 | 1
 $ test -S s || exit 1; rbk-modem --listen unix:s > out & AWAIT_READY; AWAIT_READER; kill -TERM $!; END
