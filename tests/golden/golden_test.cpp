@@ -161,13 +161,12 @@ class Session {
 
     Lines in_shell(const std::string& line) const
     {
-        const std::filesystem::path folder = home_.path() / "folder";
-        std::filesystem::create_directory(folder);
+        const std::string folder = home_.path() / "folder";
         std::string path = getenv("PATH");
         for (const std::filesystem::path program : {rbk_path(), bin_path("rbk-prop")})
             path.insert(0, program.parent_path().string() + ":");
         const RunResult result =
-            test::run({"/bin/sh", "-c", "cd " + folder.string() + "\n" + line},
+            test::run({"/bin/sh", "-c", "mkdir -p " + folder + "; cd " + folder + "\n" + line},
                       {{{"PATH", path}, {"RBK_HOME", "state"}, {"RBK_SCENARIO", write_scenario()}, {"LC_ALL", "C"}}});
         Lines lines = bare(result.out);
         append_end(lines, result);

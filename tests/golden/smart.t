@@ -239,9 +239,9 @@ $ rbk-prop get persist.radio.ssr_count_0x00001000 absent
 == A dead cycle spins one processor for ever
 $ sh ulimit -S -t 1; RBK_LOGCAT=log exec rbk 11 9 5
 exit 152
-$ sh grep -c ' start$' log; grep -e 'Will wait' -e ' end$' log
-- 2
-exit 1
+$ sh sed -n 's/^.*\] \(.*\(start\|end\|Will wait.*\)\)$/\1/p' log
+- velmor_smart_test_dead_cycle_test: velmor_smart_test_dead_cycle_test start
+- velmor_smart_test_dead_cycle_test_do: velmor_smart_test_dead_cycle_test_do start
 
 == Refusals reach nobody
 $ rbk 11

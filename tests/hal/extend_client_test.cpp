@@ -70,10 +70,12 @@ TEST_F(ExtendClient, FirstRequestsOfManyThreadsShareOneClient)
     std::vector<std::thread> threads;
     for (std::uint8_t sent = 0; sent < 8; ++sent) {
         threads.emplace_back([sent] {
-            std::uint8_t answer = 99;
-            std::uint32_t len = 1;
-            EXPECT_EQ(velmor_extend_qmi_send_sync(0, &sent, 1, &answer, &len), 0);
-            EXPECT_EQ(answer, sent);
+            for (int i = 0; i < 20; ++i) {
+                std::uint8_t answer = 99;
+                std::uint32_t len = 1;
+                EXPECT_EQ(velmor_extend_qmi_send_sync(0, &sent, 1, &answer, &len), 0);
+                EXPECT_EQ(answer, sent);
+            }
         });
     }
     for (std::thread& thread : threads) thread.join();

@@ -18,8 +18,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Lines kStartedAndStopped = {"timer_settime 5.000000000", "timer_settime 0.000000000"};
-
 const std::string kPhone = "[pdc]\nindication_ms = 0\nconfig = [ { id = 'A1' } ]\n[pdc.sub0]\nactive = 'A1'\n";
 
 // What the modem does with a message, or with its indication.
@@ -171,7 +169,7 @@ TEST_F(PdcClient, ResultIsNotLostBetweenTheLookAndTheSleep)
         EXPECT_EQ(pdc_request_begin(kind.req_type), PDC_BUSY);
         EXPECT_EQ(pdc_request_wait(kind.req_type), kind.result);
         handler.join();
-        EXPECT_EQ(calls(), kStartedAndStopped);
+        EXPECT_EQ(calls(), (Lines{"timer_settime 5.000000000", "timer_settime 0.000000000"}));
         EXPECT_EQ(timer_of(kind), 0U);
     }
 }

@@ -67,30 +67,35 @@ TEST_F(TimerTest, FailuresOfTheSystemAreToldAndAStartThatFailsUsesItsNumberUp)
     EXPECT_EQ(log_count("Cancel timer with ID 3"), 1U);
 }
 
-// The one that a stop locks, here of a timer that isn't there.
-qtimutex::QtiSharedMutex& list_mutex()
+// Those that an operation locks, in their order.
+std::vector<qtimutex::QtiSharedMutex*> mutexes_of(void (*operation)())
 {
-    const void* mutex = nullptr;
-    const OnCalls hook([&](std::string_view, const void* lock) { mutex = lock; });
-    velmor_timer_stop(0);
-    return *const_cast<qtimutex::QtiSharedMutex*>(static_cast<const qtimutex::QtiSharedMutex*>(mutex));
+    std::vector<qtimutex::QtiSharedMutex*> mutexes;
+    const OnCalls hook([&](std::string_view, const void* lock) {
+        if (lock == nullptr) return;
+        mutexes.push_back(const_cast<qtimutex::QtiSharedMutex*>(static_cast<const qtimutex::QtiSharedMutex*>(lock)));
+    });
+    operation();
+    return mutexes;
 }
 
-TEST_F(TimerTest, ListIsChangedUnderItsMutex)
+TEST_F(TimerTest, NumberAndListAreChangedUnderTheirMutexes)
 {
-    qtimutex::QtiSharedMutex& list = list_mutex();
-    const auto start = [] { return velmor_timer_start(count, kNeverHere); };
-    const auto stop = [] { return velmor_timer_stop(1); };
-    for (uint32_t (*operation)() : {+start, +stop}) {
-        list.lock();
-        std::atomic<bool> asks{false}, done{false};
-        const OnCalls hook([&](std::string_view, const void* lock) { asks = asks || lock == &list; });
-        std::thread other([&] { done = operation() == 1; });
-        EXPECT_TRUE(wait_until([&] { return asks || done; }));
-        EXPECT_FALSE(done);
-        list.unlock();
-        other.join();
-        EXPECT_TRUE(done);
+    void (*const start)() = [] { velmor_timer_start(count, kNeverHere); };
+    void (*const stop)() = [] { velmor_timer_stop(1); };
+    for (const auto& [operation, locked] : {std::pair{start, 2U}, {stop, 1U}}) {
+        const auto mutexes = mutexes_of(operation);
+        ASSERT_EQ(mutexes.size(), locked);
+        for (qtimutex::QtiSharedMutex* mutex : mutexes) {
+            mutex->lock();
+            std::atomic<bool> asks{false}, done{false};
+            const OnCalls hook([&](std::string_view, const void* lock) { asks = asks || lock == mutex; });
+            std::thread other([&] { operation(), done = true; });
+            EXPECT_TRUE(wait_until([&] { return asks || done; }));
+            EXPECT_FALSE(done);
+            mutex->unlock();
+            other.join();
+        }
     }
 }
 
