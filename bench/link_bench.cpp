@@ -15,7 +15,7 @@
 #include "bench/home.h"
 #include "bench/ratios.h"
 #include "diag_lsm.h"
-#include "platform/link/link_socket.h"
+#include "link/link_socket.h"
 #include "velmor_diag_send.h"
 #include "velmor_extend_api.h"
 #include "velmor_extend_nvefs.h"

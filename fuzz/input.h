@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/link/bytes.h"
+#include "link/bytes.h"
 
 namespace rbk::fuzz {
 

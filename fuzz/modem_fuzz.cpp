@@ -10,9 +10,9 @@
 
 #include "fuzz/input.h"
 #include "fuzz/scratch.h"
-#include "platform/link/diag_frame.h"
-#include "simulator/modem.h"
-#include "simulator/scenario_reader.h"
+#include "link/diag_frame.h"
+#include "simulator/modem/modem.h"
+#include "simulator/scenario/scenario_reader.h"
 
 using namespace rbk;
 

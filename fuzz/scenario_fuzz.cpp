@@ -1,7 +1,7 @@
 // A scenario file is taken or refused in words; it never does anything else.
 #include "fuzz/scratch.h"
-#include "simulator/scenario.h"
-#include "simulator/scenario_reader.h"
+#include "simulator/scenario/scenario.h"
+#include "simulator/scenario/scenario_reader.h"
 
 using namespace rbk;
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/link/bytes.h"
+#include "link/bytes.h"
 
 namespace rbk::fuzz {
 

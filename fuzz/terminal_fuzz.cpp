@@ -10,7 +10,7 @@
 
 #include "fuzz/input.h"
 #include "fuzz/scratch.h"
-#include "simulator/at_terminal.h"
+#include "simulator/carriers/at_terminal.h"
 
 using namespace rbk;
 

@@ -7,8 +7,8 @@
 #include <system_error>
 #include <thread>
 
-#include "simulator/modem.h"
-#include "simulator/scenario_reader.h"
+#include "simulator/modem/modem.h"
+#include "simulator/scenario/scenario_reader.h"
 
 namespace rbk::sim {
 namespace {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/link/link_socket.h"
+#include "link/link_socket.h"
 
 namespace rbk::sim {
 

@@ -13,7 +13,7 @@
 #include <optional>
 #include <utility>
 
-#include "platform/link/diag_frame.h"
+#include "link/diag_frame.h"
 #include "platform/linux/callback_queue.h"
 #include "platform/linux/environment.h"
 #include "platform/linux/modem_link.h"

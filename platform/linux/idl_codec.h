@@ -5,8 +5,8 @@
 #include <optional>
 #include <span>
 
+#include "link/bytes.h"
 #include "platform/include/qmi_idl.h"
-#include "platform/link/bytes.h"
 
 namespace rbk::platform {
 

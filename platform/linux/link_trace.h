@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/link/qmi_frame.h"
+#include "link/qmi_frame.h"
 #include "platform/linux/line_output.h"
 #include "platform/linux/thread_safety.h"
 

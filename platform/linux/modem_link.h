@@ -17,7 +17,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/link/link_socket.h"
+#include "link/link_socket.h"
 #include "platform/linux/link_trace.h"
 #include "platform/linux/process_end.h"
 #include "platform/linux/thread_safety.h"

@@ -5,11 +5,11 @@
 #include <sstream>
 
 #include "hal/exchanges.h"
+#include "link/link_socket.h"
 #include "platform/include/services/nas_v01.h"
 #include "platform/include/services/pdc_v01.h"
 #include "platform/include/services/sar_v01.h"
 #include "platform/include/services/uim_v01.h"
-#include "platform/link/link_socket.h"
 #include "platform/linux/idl_codec.h"
 #include "support/program.h"
 #include "velmor_extend_nvefs.h"

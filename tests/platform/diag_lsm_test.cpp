@@ -5,8 +5,8 @@
 
 #include <cerrno>
 
+#include "link/diag_frame.h"
 #include "platform/fake_peer.h"
-#include "platform/link/diag_frame.h"
 #include "support/embedded_run.h"
 #include "support/test_clock.h"
 

@@ -10,7 +10,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "platform/link/link_socket.h"
+#include "link/link_socket.h"
 #include "support/home.h"
 #include "support/test_clock.h"
 

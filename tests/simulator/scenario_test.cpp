@@ -1,9 +1,9 @@
 // What a scenario file may say, and how it is refused: refusals.t, and files that no editor writes.
-#include "simulator/scenario.h"
+#include "simulator/scenario/scenario.h"
 
 #include <gtest/gtest.h>
 
-#include "simulator/scenario_reader.h"
+#include "simulator/scenario/scenario_reader.h"
 #include "support/program.h"
 #include "wire.h"
 

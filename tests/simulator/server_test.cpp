@@ -14,7 +14,7 @@
 #include <cstring>
 #include <latch>
 
-#include "simulator/complaints.h"
+#include "simulator/base/complaints.h"
 #include "simulator/embedded.h"
 #include "support/lines.h"
 #include "support/modem_process.h"

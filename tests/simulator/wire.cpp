@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <sstream>
 
-#include "platform/link/diag_frame.h"
-#include "simulator/scenario_reader.h"
+#include "link/diag_frame.h"
+#include "simulator/scenario/scenario_reader.h"
 #include "support/embedded_run.h"
 #include "support/lines.h"
 

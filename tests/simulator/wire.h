@@ -20,9 +20,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/link/link_socket.h"
-#include "simulator/listener.h"
-#include "simulator/modem.h"
+#include "link/link_socket.h"
+#include "simulator/carriers/listener.h"
+#include "simulator/modem/modem.h"
 #include "support/home.h"
 
 namespace rbk::sim {

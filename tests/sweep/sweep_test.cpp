@@ -16,7 +16,7 @@
 #include <sstream>
 #include <thread>
 
-#include "platform/link/diag_frame.h"
+#include "link/diag_frame.h"
 #include "support/wait_until.h"
 #include "sweep/lab.h"
 
