@@ -11,6 +11,7 @@
 #include "fuzz/input.h"
 #include "fuzz/scratch.h"
 #include "link/diag_frame.h"
+#include "simulator/carriers/seqpacket_carrier.h"
 #include "simulator/modem/modem.h"
 #include "simulator/scenario/scenario_reader.h"
 
@@ -90,6 +91,7 @@ class Session {
 
     void run()
     {
+        carrier_.serve(modem_);
         attach();
         ask();
         modem_.loop().after({}, [this] { take_turn(); });
@@ -125,7 +127,7 @@ class Session {
         int ends[2];
         if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) std::abort();
         client_ = link::LinkSocket(ends[0], link::LinkSocket::Carrier::seqpacket);
-        modem_.attach({ends[1], link::LinkSocket::Carrier::seqpacket});
+        carrier_.attach({ends[1], link::LinkSocket::Carrier::seqpacket});
     }
 
     void ask()
@@ -189,6 +191,7 @@ class Session {
     const link::Address router_{1, QRTR_PORT_CTRL};
     fuzz::Input input_;
     sim::Complaints complaints_{[](const std::string&) {}};
+    sim::SeqpacketCarrier carrier_;
     sim::Modem modem_;
     link::LinkSocket client_;
     std::map<std::uint32_t, link::Address> services_;  // by number

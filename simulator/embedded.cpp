@@ -7,6 +7,7 @@
 #include <system_error>
 #include <thread>
 
+#include "simulator/carriers/seqpacket_carrier.h"
 #include "simulator/modem/modem.h"
 #include "simulator/scenario/scenario_reader.h"
 
@@ -50,7 +51,8 @@ class ThreadedModem final : public EmbeddedModem {
             const std::string whole = "rbk: " + line + "\n";
             [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, whole.data(), whole.size());
         });
-        modem_.attach(std::move(modem_end));
+        carrier_.serve(modem_);
+        carrier_.attach(std::move(modem_end));
         const AllSignalsBlocked in_the_new_thread;
         thread_ = std::thread([this] { modem_.run(); });
     }
@@ -62,6 +64,7 @@ class ThreadedModem final : public EmbeddedModem {
 
  private:
     Complaints complaints_;
+    SeqpacketCarrier carrier_;
     Modem modem_;
     std::thread thread_;
 };

@@ -1,26 +1,28 @@
-// The simulated modem as a server: clients connect over a Unix socket.
+// The simulated modem as a server, on as many carriers as it is given.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "platform/linux/environment.h"
 #include "simulator/base/complaints.h"
 #include "simulator/base/ledger.h"
 #include "simulator/carriers/at_terminal.h"
-#include "simulator/carriers/listener.h"
+#include "simulator/carriers/carriers.h"
 #include "simulator/modem/modem.h"
 #include "simulator/scenario/scenario_reader.h"
 
 namespace {
 
 struct Arguments {
-    std::string listen;  // path of the socket
+    std::vector<std::string> listen;  // carriers
     std::string state;
     std::string scenario;
     std::string at;
@@ -85,12 +87,15 @@ int serve(const Arguments& arguments)
     if (!arguments.scenario.empty()) file = arguments.scenario;
     sim::Scenario scenario = sim::read_scenario(file);
 
-    // Socket and terminal first: a start that is refused must not touch the state, which another server may be using.
+    // What clients connect to first: a start that is refused must not touch the state, which another server may be using.
     g_has_made_something = true;
     std::string error;
-    const std::unique_ptr<sim::Listener> listener = sim::Listener::open(arguments.listen, error);
+    std::vector<std::unique_ptr<sim::Carrier>> carriers;
+    for (const std::string& name : arguments.listen) {
+        if (error.empty()) carriers.push_back(sim::open_carrier(name, error));
+    }
     std::unique_ptr<sim::AtTerminal> terminal;
-    if (listener != nullptr && !arguments.at.empty()) {
+    if (error.empty() && !arguments.at.empty()) {
         terminal = sim::AtTerminal::open(arguments.at, scenario.at, error);
     }
     std::unique_ptr<sim::Ledger> ledger;
@@ -104,7 +109,7 @@ int serve(const Arguments& arguments)
     sim::Modem modem(std::move(scenario), state, complaints);
     if (!modem.store().is_usable()) return 1;  // it has said why
     if (ledger != nullptr) modem.keep_ledger(*ledger);
-    listener->serve(modem);
+    for (const auto& carrier : carriers) carrier->serve(modem);
     if (terminal != nullptr) terminal->serve(modem.loop());
     g_modem = &modem;
     if (g_asked_to_end) {
@@ -149,12 +154,10 @@ int run(int argc, char** argv)
     app.footer(kHelp);
     // An empty word is what becomes of a script's variable that isn't set.
     const auto is_given = [](const std::string& value) { return std::string(value.empty() ? "expected a path" : ""); };
-    app.add_option("--listen", arguments.listen, "where to listen")
-        ->type_name("unix:PATH")
+    app.add_option("--listen", arguments.listen, "where to listen; several times for several carriers at once")
+        ->type_name("CARRIER")
         ->required()
-        ->check([](const std::string& value) {
-            return value.rfind("unix:", 0) == 0 && value.size() > 5 ? "" : "expected unix:PATH, not " + value;
-        });
+        ->check(rbk::sim::carrier_complaint);
     app.add_option("--state", arguments.state,
                    "directory of NV items, EFS files and all else that lasts;\n"
                    "default: modem/ in the directory that RBK_HOME names,\n"
@@ -175,9 +178,14 @@ int run(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 1;
     }
-    arguments.listen.erase(0, 5);
-    if (arguments.listen == arguments.at) {
-        say(arguments.at + ": the socket and the terminal's link can't have one place");
+    std::vector<std::string> places = arguments.listen;
+    for (std::string& place : places) {
+        if (const std::string path = rbk::sim::carrier_path(place); !path.empty()) place = path;
+    }
+    if (!arguments.at.empty()) places.push_back(arguments.at);
+    std::ranges::sort(places);
+    if (const auto twice = std::ranges::adjacent_find(places); twice != places.end()) {
+        say(*twice + ": given twice; each carrier and the terminal's link need a place of their own");
         return 1;
     }
     return serve(arguments);

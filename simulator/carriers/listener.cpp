@@ -142,7 +142,7 @@ Listener::~Listener()
 
 void Listener::serve(Modem& modem)
 {
-    modem_ = &modem;
+    SeqpacketCarrier::serve(modem);
     const rlim_t limit = raise_descriptor_limit();
     descriptors_ = limit - std::min(kReserved, limit / 2);
     watch_ = modem.loop().watch(socket_.get(), EPOLLIN, [this](std::uint32_t) { accept_clients(); });
@@ -154,16 +154,16 @@ void Listener::accept_clients()
     if (client.is_open()) {
         // Numbers are given out from below: with this one, so many descriptors are open.
         if (static_cast<rlim_t>(client.get()) < descriptors_) {
-            return modem_->attach({client.release(), link::LinkSocket::Carrier::seqpacket});
+            return attach({client.release(), link::LinkSocket::Carrier::seqpacket});
         }
-        return modem_->complaints().say("a client is turned away: the " + std::to_string(descriptors_) +
+        return modem().complaints().say("a client is turned away: the " + std::to_string(descriptors_) +
                                         " descriptors that clients may have are taken");
     }
     if (errno != EMFILE && errno != ENFILE && errno != ENOBUFS && errno != ENOMEM) return;
     // The machine has none left: the caller stays in the queue, which would be reported again and again without a pause.
-    modem_->complaints().say("a client has to wait: " + error_text(errno));
-    modem_->loop().change(watch_, 0);
-    modem_->loop().after(std::chrono::milliseconds(100), [this] { modem_->loop().change(watch_, EPOLLIN); });
+    modem().complaints().say("a client has to wait: " + error_text(errno));
+    modem().loop().change(watch_, 0);
+    modem().loop().after(std::chrono::milliseconds(100), [this] { modem().loop().change(watch_, EPOLLIN); });
 }
 
 }  // namespace rbk::sim

@@ -3,28 +3,28 @@
 namespace rbk::sim {
 namespace {
 
-constexpr std::size_t kKeeping = 256;  // bytes that it takes to keep a datagram or a timer, roughly
+constexpr std::size_t kKeeping = 256;  // bytes that it takes to keep a message or a timer, roughly
 
 }  // namespace
 
-bool Client::send(const ClientLimits& limits, link::Address from, ByteView head, ByteView body)
+bool Client::send(const ClientLimits& limits, std::uint32_t port, ByteView head, ByteView body)
 {
     if (unsent_.empty()) {
-        const link::SendResult result = socket_.send(from, head, body, false);
+        const link::SendResult result = line_->send(port, head, body);
         if (result != link::SendResult::would_block) return true;
     }
     const std::size_t size = head.size() + body.size();
     if (!reserve(limits, size)) return false;
     Bytes bytes(head.begin(), head.end());
     bytes.insert(bytes.end(), body.begin(), body.end());
-    unsent_.push_back({from, std::move(bytes), EventLoop::Clock::now()});
+    unsent_.push_back({port, std::move(bytes), EventLoop::Clock::now()});
     return true;
 }
 
 void Client::send_unsent()
 {
     while (!unsent_.empty()) {
-        const link::SendResult result = socket_.send(unsent_.front().from, unsent_.front().bytes, {}, false);
+        const link::SendResult result = line_->send(unsent_.front().port, unsent_.front().bytes, {});
         if (result == link::SendResult::would_block) return;
         release(unsent_.front().bytes.size());
         unsent_.pop_front();

@@ -1,23 +1,12 @@
 #include "simulator/modem/modem.h"
 
-#include <sys/epoll.h>
-
 #include <algorithm>
-#include <system_error>
 #include <utility>
 
 #include "simulator/state/nv_limits.h"
 
 namespace rbk::sim {
 namespace {
-
-constexpr std::uint32_t kNode = 0;    // the modem's
-constexpr std::size_t kLookups = 64;  // of one client; a service asked for once more changes nothing
-
-bool wanted(std::pair<std::uint32_t, std::uint32_t> lookup, std::uint32_t service, std::uint32_t instance)
-{
-    return (lookup.first == 0 || lookup.first == service) && (lookup.second == 0 || lookup.second == instance);
-}
 
 // A fresh phone's memory.
 bool fill_state(const Scenario& scenario, StateStore& fresh)
@@ -64,19 +53,6 @@ Modem::Modem(Scenario scenario, const std::filesystem::path& state, Complaints& 
 
 Modem::~Modem() = default;
 
-void Modem::attach(link::LinkSocket socket)
-{
-    auto client = std::make_unique<Client>(++last_client_, std::move(socket));
-    Client* attached = client.get();
-    try {
-        attached->watch = loop_.watch(attached->socket().fd(), EPOLLIN,
-                                      [this, attached](std::uint32_t events) { on_ready(*attached, events); });
-    } catch (const std::system_error& error) {
-        return complaints_.say(std::string("a client can't be served: ") + error.what());
-    }
-    clients_.emplace(attached->id(), std::move(client));
-}
-
 void Modem::run()
 {
     loop_.run();
@@ -98,16 +74,17 @@ void Modem::bring_up(Slot& slot)
     if (slot.service != nullptr) return;
     const auto settings = scenario_.settings.find(std::string(slot.kind->name));
     slot.service = slot.kind->make(*this, settings == scenario_.settings.end() ? nullptr : settings->second.get());
-    slot.address = {kNode, ++last_port_};
-    tell_lookups(QRTR_TYPE_NEW_SERVER, slot);
+    const ServiceIdentity& identity = slot.service->identity();
+    slot.server = {identity.id, identity.version, ++last_port_};
+    for (Carrier* carrier : carriers_) carrier->service_up(slot.server);
 }
 
 void Modem::take_down(Slot& slot)
 {
     ++slot.downs;
     if (slot.service == nullptr) return;
-    tell_lookups(QRTR_TYPE_DEL_SERVER, slot);
-    for (const auto& [id, client] : clients_) client->greeted.erase(slot.address.port);
+    for (Carrier* carrier : carriers_) carrier->service_down(slot.server);
+    for (const auto& [id, client] : clients_) client->greeted.erase(slot.server.port);
     slot.service.reset();
 }
 
@@ -139,76 +116,61 @@ void Modem::bring_up_later(Slot& slot, std::chrono::milliseconds delay)
     });
 }
 
-// ---- The router ----
+// ---- Carriers ----
 
-void Modem::tell_lookups(std::uint32_t type, const Slot& slot)
+std::vector<Server> Modem::servers() const
 {
-    const ServiceIdentity& identity = slot.service->identity();
-    for (const auto& [id, client] : clients_) {
-        const auto& lookups = client->lookups;
-        if (std::any_of(lookups.begin(), lookups.end(),
-                        [&](auto lookup) { return wanted(lookup, identity.id, identity.version); })) {
-            send_control(*client, {type, identity.id, identity.version, slot.address});
-        }
+    std::vector<Server> up;
+    for (const Slot& slot : slots_) {
+        if (slot.service != nullptr) up.push_back(slot.server);
     }
+    return up;
 }
 
-void Modem::on_control(Client& client, ByteView bytes)
+ClientId Modem::attach(std::unique_ptr<Line> line)
 {
-    const std::optional<link::ControlPacket> packet = link::parse_control(bytes);
-    if (!packet) return;
-    const std::pair lookup(packet->service, packet->instance);
-    if (packet->type == QRTR_TYPE_DEL_LOOKUP) {
-        std::erase(client.lookups, lookup);
-        return;
-    }
-    if (packet->type != QRTR_TYPE_NEW_LOOKUP) return;
+    const ClientId id = ++last_client_;
+    clients_.emplace(id, std::make_unique<Client>(id, std::move(line)));
+    return id;
+}
 
-    const auto known = std::find(client.lookups.begin(), client.lookups.end(), lookup);
-    if (known == client.lookups.end() && client.lookups.size() < kLookups) client.lookups.push_back(lookup);
-    for (const Slot& slot : slots_) {
-        if (slot.service == nullptr) continue;
-        const ServiceIdentity& identity = slot.service->identity();
-        if (!wanted(lookup, identity.id, identity.version)) continue;
-        send_control(client, {QRTR_TYPE_NEW_SERVER, identity.id, identity.version, slot.address});
-    }
-    send_control(client, {QRTR_TYPE_NEW_SERVER, 0, 0, {}});
+bool Modem::on_message(ClientId id, std::uint32_t port, ByteView bytes)
+{
+    Client* client = find_client(id);
+    if (client == nullptr) return true;
+    Slot* slot = find_slot(port);
+    if (slot == nullptr) return false;
+    if (slot->service->handle_datagram(id, bytes)) return true;
+    const std::optional<link::QmiMessage> message = link::parse_qmi(bytes);
+    if (message && message->head.kind == link::QmiKind::request) on_request(*client, *slot, *message);
+    return true;
+}
+
+void Modem::on_room(ClientId id)
+{
+    Client* client = find_client(id);
+    if (client == nullptr) return;
+    client->send_unsent();
+    if (client->has_unsent()) client->line().want_room();
+}
+
+void Modem::send(ClientId id, std::uint32_t port, ByteView head, ByteView body)
+{
+    if (Client* client = find_client(id)) send(*client, port, head, body);
+}
+
+void Modem::drop(ClientId id)
+{
+    if (Client* client = find_client(id)) drop(*client);
 }
 
 // ---- A request and its answer ----
-
-void Modem::on_ready(Client& client, std::uint32_t events)
-{
-    if (client.leaving) return;
-    if ((events & EPOLLOUT) != 0) {
-        client.send_unsent();
-        if (!client.has_unsent()) loop_.change(client.watch, EPOLLIN);
-    }
-    if ((events & ~static_cast<std::uint32_t>(EPOLLOUT)) == 0) return;
-    bool closed = false;
-    const std::optional<link::Datagram> datagram = client.socket().receive(received_, closed);
-    if (closed) return drop(client);
-    if (datagram) on_datagram(client, *datagram);
-}
-
-void Modem::on_datagram(Client& client, const link::Datagram& datagram)
-{
-    if (datagram.peer.port == QRTR_PORT_CTRL) return on_control(client, datagram.bytes);
-    Slot* slot = find_slot(datagram.peer);
-    if (slot == nullptr) {
-        // The service went down while the datagram was on its way: whoever waits for an answer learns of it.
-        return send_control(client, {QRTR_TYPE_DEL_CLIENT, 0, 0, datagram.peer});
-    }
-    if (slot->service->handle_datagram(client.id(), datagram.bytes)) return;
-    const std::optional<link::QmiMessage> message = link::parse_qmi(datagram.bytes);
-    if (message && message->head.kind == link::QmiKind::request) on_request(client, *slot, *message);
-}
 
 void Modem::on_request(Client& client, Slot& slot, const link::QmiMessage& message)
 {
     Service& service = *slot.service;
     // From its first request on, a client hears what the service says unasked.
-    if (client.greeted.insert(slot.address.port).second) {
+    if (client.greeted.insert(slot.server.port).second) {
         for (const UnaskedIndication& said : scenario_.indications) {
             if (said.service == slot.kind->name) say_unasked(slot, client.id(), said, said.after);
         }
@@ -325,10 +287,10 @@ void Modem::plan(Slot& slot, Indication indication, std::vector<Outgoing>& plann
 
 // ---- Sending ----
 
-Modem::Slot* Modem::find_slot(link::Address address)
+Modem::Slot* Modem::find_slot(std::uint32_t port)
 {
     const auto found = std::find_if(slots_.begin(), slots_.end(), [&](const Slot& slot) {
-        return slot.service != nullptr && slot.address == address;
+        return slot.service != nullptr && slot.server.port == port;
     });
     return found == slots_.end() ? nullptr : &*found;
 }
@@ -350,7 +312,7 @@ void Modem::send_datagram(Service& service, ClientId id, ByteView head, ByteView
 {
     Client* client = find_client(id);
     const Slot* slot = find_slot(service);
-    if (client != nullptr && slot != nullptr) send(*client, slot->address, head, body);
+    if (client != nullptr && slot != nullptr) send(*client, slot->server.port, head, body);
 }
 
 void Modem::send_message(Client& client, const Slot& slot, const link::QmiHead& head, ByteView tlvs)
@@ -359,7 +321,7 @@ void Modem::send_message(Client& client, const Slot& slot, const link::QmiHead& 
     link::QmiHead whole = head;
     whole.length = static_cast<std::uint16_t>(tlvs.size());
     link::store_qmi_head(bytes, whole);
-    send(client, slot.address, bytes, tlvs);
+    send(client, slot.server.port, bytes, tlvs);
 }
 
 void Modem::send_after(std::chrono::milliseconds delay, Client& client, Slot& slot, const link::QmiHead& head,
@@ -385,18 +347,13 @@ void Modem::put_off(Service& service, ClientId id, std::chrono::milliseconds del
     });
 }
 
-void Modem::send_control(Client& client, const link::ControlPacket& packet)
-{
-    send(client, {kNode, QRTR_PORT_CTRL}, link::pack_control(packet), {});
-}
-
-void Modem::send(Client& client, link::Address from, ByteView head, ByteView body)
+void Modem::send(Client& client, std::uint32_t port, ByteView head, ByteView body)
 {
     if (client.leaving) return;
     const bool waited = client.has_unsent();
-    if (!client.send(limits_, from, head, body)) return drop(client);
+    if (!client.send(limits_, port, head, body)) return drop(client);
     if (waited || !client.has_unsent()) return;
-    loop_.change(client.watch, EPOLLIN | EPOLLOUT);
+    client.line().want_room();
     if (!client.age_timer) check_unread_later(client, limits_.unsent_age);
 }
 
@@ -417,7 +374,6 @@ void Modem::check_unread_later(Client& client, EventLoop::Clock::duration delay)
 void Modem::drop(Client& client)
 {
     if (std::exchange(client.leaving, true)) return;
-    loop_.unwatch(client.watch);
     for (const auto& [timer, size] : client.timers()) loop_.cancel(timer);
     if (client.age_timer) loop_.cancel(*client.age_timer);
     loop_.defer([this, id = client.id()] {

@@ -1,4 +1,4 @@
-// The simulated modem: clients, the router that tells them of services, and the services themselves, on one thread.
+// The simulated modem: its clients and its services, on one thread. Carriers bring the clients.
 #pragma once
 
 #include <array>
@@ -10,6 +10,7 @@
 #include "simulator/base/complaints.h"
 #include "simulator/base/event_loop.h"
 #include "simulator/base/ledger.h"
+#include "simulator/modem/carrier.h"
 #include "simulator/modem/client.h"
 #include "simulator/modem/fault_rules.h"
 #include "simulator/modem/service.h"
@@ -29,9 +30,23 @@ class Modem {
     // From now on each client's line is written there when it goes, at the latest when the modem does. The ledger outlives
     // the modem.
     void keep_ledger(const Ledger& ledger) { ledger_ = &ledger; }
-    void attach(link::LinkSocket socket);
     void run();
     void stop() { loop_.stop(); }
+
+    // ---- What carriers use ----
+
+    // From now on the carrier is told of services that come and go.
+    void add(Carrier& carrier) { carriers_.push_back(&carrier); }
+    std::vector<Server> servers() const;  // that are up
+    ClientId attach(std::unique_ptr<Line> line);
+    // A message to the service at `port`. False where no service is up there. Without effect once the client leaves.
+    bool on_message(ClientId client, std::uint32_t port, ByteView bytes);
+    // There may be room on a client's line that had none.
+    void on_room(ClientId client);
+    // Sends a carrier's own message in its turn. Without effect when the client has gone.
+    void send(ClientId client, std::uint32_t port, ByteView head, ByteView body);
+    // The client has gone, or has to go: once the handler that runs now has returned.
+    void drop(ClientId client);
 
     // ---- What services use ----
 
@@ -58,7 +73,7 @@ class Modem {
     struct Slot {
         const ServiceKind* kind;
         std::unique_ptr<Service> service;  // null while it is down
-        link::Address address;             // of its own each time it comes up
+        Server server;                     // while it is up
         std::uint64_t downs = 0;           // times it went down: tells a late comer that it isn't the latest
     };
     // One indication after the fault rules have had their say.
@@ -71,11 +86,7 @@ class Modem {
     void bring_up(Slot& slot);
     void take_down(Slot& slot);
     void bring_up_later(Slot& slot, std::chrono::milliseconds delay);
-    void tell_lookups(std::uint32_t type, const Slot& slot);
 
-    void on_ready(Client& client, std::uint32_t events);
-    void on_datagram(Client& client, const link::Datagram& datagram);
-    void on_control(Client& client, ByteView bytes);
     void on_request(Client& client, Slot& slot, const link::QmiMessage& message);
     void say_unasked(Slot& slot, ClientId client, const UnaskedIndication& said, std::chrono::milliseconds delay);
     void answer(Client& client, Slot& slot, const link::QmiMessage& message, Call& call, const FaultRule* fault);
@@ -84,14 +95,13 @@ class Modem {
     void go_down(Slot& slot);
     void go_down_all(std::chrono::milliseconds delay);
 
-    Slot* find_slot(link::Address address);
+    Slot* find_slot(std::uint32_t port);
     Slot* find_slot(const Service& service);
     Client* find_client(ClientId id);
     void send_message(Client& client, const Slot& slot, const link::QmiHead& head, ByteView tlvs);
     void send_after(std::chrono::milliseconds delay, Client& client, Slot& slot, const link::QmiHead& head,
                     const Bytes& tlvs);
-    void send_control(Client& client, const link::ControlPacket& packet);
-    void send(Client& client, link::Address from, ByteView head, ByteView body);
+    void send(Client& client, std::uint32_t port, ByteView head, ByteView body);
     void check_unread_later(Client& client, EventLoop::Clock::duration delay);
     void drop(Client& client);
     void enter_in_ledger(ClientId client);
@@ -104,6 +114,7 @@ class Modem {
     EventLoop loop_;
     StateStore store_;
     FaultRules faults_;
+    std::vector<Carrier*> carriers_;
     std::map<ClientId, std::unique_ptr<Client>> clients_;
     ClientId last_client_ = 0;
     std::vector<Slot> slots_;
@@ -111,9 +122,7 @@ class Modem {
     bool restart_asked_ = false;        // by the request that is being handled
     bool restart_put_off_ = false;      // a timer sees to it
 
-    // Reused for every datagram and every answer.
-    Bytes received_ = Bytes(link::kLongestDatagram);
-    Bytes answer_;
+    Bytes answer_;  // reused for every one
 };
 
 }  // namespace rbk::sim

@@ -97,8 +97,8 @@ class RunningModem {
     TempDir folder_;
     std::filesystem::path state_;
     Complaints sink_{[this](const std::string& line) { complaints.push_back(line); }};
-    std::optional<Modem> modem_;
     std::unique_ptr<Listener> listener_;
+    std::optional<Modem> modem_;
     std::thread thread_;
 };
 

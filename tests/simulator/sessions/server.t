@@ -40,7 +40,7 @@ $ flock held.lock rbk-modem --listen unix:s --at held; echo $?
 | rbk-modem: held: a server listens there already
 | 1
 $ rbk-modem --listen unix:s --at s; echo $?
-| rbk-modem: s: the socket and the terminal's link can't have one place
+| rbk-modem: s: given twice; each carrier and the terminal's link need a place of their own
 | 1
 $ rbk-modem --listen unix:s --ledger none/ledger; echo $?
 | rbk-modem: none/ledger: No such file or directory
