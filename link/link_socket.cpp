@@ -29,13 +29,22 @@ std::string error_text(int error)
     return std::generic_category().message(error);
 }
 
+// A client's address follows, in the place of a server.
+bool is_of_client(std::uint32_t type)
+{
+    return type == QRTR_TYPE_DEL_CLIENT || type == QRTR_TYPE_BYE;
+}
+
+// The kernel's router doesn't say when a receiver has room again.
+constexpr int kQrtrRetry_ms = 2;
+
 }  // namespace
 
 std::array<std::uint8_t, kControlPacketSize> pack_control(const ControlPacket& packet)
 {
     std::array<std::uint8_t, kControlPacketSize> bytes{};
     store_le(&bytes[0], packet.type);
-    if (packet.type == QRTR_TYPE_DEL_CLIENT) {
+    if (is_of_client(packet.type)) {
         store_le(&bytes[4], packet.address.node);
         store_le(&bytes[8], packet.address.port);
         return bytes;
@@ -51,7 +60,7 @@ std::optional<ControlPacket> parse_control(ByteView datagram)
 {
     if (datagram.size() < kControlPacketSize) return std::nullopt;
     const auto word = [&](std::size_t at) { return load_le<std::uint32_t>(&datagram[at]); };
-    if (word(0) == QRTR_TYPE_DEL_CLIENT) return ControlPacket{word(0), 0, 0, {word(4), word(8)}};
+    if (is_of_client(word(0))) return ControlPacket{word(0), 0, 0, {word(4), word(8)}};
     return ControlPacket{word(0), word(4), word(8), {word(12), word(16)}};
 }
 
@@ -96,6 +105,16 @@ LinkSocket LinkSocket::open_qrtr(std::string& error)
     LinkSocket socket(::socket(AF_QIPCRTR, SOCK_DGRAM | SOCK_CLOEXEC, 0), Carrier::qrtr);
     if (!socket.is_open()) error = "qrtr: " + error_text(errno);
     return socket;
+}
+
+bool LinkSocket::take_port(std::string& error) const
+{
+    sockaddr_qrtr any{};
+    any.sq_family = AF_QIPCRTR;
+    any.sq_node = local().node;
+    if (::bind(fd_, reinterpret_cast<const sockaddr*>(&any), sizeof any) == 0) return true;
+    error = "qrtr: " + error_text(errno);
+    return false;
 }
 
 Address LinkSocket::local() const
@@ -189,6 +208,15 @@ ssize_t LinkSocket::receive_once(std::span<std::uint8_t> buffer, Address& peer, 
     peer = {address.sq_node, address.sq_port};
     // QRTR tells of a cut, and not of the length.
     return received > 0 && (message.msg_flags & MSG_TRUNC) != 0 ? received + 1 : received;
+}
+
+void LinkSocket::wait_for_room(int timeout_ms) const
+{
+    pollfd ready{fd_, POLLOUT, 0};
+    if (carrier_ == Carrier::qrtr)
+        ::poll(nullptr, 0, std::min(timeout_ms, kQrtrRetry_ms));
+    else
+        ::poll(&ready, 1, timeout_ms);
 }
 
 void LinkSocket::wait(int timeout_ms) const

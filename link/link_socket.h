@@ -24,7 +24,7 @@ struct Address {
 };
 
 // What the router says and is asked: QRTR_TYPE_NEW_LOOKUP, _NEW_SERVER, _DEL_SERVER, _DEL_CLIENT (then only the address
-// counts). A NEW_SERVER packet with nothing but zeros ends the answer to a lookup.
+// counts) and _BYE (only the address's node). A NEW_SERVER packet with nothing but zeros ends the answer to a lookup.
 struct ControlPacket {
     std::uint32_t type = 0;
     std::uint32_t service = 0;
@@ -68,6 +68,8 @@ class LinkSocket {
     bool is_open() const { return fd_ >= 0; }
     int fd() const { return fd_; }
     Carrier carrier() const { return carrier_; }
+    // On AF_QIPCRTR: takes a port now, rather than with the first send. On failure `error` says why.
+    bool take_port(std::string& error) const;
     // Where this end is reached; known on AF_QIPCRTR alone, where lookups go to the router of one's own node.
     Address local() const;
 
@@ -78,6 +80,8 @@ class LinkSocket {
     // system call less than wait() and then receive(), but no wake-up ends it. The buffer is a block of the heap: under
     // the address sanitizer what lies behind the datagram is out of bounds until the next call, or the block's end.
     std::optional<Datagram> receive(std::span<std::uint8_t> buffer, bool& closed, bool wait = false) const;
+    // Waits until a send that would have blocked is worth another attempt, at most `timeout_ms` milliseconds.
+    void wait_for_room(int timeout_ms) const;
     // Waits for a datagram, an end or a wake-up, at most `timeout_ms` milliseconds.
     void wait(int timeout_ms) const;
     // Ends a wait() that another thread is in, or else the next one. Without effect before make_wakeable().

@@ -1,7 +1,5 @@
 #include "platform/linux/modem_link.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <cstdlib>
 
@@ -347,8 +345,7 @@ bool ModemLink::wait_for_room(const link::LinkSocket& socket, Deadline deadline)
 {
     const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now()).count();
     if (left <= 0) return false;
-    pollfd ready{socket.fd(), POLLOUT, 0};
-    ::poll(&ready, 1, static_cast<int>(std::min<std::int64_t>(left, 1000)));
+    socket.wait_for_room(static_cast<int>(std::min<std::int64_t>(left, 1000)));
     return true;
 }
 

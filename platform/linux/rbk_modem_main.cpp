@@ -126,7 +126,8 @@ int serve(const Arguments& arguments)
 }
 
 constexpr char kHelp[] =
-    R"(Prints "ready" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.
+    R"(A carrier is unix:PATH, a socket for RBK_MODEM=unix:PATH, or qrtr, the kernel's router for RBK_MODEM=qrtr.
+Prints "ready" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.
 A socket that no living server holds is taken over; the server's own is removed at the end, and so is PATH.lock
 beside it, which keeps a second server away. The same holds for the terminal's link: one that an ended server has
 left is replaced, and all else that lies there is refused. A folder that others may write to can be kept from you
@@ -135,7 +136,8 @@ A command on the terminal is a line that begins with AT, or that the scenario's 
 name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
 Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there
 are, up to 65536.
-A line of the ledger says what a client had not given back when its connection ended, or the server did:
+A line of the ledger says what a client had not given back when its connection ended, or the server did; over qrtr a
+client is one of one service:
 client 3: channels=1 efs_reads=0 efs_writes=0 diag_sessions=0 dci_clients=0 dci_streams=0 pdc_lists=0 pdc_loads=0 stats=1
 These are logical channels to cards, EFS files read or sent in part, a diag library that is started, DCI clients that
 are registered and those of them with streams, and lists of configurations and configurations on their way in part; all
@@ -150,7 +152,7 @@ int run(int argc, char** argv)
 {
     handle_signals();
     Arguments arguments;
-    CLI::App app("A simulated modem that serves rbk over a Unix socket until SIGTERM, SIGINT or SIGHUP.", "rbk-modem");
+    CLI::App app("A simulated modem that serves rbk and other clients until SIGTERM, SIGINT or SIGHUP.", "rbk-modem");
     app.footer(kHelp);
     // An empty word is what becomes of a script's variable that isn't set.
     const auto is_given = [](const std::string& value) { return std::string(value.empty() ? "expected a path" : ""); };

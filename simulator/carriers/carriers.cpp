@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "simulator/carriers/listener.h"
+#include "simulator/carriers/qrtr_carrier.h"
 
 namespace rbk::sim {
 namespace {
@@ -21,6 +22,7 @@ std::unique_ptr<Carrier> open_kind(const std::string& path, std::string& error)
 
 constexpr CarrierKind kKinds[] = {
     {"unix:", open_kind<Listener>},
+    {"qrtr", open_kind<QrtrCarrier>},
 };
 
 bool has_path(const CarrierKind& kind)

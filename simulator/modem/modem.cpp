@@ -8,6 +8,8 @@
 namespace rbk::sim {
 namespace {
 
+constexpr std::uint32_t kFirstVersion = 1;  // of a service, as instance 0
+
 // A fresh phone's memory.
 bool fill_state(const Scenario& scenario, StateStore& fresh)
 {
@@ -74,8 +76,9 @@ void Modem::bring_up(Slot& slot)
     if (slot.service != nullptr) return;
     const auto settings = scenario_.settings.find(std::string(slot.kind->name));
     slot.service = slot.kind->make(*this, settings == scenario_.settings.end() ? nullptr : settings->second.get());
-    const ServiceIdentity& identity = slot.service->identity();
-    slot.server = {identity.id, identity.version, ++last_port_};
+    const auto given = scenario_.instances.find(std::string(slot.kind->name));
+    slot.server = {slot.service->identity().id, given == scenario_.instances.end() ? kFirstVersion : given->second,
+                   ++last_port_};
     for (Carrier* carrier : carriers_) carrier->service_up(slot.server);
 }
 

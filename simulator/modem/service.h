@@ -4,7 +4,7 @@
 //
 //     class SarService final : public Service {
 //      public:
-//         explicit SarService(Modem& modem) : Service({"sar", 17, 1, ResultForm::halves}, modem) {}
+//         explicit SarService(Modem& modem) : Service({"sar", 17, ResultForm::halves}, modem) {}
 //      private:
 //         void handle(Call& call) override;
 //         void set_state(Call& call);
@@ -64,7 +64,6 @@ enum class ResultForm { halves, words, own };
 struct ServiceIdentity {
     std::string_view name;  // as in scenario files
     std::uint32_t id = 0;
-    std::uint8_t version = 1;
     ResultForm result = ResultForm::halves;
 };
 

@@ -21,14 +21,19 @@ std::string service_names()
     return names;
 }
 
-const std::string& service_name(const ScenarioNode& node, const std::string& key)
+// `name` stands at `node`, under `key`.
+const std::string& service_name(const std::string& name, const ScenarioNode& node, const std::string& key)
 {
-    const std::string& name = node.text(key);
     const auto kinds = service_kinds();
     if (std::any_of(kinds.begin(), kinds.end(), [&](const ServiceKind& kind) { return kind.name == name; })) {
         return name;
     }
     node.refuse(key, "one of " + service_names());
+}
+
+const std::string& service_name(const ScenarioNode& node, const std::string& key)
+{
+    return service_name(node.text(key), node, key);
 }
 
 // A decimal number that fills `text`, at most `highest`.
@@ -45,6 +50,17 @@ std::optional<std::uint32_t> whole_number(std::string_view text, std::uint32_t h
 
 // ---- One table after the other ----
 
+void read_servers(const ScenarioNode& node, Scenario& scenario)
+{
+    for (const auto& [name, value] : node.table("servers")) {
+        TableReader table("[modem.servers]", value);
+        const auto version = table.number("version", 0, 0xFF).value_or(1);
+        const auto instance = table.number("instance", 0, 0xFF'FFFF).value_or(0);
+        scenario.instances[service_name(name, value, name)] = static_cast<std::uint32_t>(instance << 8 | version);
+        table.finish();
+    }
+}
+
 void read_modem(TableReader& file, Scenario& scenario)
 {
     const ScenarioNode* node = file.find("modem");
@@ -58,6 +74,7 @@ void read_modem(TableReader& file, Scenario& scenario)
     }
     if (const auto boot = table.milliseconds("boot_ms")) scenario.boot = *boot;
     if (const auto restart = table.milliseconds("restart_ms")) scenario.restart = *restart;
+    if (const ScenarioNode* servers = table.find("servers")) read_servers(*servers, scenario);
     table.finish();
 }
 

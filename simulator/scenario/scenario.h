@@ -56,6 +56,7 @@ struct Scenario {
     std::vector<std::string> services;
     std::chrono::milliseconds boot{0};
     std::chrono::milliseconds restart{300};
+    std::map<std::string, std::uint32_t> instances;  // by service: version in the low byte, instance number above it
 
     std::map<std::pair<std::uint32_t, std::uint32_t>, Bytes> nv;  // by subscription and item
     std::map<EfsPlace, Bytes> efs;

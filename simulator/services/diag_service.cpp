@@ -103,7 +103,7 @@ Stream read_stream(const ScenarioNode& node)
 class DiagService final : public Service {
  public:
     DiagService(Modem& modem, const DiagSettings& settings)
-        : Service({"diag", link::kDiagService, 1, ResultForm::own}, modem), settings_(settings)
+        : Service({"diag", link::kDiagService, ResultForm::own}, modem), settings_(settings)
     {
     }
 

@@ -48,7 +48,7 @@ std::size_t result_offset(std::uint32_t request_id)
 class ExtendedService final : public Service {
  public:
     ExtendedService(Modem& modem, const DebugInfo& debug_info)
-        : Service({"extended", 0xFFE4, 1, ResultForm::own}, modem), nvefs_(modem.store()), debug_info_(debug_info)
+        : Service({"extended", 0xFFE4, ResultForm::own}, modem), nvefs_(modem.store()), debug_info_(debug_info)
     {
     }
 

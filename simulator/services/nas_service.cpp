@@ -93,7 +93,7 @@ Bytes incremental_result(IncrementalStatus status, std::span<const Network> netw
 class NasService final : public Service {
  public:
     NasService(Modem& modem, const NasSettings& settings)
-        : Service({"nas", 3, 1, ResultForm::halves}, modem), settings_(settings)
+        : Service({"nas", 3, ResultForm::halves}, modem), settings_(settings)
     {
     }
 

@@ -155,7 +155,7 @@ void write_counted(TlvWriter& writer, std::uint8_t type, ByteView bytes)
 class PdcService final : public Service {
  public:
     PdcService(Modem& modem, const PdcSettings& settings)
-        : Service({"pdc", 36, 1, ResultForm::halves}, modem), settings_(settings), configs_(settings.configs)
+        : Service({"pdc", 36, ResultForm::halves}, modem), settings_(settings), configs_(settings.configs)
     {
     }
 

@@ -25,7 +25,7 @@ struct SarSettings final : ServiceSettings {
 
 class SarService final : public Service {
  public:
-    explicit SarService(Modem& modem) : Service({"sar", 17, 1, ResultForm::halves}, modem) {}
+    explicit SarService(Modem& modem) : Service({"sar", 17, ResultForm::halves}, modem) {}
 
  private:
     void handle(Call& call) override { run_message(*this, kMessages, call); }

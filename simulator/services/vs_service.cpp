@@ -41,7 +41,7 @@ std::optional<std::vector<std::uint32_t>> parse_ids(ByteView list)
 class VsService final : public Service {
  public:
     VsService(Modem& modem, const VsSettings& settings)
-        : Service({"vs", 228, 1, ResultForm::words}, modem), samples_(settings.samples)
+        : Service({"vs", 228, ResultForm::words}, modem), samples_(settings.samples)
     {
     }
 

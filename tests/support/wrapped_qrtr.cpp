@@ -1,12 +1,14 @@
 // AF_QIPCRTR for machines whose kernel has none: sockets of that family, as the link uses them, carried by the seqpacket
 // socket that RBK_TEST_QRTR names. The addresses that the kernel would keep beside a datagram stand in front of it there.
-// Linked with --wrap for the four calls below.
+// Linked with --wrap for the six calls below. Of the receivers that a case plays, two are not as others: nobody has the
+// port kNobody, and the queue behind kFull is full at first.
 #include <linux/qrtr.h>
 #include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -18,6 +20,8 @@
 
 extern "C" {
 int __real_socket(int domain, int type, int protocol);
+int __real_bind(int fd, const sockaddr* address, socklen_t size);
+int __real_close(int fd);
 int __real_getsockname(int fd, sockaddr* address, socklen_t* size);
 ssize_t __real_sendmsg(int fd, const msghdr* message, int flags);
 ssize_t __real_recvmsg(int fd, msghdr* message, int flags);
@@ -25,9 +29,17 @@ ssize_t __real_recvmsg(int fd, msghdr* message, int flags);
 
 namespace {
 
-constexpr std::uint32_t kOwnNode = 1;
+constexpr std::uint32_t kOwnNode = 7;
+constexpr std::uint32_t kNobody = 0x7001;
+constexpr std::uint32_t kFull = 0x7002;
 
-std::atomic<int> g_qrtr_fd{-1};  // the link opens one
+std::atomic<int> g_full_sends{2};
+std::array<std::atomic<bool>, 1024> g_is_qrtr;  // by descriptor
+
+bool is_qrtr(int fd)
+{
+    return fd >= 0 && static_cast<std::size_t>(fd) < g_is_qrtr.size() && g_is_qrtr[static_cast<std::size_t>(fd)];
+}
 
 sockaddr_qrtr address_of(std::uint32_t node, std::uint32_t port)
 {
@@ -54,14 +66,25 @@ int __wrap_socket(int domain, int type, int protocol)
         ::close(fd);
         return -1;
     }
-    g_qrtr_fd = fd;
+    if (fd >= 0) g_is_qrtr.at(static_cast<std::size_t>(fd)) = true;
     return fd;
+}
+
+int __wrap_bind(int fd, const sockaddr* address, socklen_t size)
+{
+    return is_qrtr(fd) ? 0 : __real_bind(fd, address, size);
+}
+
+int __wrap_close(int fd)
+{
+    if (is_qrtr(fd)) g_is_qrtr[static_cast<std::size_t>(fd)] = false;
+    return __real_close(fd);
 }
 
 int __wrap_getsockname(int fd, sockaddr* address, socklen_t* size)
 {
-    if (fd != g_qrtr_fd) return __real_getsockname(fd, address, size);
-    const sockaddr_qrtr own = address_of(kOwnNode, 0x4001);
+    if (!is_qrtr(fd)) return __real_getsockname(fd, address, size);
+    const sockaddr_qrtr own = address_of(kOwnNode, 0x4000 + static_cast<std::uint32_t>(fd));
     std::memcpy(address, &own, sizeof own);
     *size = sizeof own;
     return 0;
@@ -69,13 +92,17 @@ int __wrap_getsockname(int fd, sockaddr* address, socklen_t* size)
 
 ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags)
 {
-    if (fd != g_qrtr_fd) return __real_sendmsg(fd, message, flags);
+    if (!is_qrtr(fd)) return __real_sendmsg(fd, message, flags);
     sockaddr_qrtr to{};
     if (message->msg_namelen != sizeof to || message->msg_iovlen > 3) {
         errno = EDESTADDRREQ;
         return -1;
     }
     std::memcpy(&to, message->msg_name, sizeof to);
+    if (to.sq_port == kNobody || (to.sq_port == kFull && g_full_sends-- > 0)) {
+        errno = to.sq_port == kNobody ? ENODEV : ENOSPC;
+        return -1;
+    }
     std::uint32_t prefix[2] = {to.sq_node, to.sq_port};
     iovec pieces[4] = {{prefix, sizeof prefix}};
     std::memcpy(pieces + 1, message->msg_iov, message->msg_iovlen * sizeof(iovec));
@@ -88,7 +115,7 @@ ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags)
 
 ssize_t __wrap_recvmsg(int fd, msghdr* message, int flags)
 {
-    if (fd != g_qrtr_fd) return __real_recvmsg(fd, message, flags);
+    if (!is_qrtr(fd)) return __real_recvmsg(fd, message, flags);
     std::uint32_t prefix[2] = {};
     iovec pieces[2] = {{prefix, sizeof prefix}, message->msg_iov[0]};
     msghdr carried{};

@@ -46,7 +46,7 @@ $ rbk-modem --listen unix:s --ledger none/ledger; echo $?
 | rbk-modem: none/ledger: No such file or directory
 | 1
 $ rbk-modem --listen s; echo $?
-| --listen: expected unix:PATH, not s
+| --listen: expected unix:PATH or qrtr, not s
 | Run with --help for more information.
 | 1
 $ rbk-modem; echo $?
