@@ -132,6 +132,8 @@ A socket that no living server holds is taken over; the server's own is removed 
 beside it, which keeps a second server away. The same holds for the terminal's link: one that an ended server has
 left is replaced, and all else that lies there is refused. A folder that others may write to can be kept from you
 by their files: take a private one.
+qmux:PATH is the link of a terminal that speaks QMUX: qmicli -d PATH --device-open-qmi --nas-network-scan. A client
+there is one client id; how many there can be at the same time is the scenario's to say ([modem] client_ids).
 A command on the terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] doesn't
 name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
 Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there

@@ -7,8 +7,7 @@
 #include <string>
 
 #include "simulator/base/event_loop.h"
-#include "simulator/base/fd.h"
-#include "simulator/carriers/path_claim.h"
+#include "simulator/carriers/linked_terminal.h"
 
 namespace rbk::sim {
 
@@ -16,10 +15,8 @@ class AtTerminal {
  public:
     using Answers = std::map<std::string, std::string>;  // by command
 
-    // Makes a terminal and a link to it at `path`. A link that an ended server has left is replaced. Null, with the reason
-    // in `error`, when a server has the path, when something else lies there or there is no terminal to be had.
+    // As LinkedTerminal::open has it.
     static std::unique_ptr<AtTerminal> open(const std::string& path, Answers answers, std::string& error);
-    // Removes the link, unless it leads elsewhere by now.
     ~AtTerminal();
     AtTerminal(const AtTerminal&) = delete;
     AtTerminal& operator=(const AtTerminal&) = delete;
@@ -28,7 +25,7 @@ class AtTerminal {
     void serve(EventLoop& loop);
 
  private:
-    AtTerminal(std::string path, PathClaim claim, std::string device, Fd master, Fd slave, Answers answers);
+    AtTerminal(std::unique_ptr<LinkedTerminal> terminal, Answers answers);
     void on_ready();
     void take(char byte);
     void on_line(const std::string& line);
@@ -36,11 +33,7 @@ class AtTerminal {
     void answer(const std::string& text);
     void write_unwritten();
 
-    std::string path_;
-    PathClaim claim_;
-    std::string device_;
-    Fd master_;
-    Fd slave_;  // held open: without an opener the terminal would be at its end between two commands
+    std::unique_ptr<LinkedTerminal> terminal_;
     Answers answers_;
     std::set<std::string> answer_lines_;
     EventLoop* loop_ = nullptr;

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "simulator/carriers/listener.h"
+#include "simulator/carriers/qmux_terminal.h"
 #include "simulator/carriers/qrtr_carrier.h"
 
 namespace rbk::sim {
@@ -23,6 +24,7 @@ std::unique_ptr<Carrier> open_kind(const std::string& path, std::string& error)
 constexpr CarrierKind kKinds[] = {
     {"unix:", open_kind<Listener>},
     {"qrtr", open_kind<QrtrCarrier>},
+    {"qmux:", open_kind<QmuxTerminal>},
 };
 
 bool has_path(const CarrierKind& kind)

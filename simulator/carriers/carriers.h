@@ -9,7 +9,7 @@
 
 namespace rbk::sim {
 
-inline constexpr std::string_view kCarrierForms = "unix:PATH or qrtr";
+inline constexpr std::string_view kCarrierForms = "unix:PATH, qrtr or qmux:PATH";
 
 // What is wrong with a carrier's name; empty when there is such a carrier.
 std::string carrier_complaint(const std::string& name);

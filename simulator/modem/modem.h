@@ -38,6 +38,7 @@ class Modem {
     // From now on the carrier is told of services that come and go.
     void add(Carrier& carrier) { carriers_.push_back(&carrier); }
     std::vector<Server> servers() const;  // that are up
+    std::size_t client_ids() const { return scenario_.client_ids; }
     ClientId attach(std::unique_ptr<Line> line);
     // A message to the service at `port`. False where no service is up there. Without effect once the client leaves.
     bool on_message(ClientId client, std::uint32_t port, ByteView bytes);

@@ -75,6 +75,9 @@ void read_modem(TableReader& file, Scenario& scenario)
     if (const auto boot = table.milliseconds("boot_ms")) scenario.boot = *boot;
     if (const auto restart = table.milliseconds("restart_ms")) scenario.restart = *restart;
     if (const ScenarioNode* servers = table.find("servers")) read_servers(*servers, scenario);
+    if (const auto ids = table.number("client_ids", 1, kMostClientIds)) {
+        scenario.client_ids = static_cast<std::size_t>(*ids);
+    }
     table.finish();
 }
 

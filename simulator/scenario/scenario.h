@@ -52,11 +52,14 @@ struct FaultRule {
 
 inline constexpr std::size_t kLongestAtCommand = 2048;  // bytes; the terminal cuts longer lines
 
+inline constexpr std::size_t kMostClientIds = 1000;
+
 struct Scenario {
     std::vector<std::string> services;
     std::chrono::milliseconds boot{0};
     std::chrono::milliseconds restart{300};
     std::map<std::string, std::uint32_t> instances;  // by service: version in the low byte, instance number above it
+    std::size_t client_ids = 64;  // that a carrier with client ids gives out, at most kMostClientIds
 
     std::map<std::pair<std::uint32_t, std::uint32_t>, Bytes> nv;  // by subscription and item
     std::map<EfsPlace, Bytes> efs;

@@ -10,7 +10,15 @@
 
 [modem]
 boot = 1
-! 2: unknown key boot in [modem]: expected services, boot_ms, restart_ms
+! 2: unknown key boot in [modem]: expected services, boot_ms, restart_ms, servers, client_ids
+
+[modem]
+servers = { nas = { version = 256 } }
+! 2: version: expected a whole number from 0 to 255
+
+[modem]
+client_ids = 1001
+! 2: client_ids: expected a whole number from 1 to 1000
 
 [modem]
 boot_ms = -1

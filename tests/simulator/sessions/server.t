@@ -39,6 +39,9 @@ $ rbk-modem --listen unix:s --at link; echo $?
 $ flock held.lock rbk-modem --listen unix:s --at held; echo $?
 | rbk-modem: held: a server listens there already
 | 1
+$ rbk-modem --listen unix:s --listen qmux:link; echo $?
+| rbk-modem: link: a link to file lies there, which isn't this program's to replace
+| 1
 $ rbk-modem --listen unix:s --at s; echo $?
 | rbk-modem: s: given twice; each carrier and the terminal's link need a place of their own
 | 1
@@ -46,7 +49,7 @@ $ rbk-modem --listen unix:s --ledger none/ledger; echo $?
 | rbk-modem: none/ledger: No such file or directory
 | 1
 $ rbk-modem --listen s; echo $?
-| --listen: expected unix:PATH or qrtr, not s
+| --listen: expected unix:PATH, qrtr or qmux:PATH, not s
 | Run with --help for more information.
 | 1
 $ rbk-modem; echo $?
