@@ -9,6 +9,10 @@
 
 #include "qmi_idl.h"
 
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 constexpr uint32_t PDC_SERVICE_ID = 36;
 constexpr uint32_t PDC_VERSION = 1;
 constexpr uint32_t PDC_MINOR_VERSION = 16;
@@ -235,4 +239,7 @@ struct pdc_validate_config_ind_v01 {
 qmi_idl_service_object_type pdc_get_service_object_internal_v01(int32_t version, int32_t minor_version,
                                                                 int32_t library_version);
 
+#ifdef __cplusplus
+}
+#endif
 #endif
