@@ -222,11 +222,12 @@ TEST_F(UtilsTest, AllocationIsZeroedAndARefusedOneIsTold)
     EXPECT_EQ(std::vector<uint8_t>(block, block + 64), std::vector<uint8_t>(64));
     qcril_free_adv(block, __func__, __LINE__);
     qcril_free_adv(nullptr, __func__, __LINE__);
+    ASSERT_EQ(pthread_setname_np(pthread_self(), "one_who_asks"), 0);
     volatile size_t too_much = SIZE_MAX / 2;
     EXPECT_EQ(qcril_malloc_adv(too_much), nullptr);
     const std::string line = std::to_string(__LINE__ - 1);
     const std::string ids = std::to_string(getpid()) + "," + std::to_string(getpid());
-    EXPECT_EQ(log(), Lines{"3 util: [utils_test.cpp: " + line + "] [" + program_invocation_short_name + "(" + ids +
+    EXPECT_EQ(log(), Lines{"3 util: [utils_test.cpp: " + line + "] [one_who_asks(" + ids +
                            ")] TestBody: Fail to allocate memory"});
 }
 
