@@ -44,7 +44,10 @@ pid_t start(const std::vector<std::string>& command, const RunOptions& options, 
     for (const auto& [name, value] : options.variables)
         if (!value.empty()) variables.push_back(name + "=" + value);
     std::vector<std::string> words = command;
-    if (!options.name.empty()) words[0] = options.name;
+    if (!options.name.empty()) {
+        words[0] = options.name;
+        variables.push_back("QEMU_ARGV0=" + options.name);  // where an emulator stands between
+    }
     const std::vector<char*> arguments = pointers_to(words);
     const std::vector<char*> environment = pointers_to(variables);
 
