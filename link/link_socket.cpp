@@ -127,7 +127,8 @@ Address LinkSocket::local() const
 
 SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wait) const
 {
-    const int flags = MSG_NOSIGNAL | (wait ? 0 : MSG_DONTWAIT);
+    // The kernel's router refuses every flag but MSG_DONTWAIT, and signals nobody.
+    const int flags = (carrier_ == Carrier::qrtr ? 0 : MSG_NOSIGNAL) | (wait ? 0 : MSG_DONTWAIT);
     while (send_once(peer, head, body, flags) < 0) {
         if (errno == EINTR) continue;
         // ENOSPC: a receiver on this node whose queue is full, as the kernel's router says it.

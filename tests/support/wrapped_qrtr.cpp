@@ -98,6 +98,10 @@ ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags)
         errno = EDESTADDRREQ;
         return -1;
     }
+    if ((flags & ~MSG_DONTWAIT) != 0) {
+        errno = EINVAL;  // as the kernel's router has it
+        return -1;
+    }
     std::memcpy(&to, message->msg_name, sizeof to);
     if (to.sq_port == kNobody || (to.sq_port == kFull && g_full_sends-- > 0)) {
         errno = to.sq_port == kNobody ? ENODEV : ENOSPC;
@@ -109,7 +113,7 @@ ssize_t __wrap_sendmsg(int fd, const msghdr* message, int flags)
     msghdr carried{};
     carried.msg_iov = pieces;
     carried.msg_iovlen = message->msg_iovlen + 1;
-    const ssize_t sent = __real_sendmsg(fd, &carried, flags);
+    const ssize_t sent = __real_sendmsg(fd, &carried, flags | MSG_NOSIGNAL);
     return sent < 0 ? sent : sent - static_cast<ssize_t>(sizeof prefix);
 }
 
