@@ -30,7 +30,7 @@ constexpr std::uint8_t kExtendedStatus = 0x15;
 // The one application of a card that has a subscription: USIM, ready, its PIN disabled.
 // clang-format off
 constexpr std::uint8_t kUsim[] = {
-    2, 7, 11, 0, 0, 0,  // type, state, personalisation: state, feature, its two retries
+    2, 7, 2, 11, 0, 0,  // type, state, personalisation: state, feature, its two retries
     16, 0xA0, 0, 0, 0, 0x87, 0x10, 0x02, 0xFF, 0x49, 0xFF, 0xFF, 0x89, 0x02, 0x00, 0x00, 0xFF,  // AID
     0,                  // no universal PIN
     3, 3, 10,           // PIN 1: disabled, retries of PIN and PUK
