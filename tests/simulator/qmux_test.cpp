@@ -149,11 +149,20 @@ TEST_F(QmuxTest, ComesAsItIsWritten)
     }
 }
 
-// A frame of two writes, and one client id whose answers nobody reads while another one's come whole.
+TEST_F(QmuxTest, AnswersWaitForRoom)
+{
+    start(milliseconds(20));
+    write(bytes_of("01 0F00 00 0000 00 A1 2200 0400 01 0100 03"));
+    for (int i = 0; i < 2000; ++i) write(bytes_of("01 0C00 00 0301 00 A8A9 2100 0000"));
+    EXPECT_EQ(read_frame().size(), 21u);
+    for (int i = 0; i < 2000; ++i) ASSERT_EQ(read_frame().size(), 85u) << i;
+}
+
+// A frame longer than any, another one of two writes, and a client id whose answers are read late.
 TEST_F(QmuxTest, TakesPiecesAndKeepsFramesWholeForWhoReadsLate)
 {
     start(std::chrono::minutes(1), {.unsent_age = milliseconds(300)});
-    write(bytes_of("01 0F00 00 0000 00 A1 2200 04"));
+    write(bytes_of("01 FFFF 00 0000 00 A1 2100 F4FF 01 0F00 00 0000 00 A1 2200 04"));
     ::usleep(20000);
     write(bytes_of("00 01 0100 03"));
     EXPECT_EQ(read_frame().size(), 21u);
