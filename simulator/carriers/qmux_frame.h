@@ -48,17 +48,6 @@ class QmuxReader {
 
 // ---- Messages of the control service ----
 
-// Its error numbers, as they are published: the modem's other services count in another way.
-enum class QmuxError : std::uint16_t {
-    none = 0,
-    malformed_message = 1,
-    client_ids_exhausted = 5,
-    invalid_client_id = 7,
-    missing_argument = 17,
-    invalid_service_type = 31,
-    unknown_message = 71,
-};
-
 enum class QmuxControlKind : std::uint8_t { request = 0, response = 1, indication = 2 };
 
 struct QmuxControlHead {

@@ -28,12 +28,12 @@ enum : std::uint8_t { kFirst = 0x01, kResult = 0x02, kLinkProtocol = 0x10 };
 constexpr std::uint16_t kControlVersion[] = {1, 5};
 
 // The mandatory TLV of a request, or what is wrong with it.
-QmuxError take_argument(ByteView tlvs, std::size_t size, ByteView& value)
+QmiError take_argument(ByteView tlvs, std::size_t size, ByteView& value)
 {
     const std::optional<ByteView> found = find_tlv(tlvs, kFirst);
-    if (!found) return QmuxError::missing_argument;
+    if (!found) return QmiError::missing_argument;
     value = *found;
-    return value.size() == size ? QmuxError::none : QmuxError::malformed_message;
+    return value.size() == size ? QmiError::none : QmiError::malformed_message;
 }
 
 }  // namespace
@@ -156,8 +156,7 @@ void QmuxTerminal::on_frame(const QmuxFrame& frame)
     const std::optional<link::QmiMessage> request = link::parse_qmi(frame.message);
     if (!request || request->head.kind != link::QmiKind::request) return;
     Bytes answer(link::kQmiHeadSize);
-    TlvWriter(answer).number(kResult, std::uint32_t{1} | static_cast<std::uint32_t>(QmuxError::invalid_client_id)
-                                                             << 16);
+    TlvWriter(answer).number(kResult, std::uint32_t{1} | static_cast<std::uint32_t>(QmiError::invalid_client_id) << 16);
     const auto length = static_cast<std::uint16_t>(answer.size() - link::kQmiHeadSize);
     link::store_qmi_head(answer.data(),
                          {link::QmiKind::response, request->head.transaction, request->head.message, length});
@@ -172,23 +171,23 @@ void QmuxTerminal::on_control(std::uint8_t client, ByteView message)
     if (!request) return;
     Bytes own;
     TlvWriter writer(own);
-    QmuxError error = QmuxError::none;
+    QmiError error = QmiError::none;
     if (client != 0) {
-        error = QmuxError::invalid_client_id;
+        error = QmiError::invalid_client_id;
     } else if (!well_formed(message)) {
-        error = QmuxError::malformed_message;
+        error = QmiError::malformed_message;
     } else {
         error = run_control(request->message, message, writer);
     }
     Bytes tlvs;
-    const auto failed = static_cast<std::uint32_t>(error == QmuxError::none ? 0 : 1);
+    const auto failed = static_cast<std::uint32_t>(error == QmiError::none ? 0 : 1);
     TlvWriter(tlvs).number(kResult, failed | static_cast<std::uint32_t>(error) << 16);
-    if (error == QmuxError::none) tlvs.insert(tlvs.end(), own.begin(), own.end());
+    if (error == QmiError::none) tlvs.insert(tlvs.end(), own.begin(), own.end());
     const QmuxControlHead head{QmuxControlKind::response, request->transaction, request->message};
     send_own(kQmuxControl, client, pack_qmux_control(head, tlvs));
 }
 
-QmuxError QmuxTerminal::run_control(std::uint16_t message, ByteView tlvs, TlvWriter& answer)
+QmiError QmuxTerminal::run_control(std::uint16_t message, ByteView tlvs, TlvWriter& answer)
 {
     switch (message) {
     case kVersions: return tell_versions(answer);
@@ -198,12 +197,12 @@ QmuxError QmuxTerminal::run_control(std::uint16_t message, ByteView tlvs, TlvWri
     case kSetDataFormat: return set_data_format(tlvs, answer);
     case kSync:
         while (!ids_.empty()) let_go(ids_.begin()->first);
-        return QmuxError::none;
-    default: return QmuxError::unknown_message;
+        return QmiError::none;
+    default: return QmiError::invalid_command;
     }
 }
 
-QmuxError QmuxTerminal::tell_versions(TlvWriter& answer) const
+QmiError QmuxTerminal::tell_versions(TlvWriter& answer) const
 {
     Bytes list(1);
     const auto add = [&list](std::uint8_t service, std::uint16_t major, std::uint16_t minor) {
@@ -218,56 +217,56 @@ QmuxError QmuxTerminal::tell_versions(TlvWriter& answer) const
         add(static_cast<std::uint8_t>(server.service), static_cast<std::uint8_t>(server.instance), 0);
     }
     answer.bytes(kFirst, list);
-    return QmuxError::none;
+    return QmiError::none;
 }
 
 // The link has the number that its host gives it.
-QmuxError QmuxTerminal::set_instance(ByteView tlvs, TlvWriter& answer)
+QmiError QmuxTerminal::set_instance(ByteView tlvs, TlvWriter& answer)
 {
     ByteView instance;
-    const QmuxError error = take_argument(tlvs, 1, instance);
-    if (error == QmuxError::none) answer.number(kFirst, std::uint16_t{instance[0]});
+    const QmiError error = take_argument(tlvs, 1, instance);
+    if (error == QmiError::none) answer.number(kFirst, std::uint16_t{instance[0]});
     return error;
 }
 
-QmuxError QmuxTerminal::allocate(ByteView tlvs, TlvWriter& answer)
+QmiError QmuxTerminal::allocate(ByteView tlvs, TlvWriter& answer)
 {
     ByteView service;
-    const QmuxError error = take_argument(tlvs, 1, service);
-    if (error != QmuxError::none) return error;
+    const QmiError error = take_argument(tlvs, 1, service);
+    if (error != QmiError::none) return error;
     const std::optional<Server> server = find_server(service[0]);
-    if (!server) return QmuxError::invalid_service_type;
+    if (!server) return QmiError::invalid_service_type;
     Id id{service[0], 1};
     while (id.second <= kHighestId && ids_.contains(id)) ++id.second;
-    if (id.second > kHighestId || ids_.size() >= modem_->client_ids()) return QmuxError::client_ids_exhausted;
+    if (id.second > kHighestId || ids_.size() >= modem_->client_ids()) return QmiError::client_ids_exhausted;
     auto line = std::make_unique<IdLine>(*this, id, server->port);
     IdLine* const held = line.get();
     held->client = modem_->attach(std::move(line));
     ids_.emplace(id, held);
     answer.bytes(kFirst, Bytes{id.first, id.second});
-    return QmuxError::none;
+    return QmiError::none;
 }
 
-QmuxError QmuxTerminal::release(ByteView tlvs, TlvWriter& answer)
+QmiError QmuxTerminal::release(ByteView tlvs, TlvWriter& answer)
 {
     ByteView value;
-    const QmuxError error = take_argument(tlvs, 2, value);
-    if (error != QmuxError::none) return error;
+    const QmiError error = take_argument(tlvs, 2, value);
+    if (error != QmiError::none) return error;
     const Id id{value[0], value[1]};
-    if (!find_server(id.first)) return QmuxError::invalid_service_type;
-    if (!ids_.contains(id)) return QmuxError::invalid_client_id;
+    if (!find_server(id.first)) return QmiError::invalid_service_type;
+    if (!ids_.contains(id)) return QmiError::invalid_client_id;
     let_go(id);
     answer.bytes(kFirst, value);
-    return QmuxError::none;
+    return QmiError::none;
 }
 
 // There is no data to have a format: whatever is asked for is fine.
-QmuxError QmuxTerminal::set_data_format(ByteView tlvs, TlvWriter& answer)
+QmiError QmuxTerminal::set_data_format(ByteView tlvs, TlvWriter& answer)
 {
     ByteView quality_of_service;
-    const QmuxError error = take_argument(tlvs, 1, quality_of_service);
+    const QmiError error = take_argument(tlvs, 1, quality_of_service);
     const std::optional<ByteView> protocol = find_tlv(tlvs, kLinkProtocol);
-    if (error == QmuxError::none && protocol) answer.bytes(kLinkProtocol, *protocol);
+    if (error == QmiError::none && protocol) answer.bytes(kLinkProtocol, *protocol);
     return error;
 }
 

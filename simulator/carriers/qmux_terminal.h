@@ -15,6 +15,7 @@
 #include "simulator/carriers/linked_terminal.h"
 #include "simulator/carriers/qmux_frame.h"
 #include "simulator/modem/carrier.h"
+#include "simulator/modem/service.h"
 #include "simulator/modem/tlv.h"
 
 namespace rbk::sim {
@@ -41,12 +42,12 @@ class QmuxTerminal final : public Carrier {
 
     void on_control(std::uint8_t client, ByteView message);
     // Each answers a request: its TLVs go behind the result.
-    QmuxError run_control(std::uint16_t message, ByteView tlvs, TlvWriter& answer);
-    QmuxError tell_versions(TlvWriter& answer) const;
-    QmuxError set_instance(ByteView tlvs, TlvWriter& answer);
-    QmuxError allocate(ByteView tlvs, TlvWriter& answer);
-    QmuxError release(ByteView tlvs, TlvWriter& answer);
-    QmuxError set_data_format(ByteView tlvs, TlvWriter& answer);
+    QmiError run_control(std::uint16_t message, ByteView tlvs, TlvWriter& answer);
+    QmiError tell_versions(TlvWriter& answer) const;
+    QmiError set_instance(ByteView tlvs, TlvWriter& answer);
+    QmiError allocate(ByteView tlvs, TlvWriter& answer);
+    QmiError release(ByteView tlvs, TlvWriter& answer);
+    QmiError set_data_format(ByteView tlvs, TlvWriter& answer);
 
     std::optional<Server> find_server(std::uint8_t service) const;
     void let_go(Id id);

@@ -20,9 +20,9 @@
 < extended r5 01: w71 02: w0
 # TLVs that are missing, short, cut, too long
 > extended 2
-< extended r2 env 19:
+< extended r2 env 17:
 > extended 2 01: w0
-< extended r2 env 19:
+< extended r2 env 17:
 > extended 2 01: h0 02: w0
 < extended r2 env 1:
 > extended raw 00 h21 h2 h7 010500 w0
@@ -44,13 +44,13 @@
 > extended A 01: w7 02: w9 03: 00*1536
 < extended rA 01: w0 02: w7
 > extended A 01: w7 02: w9
-< extended rA 01: w19 02: w0
+< extended rA 01: w17 02: w0
 > extended A 01: w7 02: w9 03: 01
 < extended rA 01: w1 02: w0
 > extended C 01: w7 02: w9 03: 01
 < extended rC 01: w0 02: w7
 > extended C 01: w7 02: w9
-< extended rC 01: w19 02: w0
+< extended rC 01: w17 02: w0
 
 ## A head that is wrong is answered, or keeps the next request from its answer
 > extended raw

@@ -8,7 +8,7 @@
 > sar 63
 < sar r63 02: h1 h71
 > sar 1
-< sar r1 02: h1 h19
+< sar r1 02: h1 h17
 > sar 1 01: 05
 < sar r1 02: h1 h1
 > sar 1 01: w21
@@ -60,7 +60,7 @@ networks = [ { mcc = 262, mnc = 1, status = 2, name = "One" }, { mcc = 310, mnc 
 > vs 207 01: h2 02: h5 03: 00
 < vs r207 02: w1 w48
 > vs 207 01: h1 02: h5
-< vs r207 02: w1 w19
+< vs r207 02: w1 w17
 
 ## A sample's fields change their place, width or sign, or a service that the scenario doesn't name comes up
 [modem]

@@ -166,7 +166,7 @@ config = [ { id = "A1" } ]
 ## A broken request is carried out, or read past its end
 # No type, a short one, an unknown one, a third subscription
 > pdc 22
-< pdc r22 02: h1 h19
+< pdc r22 02: h1 h17
 > pdc 27 01: 01
 < pdc r27 02: h1 h1
 > pdc 22 01: w2

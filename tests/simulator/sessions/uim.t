@@ -186,7 +186,7 @@ eid = "EID"
 > uim 30 01: w2
 < uim r30 02: h1 h1
 > uim 65
-< uim r65 02: h1 h19
+< uim r65 02: h1 h17
 # Types: for more slots than there are, cut, none, an unknown one behind a good one, an eSIM where there is none
 > uim 7A 01: 03 w1 w1 w1
 < uim r7A 02: h1 h48
@@ -200,7 +200,7 @@ eid = "EID"
 < uim r7A 02: h1 h94
 # Applications: none, of nobody, cut, with more behind; nothing to close
 > uim 42 01: 02
-< uim r42 02: h1 h19
+< uim r42 02: h1 h17
 > uim 42 01: 02 10: 02 A000
 < uim r42 02: h1 h16 11: 6A82
 > uim 42 01: 02 10: 10 A0
@@ -208,10 +208,10 @@ eid = "EID"
 > uim 42 01: 02 10: 0F ISD_R
 < uim r42 02: h1 h1
 > uim 3F 01: 02
-< uim r3F 02: h1 h19
+< uim r3F 02: h1 h17
 # Commands: none, empty, cut, a cut count, too long
 > uim 3B 01: 02 10: 01
-< uim r3B 02: h1 h19
+< uim r3B 02: h1 h17
 > uim 3B 01: 02 02: h0
 < uim r3B 02: h1 h1
 > uim 3B 01: 02 02: h9 80
