@@ -30,9 +30,11 @@ constexpr std::uint32_t kPlatform = 0;  // types of configurations
 constexpr std::uint32_t kSoftware = 1;
 
 constexpr std::uint16_t kValidate = 0x002C;
+constexpr std::uint16_t kRefresh = 0x002F;  // indication of an event
+enum class RefreshEvent : std::uint32_t { start, complete };
 
 // TLVs. The first stands in every message, token and error in every indication.
-enum : std::uint8_t { kFirst = 0x01, kError = 0x01, kToken = 0x10 };
+enum : std::uint8_t { kFirst = 0x01, kError = 0x01, kToken = 0x10, kWatchRefresh = 0x11 };
 
 struct Config {
     Bytes id;
@@ -165,9 +167,11 @@ class PdcService final : public Service {
     void client_gone(ClientId client) override
     {
         listings_.erase(client);
+        watching_.erase(client);
         std::erase_if(loads_, [client](const Load& load) { return load.client == client; });
     }
 
+    void watch(Call& call);
     void get_selected(Call& call);
     void set_selected(Call& call);
     void list(Call& call);
@@ -192,6 +196,10 @@ class PdcService final : public Service {
     }
     static Bytes begin(const Call& call, QmiError error);
 
+    // What a subscription runs has changed, or it couldn't be: the outcome, and in between a refresh that watchers hear of.
+    void refreshed(Call& call, bool written);
+    void tell_watchers(RefreshEvent event, std::chrono::milliseconds delay);
+
     // How far a client has been told the list; of one type, or of all.
     struct Listing {
         std::optional<std::uint32_t> type;
@@ -214,7 +222,7 @@ class PdcService final : public Service {
     Bytes frame(const Bytes& head, std::size_t index) const;
     void stream(ClientId client, const Bytes& head, std::size_t index);
 
-    static const Message<PdcService> kMessages[11];
+    static const Message<PdcService> kMessages[12];
 
     struct Load {
         ClientId client = 0;
@@ -226,10 +234,12 @@ class PdcService final : public Service {
     std::vector<Config> configs_;  // what loads and deletions make of the settings' lasts until the modem goes down
     std::vector<std::pair<std::uint32_t, Bytes>> deactivated_;  // stays selectable, whether it is in the list or not
     std::map<ClientId, Listing> listings_;
-    std::vector<Load> loads_;  // unfinished ones
+    std::set<ClientId> watching_;  // that want to hear of refreshes
+    std::vector<Load> loads_;      // unfinished ones
 };
 
-constexpr Message<PdcService> PdcService::kMessages[11] = {
+constexpr Message<PdcService> PdcService::kMessages[12] = {
+    {0x0020, &PdcService::watch},
     {0x0022, &PdcService::get_selected, {{{kFirst, 4}}}},
     {0x0023, &PdcService::set_selected, {{{kFirst, 0}}}},
     {0x0024, &PdcService::list},
@@ -285,6 +295,15 @@ std::optional<Bytes> PdcService::stored(const std::string& at, std::string_view 
 
 // ---- What a subscription runs ----
 
+void PdcService::watch(Call& call)
+{
+    if (!call.find(kWatchRefresh)) return;
+    if (call.number<std::uint8_t>(kWatchRefresh) != 0)
+        watching_.insert(call.client);
+    else
+        watching_.erase(call.client);
+}
+
 void PdcService::get_selected(Call& call)
 {
     const auto at = find_place(call, call.number<std::uint32_t>(kFirst), 0x11);
@@ -318,12 +337,12 @@ void PdcService::activate(Call& call)
     const auto at = find_place(call, call.number<std::uint32_t>(kFirst), 0x12);
     if (!at) return;
     const auto pending = stored(*at, kPending);
-    if (!pending) return outcome(call, stored(*at, kActive) ? QmiError::none : QmiError::not_in_this_state);
+    if (!pending && !stored(*at, kActive)) return outcome(call, QmiError::not_in_this_state);
+    if (!pending) return refreshed(call, true);
     StateStore& store = modem().store();
     // In this order: after a kill between the two the same activation is done once more.
-    const bool written =
-        store.write(*at + std::string(kActive), *pending) == 0 && store.remove(*at + std::string(kPending)) == 0;
-    outcome(call, written ? QmiError::none : QmiError::internal);
+    refreshed(call,
+              store.write(*at + std::string(kActive), *pending) == 0 && store.remove(*at + std::string(kPending)) == 0);
 }
 
 void PdcService::deactivate(Call& call)
@@ -337,7 +356,24 @@ void PdcService::deactivate(Call& call)
     std::erase(deactivated_, gone);
     if (deactivated_.size() == kDeactivated) deactivated_.erase(deactivated_.begin());
     deactivated_.push_back(gone);
-    outcome(call, modem().store().remove(*at + std::string(kActive)) == 0 ? QmiError::none : QmiError::internal);
+    refreshed(call, modem().store().remove(*at + std::string(kActive)) == 0);
+}
+
+void PdcService::refreshed(Call& call, bool written)
+{
+    if (written) {
+        tell_watchers(RefreshEvent::start, {});
+        tell_watchers(RefreshEvent::complete, settings_.indication);
+    }
+    outcome(call, written ? QmiError::none : QmiError::internal);
+}
+
+void PdcService::tell_watchers(RefreshEvent event, std::chrono::milliseconds delay)
+{
+    Bytes tlvs;
+    TlvWriter(tlvs).number(kFirst, static_cast<std::uint32_t>(event));
+    for (const ClientId watcher : watching_)
+        after(watcher, delay, [this, watcher, tlvs] { modem().indicate(*this, watcher, kRefresh, tlvs); });
 }
 
 // ---- What is stored in the modem ----

@@ -47,6 +47,19 @@ pending = "BB"
 < pdc r27 02: w0
 < pdc i27 01: h0
 = pdc/platform/active C1C2
+# Who asks for it hears of refreshes
+> pdc 20 11: 01
+< pdc r20 02: w0
+> pdc 27 01: w0
+< pdc r27 02: w0
+< pdc i2F 01: w0
+< pdc i2F 01: w1
+< pdc i27 01: h0
+> pdc 20 11: 00
+< pdc r20 02: w0
+> pdc 27 01: w0
+< pdc r27 02: w0
+< pdc i27 01: h0
 > pdc 2E 01: w1 10: w3
 < pdc r2E 02: w0
 < pdc i2E 01: h0 10: w3
