@@ -59,7 +59,7 @@ struct Scenario {
     std::chrono::milliseconds boot{0};
     std::chrono::milliseconds restart{300};
     std::map<std::string, std::uint32_t> instances;  // by service: version in the low byte, instance number above it
-    std::size_t client_ids = 64;  // that a carrier with client ids gives out, at most kMostClientIds
+    std::size_t client_ids = 64;                     // that a carrier with client ids gives out, at most kMostClientIds
 
     std::map<std::pair<std::uint32_t, std::uint32_t>, Bytes> nv;  // by subscription and item
     std::map<EfsPlace, Bytes> efs;
