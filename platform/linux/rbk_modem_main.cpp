@@ -126,20 +126,22 @@ int serve(const Arguments& arguments)
 }
 
 constexpr char kHelp[] =
-    R"(A carrier is unix:PATH, a socket for RBK_MODEM=unix:PATH, or qrtr, the kernel's router for RBK_MODEM=qrtr.
-Prints "ready" once clients can connect: RBK_MODEM=unix:PATH rbk 4 1 0 550.
+    R"(A carrier is one of
+  unix:PATH   a socket: RBK_MODEM=unix:PATH rbk 4 1 0 550
+  qrtr        the kernel's router: RBK_MODEM=qrtr rbk 4 1 0 550
+  qmux:PATH   a terminal that speaks QMUX, linked at PATH: qmicli -d PATH --device-open-qmi --nas-network-scan
+Prints "ready" once clients can connect.
 A socket that no living server holds is taken over; the server's own is removed at the end, and so is PATH.lock
-beside it, which keeps a second server away. The same holds for the terminal's link: one that an ended server has
+beside it, which keeps a second server away. The same holds for a terminal's link: one that an ended server has
 left is replaced, and all else that lies there is refused. A folder that others may write to can be kept from you
 by their files: take a private one.
-qmux:PATH is the link of a terminal that speaks QMUX: qmicli -d PATH --device-open-qmi --nas-network-scan. A client
-there is one client id; how many there can be at the same time is the scenario's to say ([modem] client_ids).
-A command on the terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] doesn't
+A client is a connection over unix:PATH, a socket at one service over qrtr, and a client id over qmux:PATH; how many ids
+there can be at the same time is the scenario's to say ([modem] client_ids).
+A command on the AT terminal is a line that begins with AT, or that the scenario's [at] names; one that [at] doesn't
 name is answered with ERROR. More than 64 KiB of answers that nobody reads are lost.
 Clients that come when the descriptors run short are turned away; the hard limit (ulimit -Hn) says how many there
 are, up to 65536.
-A line of the ledger says what a client had not given back when its connection ended, or the server did; over qrtr a
-client is one of one service:
+A line of the ledger says what a client had not given back when it ended, or the server did:
 client 3: channels=1 efs_reads=0 efs_writes=0 diag_sessions=0 dci_clients=0 dci_streams=0 pdc_lists=0 pdc_loads=0 stats=1
 These are logical channels to cards, EFS files read or sent in part, a diag library that is started, DCI clients that
 are registered and those of them with streams, and lists of configurations and configurations on their way in part; all
