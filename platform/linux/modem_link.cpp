@@ -71,7 +71,11 @@ bool ModemLink::connect()
         else
             error = "expected embedded, unix:PATH or qrtr, not \"" + modem + "\"";
     }
-    if (!socket.is_open() || !socket.make_wakeable()) {
+    if (socket.is_open() && !socket.make_wakeable()) {
+        error = "the system has no descriptor left";
+        socket = {};
+    }
+    if (!socket.is_open()) {
         complain("RBK_MODEM: " + error);
         return false;
     }

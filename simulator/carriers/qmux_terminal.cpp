@@ -121,6 +121,7 @@ void QmuxTerminal::on_ready(std::uint32_t events)
     std::uint8_t bytes[kReadAtOnce];
     const ssize_t size = ::read(terminal_->fd(), bytes, sizeof bytes);
     if (size <= 0) return;
+    terminal_->keep_raw();  // else a host that has set it to be read by lines would never get through
     reader_.add({bytes, static_cast<std::size_t>(size)});
     take_frames();
 }

@@ -157,8 +157,9 @@ void QrtrCarrier::on_ready(Port& port)
         return;
     }
     if (!datagram) return;
-    if (datagram->peer.port == QRTR_PORT_CTRL) return on_control(port, datagram->bytes);
-    on_message(port, *datagram);
+    if (datagram->peer.port != QRTR_PORT_CTRL) return on_message(port, *datagram);
+    // Other nodes' routers speak to ours, which tells us.
+    if (datagram->peer.node == port.socket.local().node) on_control(port, datagram->bytes);
 }
 
 void QrtrCarrier::on_control(Port& port, ByteView bytes)

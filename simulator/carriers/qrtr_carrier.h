@@ -3,7 +3,8 @@
 //
 // A client here is one of one service: what its socket sends to another service comes over another socket of ours, and
 // nothing orders the two. Within one service's queue the router's word that a client has gone stands behind all that it
-// sent, and before all that comes of the next owner of its port.
+// sent, and before all that comes of the next owner of its port, who has to look the service up. A word that is lost, for
+// want of room in our queue, is made good by a send that meets nobody.
 #pragma once
 
 #include <map>

@@ -58,7 +58,8 @@ class Modem {
 
     // Sends an indication to a client of the service, as the fault rules have it. Without effect when the client has gone.
     void indicate(Service& service, ClientId client, std::uint16_t message, Bytes tlvs);
-    // Takes all services away once the handler that runs now has returned and its answer has left, and brings them back,
+    // Takes all services away once the handler that runs now has returned and its answer has left (where a client is one of
+    // one service, an answer that waits for room goes with its client), and brings them back,
     // as freshly switched on, after restart_ms.
     void restart();
     // The same for one service, whose answers have frames of their own: they have left.

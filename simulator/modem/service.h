@@ -44,7 +44,6 @@ enum class QmiError : std::uint16_t {
     malformed_message = 1,
     no_memory = 2,
     internal = 3,
-    aborted = 4,
     client_ids_exhausted = 5,
     invalid_client_id = 7,
     no_such_id = 16,
@@ -54,7 +53,6 @@ enum class QmiError : std::uint16_t {
     invalid_service_type = 31,
     invalid_identifier = 41,
     invalid_argument = 48,
-    device_not_ready = 52,
     invalid_command = 71,
     not_supported = 94,
 };

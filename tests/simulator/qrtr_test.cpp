@@ -142,6 +142,7 @@ TEST_F(QrtrTest, RouterSaysWhichClientsHaveGone)
     for (const Address& from : {kClient, far, Address{3, 0x5003}, Address{kNode, 0x5004}}) sar.ask(from, 7);
     sar.tell({QRTR_TYPE_DEL_CLIENT, 0, 0, {kNode, 0x6000}});                              // never heard of
     sar.say(kClient, link::pack_control({QRTR_TYPE_DEL_CLIENT, 0, 0, {kNode, 0x5004}}));  // not the router's word
+    sar.say({3, QRTR_PORT_CTRL}, link::pack_control({QRTR_TYPE_DEL_CLIENT, 0, 0, {kNode, 0x5004}}));  // nor ours
     sar.tell({QRTR_TYPE_DEL_CLIENT, 0, 0, kClient});
     expect_gone(1);
     sar.tell({QRTR_TYPE_BYE, 0, 0, {3, 0}});
