@@ -132,7 +132,8 @@ SendResult LinkSocket::send(Address peer, ByteView head, ByteView body, bool wai
     while (send_once(peer, head, body, flags) < 0) {
         if (errno == EINTR) continue;
         // ENOSPC: a receiver on this node whose queue is full, as the kernel's router says it.
-        const bool full = errno == EAGAIN || errno == EWOULDBLOCK || errno == ENOBUFS || errno == ENOSPC || errno == ENOMEM;
+        const bool full =
+            errno == EAGAIN || errno == EWOULDBLOCK || errno == ENOBUFS || errno == ENOSPC || errno == ENOMEM;
         return full ? SendResult::would_block : SendResult::closed;
     }
     return SendResult::sent;
