@@ -7,10 +7,10 @@
 #include <sys/epoll.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "fuzz/input.h"
+#include "fuzz/needs_terminals.h"
 #include "fuzz/scratch.h"
 #include "simulator/carriers/qmux_terminal.h"
 #include "simulator/modem/modem.h"
@@ -140,16 +140,6 @@ class Session {
 };
 
 }  // namespace
-
-// A system without terminals (a plain chroot) has nothing to try: 77, as CTest knows it.
-extern "C" int LLVMFuzzerInitialize(int*, char***)
-{
-    if (!sim::Fd(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)).is_open()) {
-        std::perror("posix_openpt");
-        std::exit(77);
-    }
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "simulator/carriers/listener.h"
 #include "simulator/carriers/qmux_terminal.h"
@@ -44,7 +45,7 @@ const CarrierKind* find_kind(const std::string& name)
 
 std::string carrier_complaint(const std::string& name)
 {
-    return find_kind(name) != nullptr ? "" : "expected " + std::string(kCarrierForms) + ", not " + name;
+    return find_kind(name) != nullptr ? "" : "expected unix:PATH, qrtr or qmux:PATH, not " + name;
 }
 
 std::string carrier_path(const std::string& name)

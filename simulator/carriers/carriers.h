@@ -3,13 +3,10 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "simulator/modem/carrier.h"
 
 namespace rbk::sim {
-
-inline constexpr std::string_view kCarrierForms = "unix:PATH, qrtr or qmux:PATH";
 
 // What is wrong with a carrier's name; empty when there is such a carrier.
 std::string carrier_complaint(const std::string& name);
