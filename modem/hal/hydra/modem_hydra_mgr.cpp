@@ -1,12 +1,13 @@
 /* The statistics manager. A view takes g_hydra_data_mutex, has a sample fetched into the one buffer, unpacks it field by
  * field into its record and lets go. All views share one frame, which reports under the view's name; a view itself is
- * its parameter and the list of its fields in the order of the sample. */
+ * its parameter and the form of its sample (modem_hydra_samples). */
 #include "modem_hydra_mgr.h"
 
 #include <pthread.h>
 #include <stddef.h>
 #include <string.h>
 
+#include "modem_hydra_samples.h"
 #include "velmor_utils_cmn.h"
 
 constexpr uint32_t HYDRA_FEATURE_STATS = 2;
@@ -184,16 +185,6 @@ int32_t modem_hydra_data_get(uint32_t sub, uint32_t id)
 
 // ---- Unpacking a sample ----
 
-/* One field of a sample: where it goes in the record, how many bytes it has, and its name in messages. */
-struct hydra_field {
-    const char *name;
-    uint32_t    offset;
-    uint32_t    size;  // 1, 2 or 4
-};
-// clang-format off
-#define HYDRA_DATA_UNPK(record, field) hydra_field{#field, offsetof(record, field), sizeof(record::field)}
-// clang-format on
-
 /* Takes the next field off the sample, whatever its alignment. Reports under the view's name. */
 static bool unpack_field(const char *name, const hydra_field *field, void *record)
 {
@@ -219,8 +210,7 @@ static bool unpack_field(const char *name, const hydra_field *field, void *recor
 enum view_trace { TRACES_SUB, TRACES_SUB_AND_ID };
 
 /* A view's fetch and its fields; with the lock held. */
-static int32_t read_sample(const char *name, uint32_t sub, uint32_t id, const hydra_field *fields, uint32_t field_count,
-                           void *record, uint32_t record_size)
+static int32_t read_sample(const char *name, uint32_t sub, uint32_t id, const hydra_form *form, void *record)
 {
     if (record == nullptr) {
         LOG_FROM(name, 1, "ptr_hydra_data is NULL");
@@ -230,14 +220,13 @@ static int32_t read_sample(const char *name, uint32_t sub, uint32_t id, const hy
         LOG_FROM(name, 1, "modem_hydra_data_get failed");
         return 0;
     }
-    memset(record, 0, record_size);
-    for (uint32_t i = 0; i < field_count; ++i)
-        if (!unpack_field(name, &fields[i], record)) return 0;
+    memset(record, 0, form->record_size);
+    for (uint32_t i = 0; i < form->field_count; ++i)
+        if (!unpack_field(name, &form->fields[i], record)) return 0;
     return 1;
 }
 
-static int32_t view(const char *name, view_trace trace, uint32_t sub, uint32_t id, const hydra_field *fields,
-                    uint32_t field_count, void *record, uint32_t record_size)
+static int32_t view(const char *name, view_trace trace, uint32_t sub, uint32_t id, const hydra_form *form, void *record)
 {
     const uint32_t shown = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(record));
 
@@ -248,33 +237,20 @@ static int32_t view(const char *name, view_trace trace, uint32_t sub, uint32_t i
     } else {
         LOG_FROM(name, 4, "sub = %d, ptr_hydra_data = 0x%x", sub, shown);
     }
-    const int32_t ret = read_sample(name, sub, id, fields, field_count, record, record_size);
+    const int32_t ret = read_sample(name, sub, id, form, record);
     pthread_mutex_unlock(&g_hydra_data_mutex);
     LOG_FROM(name, 4, "function exit, ret = %d <-------------", ret);
     return ret;
 }
 
 /* The frame under the name of the view that it stands in. */
-#define HYDRA_VIEW(trace, sub, id, fields, record) \
-    view(__func__, trace, sub, id, fields, sizeof(fields) / sizeof(fields[0]), record, sizeof(*(record)))
+#define HYDRA_VIEW(trace, sub, id, form, record) view(__func__, trace, sub, id, &(form), record)
 
 // ---- LTE serving measurement ----
 
-/* The sample has the figures chain by chain, the record has them by kind. */
 int32_t modem_hydra_lte_srv_meas_info_get(uint32_t sub, uint32_t id, modem_hydra_lte_srv_meas_info *record)
 {
-    using T = modem_hydra_lte_srv_meas_info;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),  HYDRA_DATA_UNPK(T, version_ssmr), HYDRA_DATA_UNPK(T, earfcn),
-        HYDRA_DATA_UNPK(T, pci),      HYDRA_DATA_UNPK(T, is_srv_cell),  HYDRA_DATA_UNPK(T, rx_valid),
-        HYDRA_DATA_UNPK(T, rsrp_rx0), HYDRA_DATA_UNPK(T, rsrq_rx0),     HYDRA_DATA_UNPK(T, rssi_rx0),
-        HYDRA_DATA_UNPK(T, snr_rx0),  HYDRA_DATA_UNPK(T, rsrp_rx1),     HYDRA_DATA_UNPK(T, rsrq_rx1),
-        HYDRA_DATA_UNPK(T, rssi_rx1), HYDRA_DATA_UNPK(T, snr_rx1),      HYDRA_DATA_UNPK(T, rsrp_rx2),
-        HYDRA_DATA_UNPK(T, rsrq_rx2), HYDRA_DATA_UNPK(T, rssi_rx2),     HYDRA_DATA_UNPK(T, snr_rx2),
-        HYDRA_DATA_UNPK(T, rsrp_rx3), HYDRA_DATA_UNPK(T, rsrq_rx3),     HYDRA_DATA_UNPK(T, rssi_rx3),
-        HYDRA_DATA_UNPK(T, snr_rx3),
-    };
-    return HYDRA_VIEW(TRACES_SUB_AND_ID, sub, id, fields, record);
+    return HYDRA_VIEW(TRACES_SUB_AND_ID, sub, id, g_lte_srv_meas_info_form, record);
 }
 
 int32_t modem_hydra_lte_srv_meas_info_get_for_pcc(uint32_t sub, modem_hydra_lte_srv_meas_info *record)
@@ -316,12 +292,7 @@ int32_t modem_hydra_lte_srv_meas_info_get_for_scc6(uint32_t sub, modem_hydra_lte
 
 int32_t modem_hydra_nr5g_srv_meas_info_get(uint32_t sub, uint32_t id, modem_hydra_nr5g_srv_meas_info *record)
 {
-    using T = modem_hydra_nr5g_srv_meas_info;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),  HYDRA_DATA_UNPK(T, rsrp_rx0), HYDRA_DATA_UNPK(T, rsrp_rx1),
-        HYDRA_DATA_UNPK(T, rsrp_rx2), HYDRA_DATA_UNPK(T, rsrp_rx3), HYDRA_DATA_UNPK(T, rsrq),
-    };
-    return HYDRA_VIEW(TRACES_SUB_AND_ID, sub, id, fields, record);
+    return HYDRA_VIEW(TRACES_SUB_AND_ID, sub, id, g_nr5g_srv_meas_info_form, record);
 }
 
 int32_t modem_hydra_nr5g_srv_meas_info_get_for_pcc(uint32_t sub, modem_hydra_nr5g_srv_meas_info *record)
@@ -341,123 +312,60 @@ int32_t modem_hydra_nr5g_srv_meas_info_get_for_scc2(uint32_t sub, modem_hydra_nr
 
 int32_t modem_hydra_nr5g_ll1_fw_rx_control_agc_get(uint32_t sub, modem_hydra_nr5g_ll1_fw_rx_control_agc *record)
 {
-    using T = modem_hydra_nr5g_ll1_fw_rx_control_agc;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version), HYDRA_DATA_UNPK(T, rssi0), HYDRA_DATA_UNPK(T, rssi1),
-        HYDRA_DATA_UNPK(T, rssi2),   HYDRA_DATA_UNPK(T, rssi3),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_RX_AGC, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_RX_AGC, g_nr5g_ll1_fw_rx_control_agc_form, record);
 }
 
 int32_t modem_hydra_nr5g_ll1_fw_serving_ftl_get(uint32_t sub, modem_hydra_nr5g_ll1_fw_serving_ftl *record)
 {
-    using T = modem_hydra_nr5g_ll1_fw_serving_ftl;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version), HYDRA_DATA_UNPK(T, snr0), HYDRA_DATA_UNPK(T, snr1),
-        HYDRA_DATA_UNPK(T, snr2),    HYDRA_DATA_UNPK(T, snr3),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_SERVING_SNR, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_SERVING_SNR, g_nr5g_ll1_fw_serving_ftl_form, record);
 }
 
 int32_t modem_hydra_nr5g_ml1_antenna_switch_diversity_get(uint32_t                                       sub,
                                                           modem_hydra_nr5g_ml1_antenna_switch_diversity *record)
 {
-    using T = modem_hydra_nr5g_ml1_antenna_switch_diversity;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),      HYDRA_DATA_UNPK(T, ant_rx_0_old), HYDRA_DATA_UNPK(T, ant_rx_0_new),
-        HYDRA_DATA_UNPK(T, ant_rx_1_old), HYDRA_DATA_UNPK(T, ant_rx_1_new), HYDRA_DATA_UNPK(T, ant_rx_2_old),
-        HYDRA_DATA_UNPK(T, ant_rx_2_new), HYDRA_DATA_UNPK(T, ant_rx_3_old), HYDRA_DATA_UNPK(T, ant_rx_3_new),
-        HYDRA_DATA_UNPK(T, ant_tx_0_old), HYDRA_DATA_UNPK(T, ant_tx_0_new), HYDRA_DATA_UNPK(T, ant_tx_1_old),
-        HYDRA_DATA_UNPK(T, ant_tx_1_new),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_ANT_SWITCH, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_ANT_SWITCH, g_nr5g_ml1_antenna_switch_diversity_form, record);
 }
 
 // ---- WCDMA, GSM, antennas ----
 
 int32_t modem_hydra_wcdma_pn_search_edition2_get(uint32_t sub, modem_hydra_wcdma_pn_search_edition2 *record)
 {
-    using T = modem_hydra_wcdma_pn_search_edition2;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),
-        HYDRA_DATA_UNPK(T, rx_agc_0),
-        HYDRA_DATA_UNPK(T, rx_agc_1),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_WCDMA_RX_AGC, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_WCDMA_RX_AGC, g_wcdma_pn_search_edition2_form, record);
 }
 
 int32_t modem_hydra_gsm_l1_rx_diversity_metrics_get(uint32_t sub, modem_hydra_gsm_l1_rx_diversity_metrics *record)
 {
-    using T = modem_hydra_gsm_l1_rx_diversity_metrics;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),
-        HYDRA_DATA_UNPK(T, rx_prx),
-        HYDRA_DATA_UNPK(T, rx_drx),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_GSM_RX_DIVERSITY, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_GSM_RX_DIVERSITY, g_gsm_l1_rx_diversity_metrics_form, record);
 }
 
 int32_t modem_hydra_mcs_trm_asdiv_get(uint32_t sub, modem_hydra_mcs_trm_asdiv *record)
 {
-    using T = modem_hydra_mcs_trm_asdiv;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),  HYDRA_DATA_UNPK(T, ant_number), HYDRA_DATA_UNPK(T, ant_switch_path),
-        HYDRA_DATA_UNPK(T, sig_path), HYDRA_DATA_UNPK(T, old_config), HYDRA_DATA_UNPK(T, new_config),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_ASDIV, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_ASDIV, g_mcs_trm_asdiv_form, record);
 }
 
 // ---- Transmit power ----
 
 int32_t modem_hydra_lte_pusch_power_info_get(uint32_t sub, modem_hydra_lte_pusch_power_info *record)
 {
-    using T = modem_hydra_lte_pusch_power_info;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version),   HYDRA_DATA_UNPK(T, pusch_tx_power),    HYDRA_DATA_UNPK(T, dl_path_loss),
-        HYDRA_DATA_UNPK(T, max_power), HYDRA_DATA_UNPK(T, pusch_ex_tx_power),
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_LTE_PUSCH_POWER, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_LTE_PUSCH_POWER, g_lte_pusch_power_info_form, record);
 }
 
-/* All four losses bear one name in messages: meant to stay so. */
 int32_t modem_hydra_nr5g_mac_ul_phy_ch_power_info_get(uint32_t sub, modem_hydra_nr5g_mac_ul_phy_ch_power_info *record)
 {
-    using T = modem_hydra_nr5g_mac_ul_phy_ch_power_info;
-    static const hydra_field fields[] = {
-        HYDRA_DATA_UNPK(T, version_hook),
-        HYDRA_DATA_UNPK(T, tx_power_pusch),
-        HYDRA_DATA_UNPK(T, tx_power_pucch),
-        HYDRA_DATA_UNPK(T, tx_power_srs),
-        HYDRA_DATA_UNPK(T, tx_power_prach),
-        HYDRA_DATA_UNPK(T, mtpl_pusch),
-        HYDRA_DATA_UNPK(T, mtpl_pucch),
-        HYDRA_DATA_UNPK(T, mtpl_srs),
-        HYDRA_DATA_UNPK(T, mtpl_prach),
-        {"pathloss", offsetof(T, pathloss[0]), sizeof(uint32_t)},
-        {"pathloss", offsetof(T, pathloss[1]), sizeof(uint32_t)},
-        {"pathloss", offsetof(T, pathloss[2]), sizeof(uint32_t)},
-        {"pathloss", offsetof(T, pathloss[3]), sizeof(uint32_t)},
-    };
-    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_UL_POWER, fields, record);
+    return HYDRA_VIEW(TRACES_SUB, sub, HYDRA_NR5G_UL_POWER, g_nr5g_mac_ul_phy_ch_power_info_form, record);
 }
 
 /* The fetch of the system mode and what it says; with the lock held. */
 static uint32_t read_rat(const char *name, uint32_t sub)
 {
-    struct sys_mode {
-        uint8_t  stack_max;  // 0: no rat follows
-        uint32_t rat;
-    };
-    static const hydra_field stack_max = HYDRA_DATA_UNPK(sys_mode, stack_max);
-    static const hydra_field rat = HYDRA_DATA_UNPK(sys_mode, rat);
-
-    sys_mode mode = {};
+    modem_hydra_sys_mode mode = {};
     if (modem_hydra_data_get(sub, HYDRA_SYS_MODE) != 0) {
         LOG_FROM(name, 1, "modem_hydra_data_get failed");
         return HYDRA_RAT_NONE;
     }
-    if (!unpack_field(name, &stack_max, &mode) || mode.stack_max == 0) return HYDRA_RAT_NONE;
-    return unpack_field(name, &rat, &mode) ? mode.rat : HYDRA_RAT_NONE;
+    const hydra_field *const fields = g_sys_mode_form.fields;
+    if (!unpack_field(name, &fields[0], &mode) || mode.stack_max == 0) return HYDRA_RAT_NONE;
+    return unpack_field(name, &fields[1], &mode) ? mode.rat : HYDRA_RAT_NONE;
 }
 
 uint32_t modem_sys_mode_get(uint32_t sub)

@@ -8,54 +8,13 @@
 
 #include "velmor_extend_api.h"
 #include "velmor_extend_cmn.h"
+#include "velmor_extend_nvefs_records.h"
 #include "velmor_utils_cmn.h"
 
 constexpr uint32_t EFS_CHUNK = 414;           // bytes of a written chunk, though the record has room for 424
 constexpr uint32_t EFS_CHUNK_COUNT = 300;     // chunks of one transfer
 constexpr uint32_t EFS_READ_ENOUGH = 102409;  // a read ends once it has more bytes than this
 constexpr uint16_t EFS_NEW_INSTANCE = 255;    // in the first chunk: the modem names the open file in its answer
-constexpr uint32_t LEGACY_DATA_MAX = 412;
-
-enum nvefs_op : uint8_t { NV_READ = 1, NV_WRITE = 2, NV_DELETE = 3, EFS_READ = 4, EFS_WRITE = 5, EFS_DELETE = 6 };
-
-/* Records of REQUEST_ID_EFS, little-endian. */
-struct nvefs_req {
-    nvefs_op op;
-    uint8_t  sub_id;
-    uint16_t nv_id;     // EFS write: instance
-    uint8_t  path_len;  // bytes in path
-    char     path[103];
-    uint32_t data_len_all;   // of a write, bytes
-    uint32_t data_len_send;  // of this written chunk, bytes
-    uint32_t data_len_cur;   // bytes moved before this chunk, which is its offset in the file
-    uint8_t  data[NVEFS_DATA_MAX];
-};
-struct nvefs_rsp {
-    uint32_t reserved_0;
-    uint32_t data_len_all;   // of the item or the file, bytes; foreign
-    uint32_t data_len_send;  // of this read chunk, bytes; foreign
-    uint32_t reserved_12;
-    int32_t  result;  // 0; EFS write: 0 or above is the instance for the next chunk
-    uint8_t  data[NVEFS_DATA_MAX];
-};
-static_assert(sizeof(nvefs_req) == 544 && offsetof(nvefs_req, data_len_all) == 108 && offsetof(nvefs_req, data) == 120);
-static_assert(sizeof(nvefs_rsp) == 444 && offsetof(nvefs_rsp, data) == 20);
-
-/* Records of REQUEST_ID_NV_LEGACY. */
-struct legacy_req {
-    uint32_t op;  // 1
-    uint32_t nv_id;
-    uint32_t sub_id;
-    uint8_t  reserved[416];
-};
-struct legacy_rsp {
-    uint32_t reserved_0;
-    int32_t  result;
-    uint32_t reserved_8[2];
-    uint32_t data_len;  // of the item, bytes; foreign
-    uint8_t  data[LEGACY_DATA_MAX];
-};
-static_assert(sizeof(legacy_req) == 428 && sizeof(legacy_rsp) == 432);
 
 /* Held over a whole operation; each before the extended client's mutex, never both. */
 static pthread_mutex_t g_nv_mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -330,8 +289,8 @@ int32_t velmor_nv_delete(uint32_t sub_id, uint32_t nv_id)
 
 int32_t velmor_extend_nv_read_item(uint32_t nv_id, uint32_t sub_id, void *buf, uint32_t *p_buf_len)
 {
-    legacy_req req = {};
-    legacy_rsp rsp = {};
+    nv_legacy_req req = {};
+    nv_legacy_rsp rsp = {};
 
     LOG(4, "function entry ------------->");
     int32_t result = VELMOR_ERR_BAD_ARGUMENT;
@@ -347,7 +306,7 @@ int32_t velmor_extend_nv_read_item(uint32_t nv_id, uint32_t sub_id, void *buf, u
         } else {
             if (*p_buf_len < rsp.data_len) result = NVEFS_ITEM_CUT;
             if (*p_buf_len > rsp.data_len) *p_buf_len = rsp.data_len;
-            if (*p_buf_len > LEGACY_DATA_MAX) *p_buf_len = LEGACY_DATA_MAX;
+            if (*p_buf_len > NV_LEGACY_DATA_MAX) *p_buf_len = NV_LEGACY_DATA_MAX;
             memcpy(buf, rsp.data, *p_buf_len);
         }
     }
