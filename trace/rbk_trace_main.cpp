@@ -1,0 +1,205 @@
+// A trace for people: as lines, as a page, or as a scenario that repeats it.
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "simulator/base/printable.h"
+#include "trace/fields.h"
+#include "trace/lines.h"
+#include "trace/names.h"
+#include "trace/talk.h"
+#include "trace/trace_file.h"
+
+namespace {
+
+using namespace rbk::trace;
+
+struct Arguments {
+    std::string file;
+    std::vector<std::string> services;
+    std::vector<std::string> messages;
+    bool html = false;
+    bool scenario = false;
+    bool errors = false;
+    bool show_private = false;
+    bool follow = false;
+};
+
+void say(const std::string& line)
+{
+    std::fprintf(stderr, "rbk-trace: %s\n", rbk::sim::printable(line).c_str());
+}
+
+// ---- Which messages are asked for ----
+
+bool is_named_by(const std::vector<std::string>& asked, std::initializer_list<std::string_view> names,
+                 std::uint32_t number)
+{
+    return asked.empty() || std::ranges::any_of(asked, [&](const std::string& each) {
+               return std::ranges::any_of(names, [&](std::string_view name) { return is_named(each, name, number); });
+           });
+}
+
+bool is_asked_for(const Arguments& arguments, const Message& message, const Decoded& decoded)
+{
+    const TraceLine& line = message.line;
+    const std::uint32_t no_number = UINT32_MAX;
+    return is_named_by(arguments.services, {decoded.service}, line.is_diag ? no_number : line.service) &&
+           is_named_by(arguments.messages, {decoded.message, decoded.content},
+                       line.is_diag ? no_number : line.head.message);
+}
+
+// ---- A talk and its words ----
+
+class Reading {
+ public:
+    explicit Reading(const Arguments& arguments) : arguments_(arguments) {}
+
+    Talk& talk() { return talk_; }
+    const Message& message(std::size_t index) const { return talk_.messages()[index]; }
+
+    Decoded decoded(std::size_t index) const
+    {
+        const Message& each = message(index);
+        const bool has_request = each.partner && !each.line.is_request();
+        return decode(each.line, has_request ? &message(*each.partner).line : nullptr);
+    }
+
+    void print_unanswered()
+    {
+        for (const std::size_t each : talk_.take_unanswered()) print(each);
+    }
+
+    // Of two messages that belong together both are shown where one is faulty.
+    bool is_chosen(std::size_t index, const Decoded& words) const
+    {
+        const Message& each = message(index);
+        if (!is_asked_for(arguments_, each, words)) return false;
+        if (!arguments_.errors || is_faulty(each, words)) return true;
+        return each.partner && is_faulty(message(*each.partner), decoded(*each.partner));
+    }
+
+    void print(std::size_t index) const
+    {
+        const Decoded words = decoded(index);
+        if (!is_chosen(index, words)) return;
+        const std::string text =
+            line_of(message(index), words, message(0).line.time_us, talk_.runs() > 1, arguments_.show_private);
+        std::puts(text.c_str());
+    }
+
+ private:
+    const Arguments& arguments_;
+    Talk talk_;
+};
+
+std::string complaint_of(const TraceFile& file, const std::string& problem)
+{
+    return file.name() + ":" + std::to_string(file.number()) + ": " + problem;
+}
+
+// The whole file. Empty where it has no message, which is said.
+bool read_all(TraceFile& file, Talk& talk)
+{
+    std::vector<std::string> complaints;
+    while (const std::optional<std::string> text = file.next(false)) {
+        auto line = parse_line(*text, file.number());
+        if (const auto* problem = std::get_if<std::string>(&line)) {
+            if (complaints.empty() || !talk.messages().empty()) complaints.push_back(complaint_of(file, *problem));
+        } else {
+            talk.add(std::get<TraceLine>(std::move(line)));
+        }
+    }
+    talk.end();
+    if (talk.messages().empty()) {
+        say(complaints.empty() ? file.name() + ": no trace: it is empty" : complaints.front() + ": no trace");
+        return false;
+    }
+    for (const std::string& complaint : complaints) say(complaint + ": skipped");
+    return true;
+}
+
+int print_all(const Arguments& arguments)
+{
+    TraceFile file(arguments.file);
+    Reading reading(arguments);
+    if (!read_all(file, reading.talk())) return 1;
+    for (std::size_t i = 0; i < reading.talk().messages().size(); ++i) reading.print(i);
+    return 0;
+}
+
+// Until the process is ended, or its standard input has ended.
+int follow(const Arguments& arguments)
+{
+    using std::chrono::microseconds, std::chrono::milliseconds;
+    TraceFile file(arguments.file);
+    Reading reading(arguments);
+    auto came = std::chrono::steady_clock::now();  // the last message
+    for (;;) {
+        while (const std::optional<std::string> text = file.next(true)) {
+            auto line = parse_line(*text, file.number());
+            if (const auto* problem = std::get_if<std::string>(&line)) {
+                say(complaint_of(file, *problem) + ": skipped");
+                continue;
+            }
+            const std::size_t index = reading.talk().add(std::get<TraceLine>(std::move(line)));
+            came = std::chrono::steady_clock::now();
+            reading.print_unanswered();
+            reading.print(index);
+        }
+        if (!reading.talk().messages().empty()) {
+            const auto since = std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - came);
+            reading.talk().give_up_at(reading.talk().messages().back().line.time_us + since.count());
+            reading.print_unanswered();
+        }
+        std::fflush(stdout);
+        if (arguments.file == "-") return 0;
+        if (file.has_shrunk()) say(file.name() + ": begun anew");
+        std::this_thread::sleep_for(milliseconds(100));
+    }
+}
+
+int run(int argc, char** argv)
+{
+    Arguments arguments;
+    CLI::App app("Tells what rbk and the modem said to each other: the file of RBK_TRACE, for people.", "rbk-trace");
+    app.add_option("FILE", arguments.file, "trace that RBK_TRACE has rbk write; - is standard input")->required();
+    auto* html = app.add_flag("--html", arguments.html, "write it as one page for a browser");
+    auto* scenario = app.add_flag("--scenario", arguments.scenario, "write it as a scenario that repeats it");
+    auto* follow_flag = app.add_flag("-f,--follow", arguments.follow, "go on as the file grows");
+    auto* services = app.add_option("--service", arguments.services, "of this service alone: a name or a number");
+    auto* messages = app.add_option("--message", arguments.messages, "of this name or number alone");
+    auto* errors = app.add_flag("--errors", arguments.errors, "alone what failed, and its other half");
+    app.add_flag("--show-private", arguments.show_private, "show what identifies a person or a card");
+    services->type_name("NAME")->take_all();
+    messages->type_name("NAME")->take_all();
+    html->excludes(scenario, follow_flag);
+    scenario->excludes(follow_flag, services, messages, errors);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 1;
+    }
+    return arguments.follow ? follow(arguments) : print_all(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        const int status = run(argc, argv);
+        if (std::fflush(stdout) == 0) return status;
+        say("the output can't be written");
+    } catch (const std::exception& error) {
+        say(error.what());
+    }
+    return 1;
+}
