@@ -98,8 +98,8 @@ Content read_nvefs_request(Piece data)
     if (op == NV_WRITE || op == EFS_WRITE) {
         if (op == EFS_WRITE) record.add_number<std::uint16_t>("instance", offsetof(nvefs_req, nv_id));
         ADD(record, nvefs_req, data_len_all);
-        ADD(record, nvefs_req, data_len_send);
     }
+    if (op == EFS_WRITE) ADD(record, nvefs_req, data_len_send);
     if (op == EFS_READ || op == EFS_WRITE) ADD(record, nvefs_req, data_len_cur);
     if (op == NV_WRITE) {
         const std::uint32_t size = NUMBER(record, nvefs_req, data_len_all);

@@ -86,6 +86,7 @@ Field Reader::take(const idl_field& row, Cursor& cursor)
     std::size_t count = row.limit;
     if (row.form == IDL_COUNTED || (row.form == IDL_CHARACTERS && row.tlv == IN_RECORD)) {
         count = take_count(row, cursor);
+        field.offset = cursor.offset();  // of the value itself
     } else if (row.form == IDL_CHARACTERS) {
         count = cursor.left();
     } else if (row.form == IDL_RESERVED_BYTES) {
@@ -302,9 +303,10 @@ void take_envelope(const TraceLine& line, const TraceLine* request, Decoded& dec
         const Asked asked = asking ? Asked{asking->qmi_id, asking->data.bytes} : Asked{};
         content = read_answer(asking ? &asked : nullptr, envelope->data);
         if (envelope->qmi_id != 0) {
-            content.result.clear();
+            content.result.clear();  // the client doesn't look at the rest
             content.is_fault = false;
         }
+        if (envelope->data_len == 0) content.fields.clear();
     } else {
         content = read_request(envelope->qmi_id, envelope->data);
     }
@@ -312,32 +314,29 @@ void take_envelope(const TraceLine& line, const TraceLine* request, Decoded& dec
     decoded.content = content.name;
     if (!content.result.empty()) decoded.result = content.result;
     decoded.is_fault = decoded.is_fault || content.is_fault;
-    std::erase_if(decoded.fields, [&](const Field& field) {
-        const bool is_whole = envelope->data_len == envelope->data.bytes.size();
-        return field.note.empty() &&
-               (field.name == "qmi_id" || field.name == "data" || (field.name == "data_len" && is_whole));
+    if (Field* size = find_field(decoded.fields, "data_len"); envelope->data_len != envelope->data.bytes.size())
+        size->note = "more than there is";
+    std::erase_if(decoded.fields, [](const Field& field) {
+        return field.note.empty() && (field.name == "qmi_id" || field.name == "data" || field.name == "data_len");
     });
     decoded.fields.insert(decoded.fields.begin(), content.fields.begin(), content.fields.end());
 }
 
 // The values of the statistics stand in tables of id and bytes.
-constexpr std::size_t kCount = 2;  // bytes, before the sample
 void take_samples(const TraceLine& line, std::vector<Field>& fields)
 {
     for (Field& field : fields) {
         for (Field& element : field.parts) {
-            const Field* id = find_field(element.parts, "id");
+            Field* id = find_field(element.parts, "id");
             Field* value = find_field(element.parts, "value");
-            if (id == nullptr || value == nullptr || value->size <= kCount) continue;
+            if (id == nullptr || value == nullptr || id->size < 4) continue;
             const auto parameter = static_cast<std::uint32_t>(number_in(line, *id));
-            const Piece sample{ByteView(line.bytes).subspan(value->offset + kCount, value->size - kCount),
-                               value->offset + kCount};
-            value->parts = read_sample(parameter, sample);
+            if (const std::string_view name = sample_name(parameter); !name.empty())
+                id->value = std::string(name) + " (" + std::to_string(parameter) + ")";
+            if (value->size == 0) continue;
+            const ByteView sample = ByteView(line.bytes).subspan(value->offset, value->size);
+            value->parts = read_sample(parameter, {sample, value->offset});
             if (!value->parts.empty()) value->value.clear();
-            if (const std::string_view name = sample_name(parameter); !name.empty()) {
-                Field& shown = *find_field(element.parts, "id");
-                shown.value = std::string(name) + " (" + std::to_string(parameter) + ")";
-            }
         }
     }
 }

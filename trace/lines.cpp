@@ -39,7 +39,7 @@ std::string duration_text(std::int64_t time_us)
     char text[40];
     const auto micros = static_cast<double>(time_us);
     if (time_us < 1'000'000)
-        std::snprintf(text, sizeof text, "%.1f ms", micros / 1e3);
+        std::snprintf(text, sizeof text, time_us < 10'000 ? "%.2f ms" : "%.0f ms", micros / 1e3);
     else
         std::snprintf(text, sizeof text, "%.2f s", micros / 1e6);
     return text;

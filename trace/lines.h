@@ -12,7 +12,7 @@ namespace rbk::trace {
 // "12.345678": seconds, from microseconds.
 std::string seconds_text(std::int64_t time_us);
 
-// "0.4 ms", "3.25 s".
+// "0.35 ms", "250 ms", "3.25 s".
 std::string duration_text(std::int64_t time_us);
 
 // What is wrong with a message's place in the talk, in words; empty where nothing is.
