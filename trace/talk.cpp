@@ -1,7 +1,6 @@
 #include "trace/talk.h"
 
 #include <algorithm>
-#include <ranges>
 
 #include "trace/names.h"
 
@@ -122,7 +121,9 @@ std::optional<std::size_t> Talk::request_of(const TraceLine& line) const
     const auto asked = requests_.find({line.service, line.head.transaction});
     if (asked == requests_.end()) return std::nullopt;
     std::optional<std::size_t> latest;
-    for (const std::size_t each : asked->second | std::views::reverse | std::views::take(kProcessesAtOnce)) {
+    const std::vector<std::size_t>& requests = asked->second;
+    for (std::size_t i = requests.size(); i > 0 && i + kProcessesAtOnce > requests.size(); --i) {
+        const std::size_t each = requests[i - 1];
         const Message& request = messages_[each];
         if (request.line.head.message != line.head.message) continue;
         if (!latest) latest = each;
