@@ -150,7 +150,7 @@ $ sh rbk-trace --service 0x24 --message Set-Selected-Configuration $RBK_SCENARIO
 | 2.000000 > svc=0xFFE4 req txn=3 msg=0x0002 len=567 0104004D00000002040003000000102602A1B2C300*547
 | 2.000000 < svc=0xFFE4 rsp txn=3 msg=0x0002 len=567 0104000000000002040002000000102602A1B200*548
 # A sample that ends too early, and one that is too long.
-| 3.000000 < svc=0x00E4 rsp txn=1 msg=0x0207 len=29 0208000000000000000000100F00010000000064000000040001040200
+| 3.000000 < svc=0x00E4 rsp txn=1 msg=0x0207 len=30 020800000000000000000010100001000000006400000005000104020003
 | 3.000000 < svc=0x00E4 rsp txn=1 msg=0x0207 len=31 020800000000000000000010110001000000002C0000000600010C000000EE
 $ sh rbk-trace $RBK_SCENARIO
 -     0.000000 < sar      run 1 #1 get SAR state  ok  ! an answer to nothing  state=3 TLV 0x77=A1B2 (unknown to the client)
@@ -169,7 +169,7 @@ $ sh rbk-trace $RBK_SCENARIO
 -     1.000000 < extended run 3 #2 envelope: NV read  ok  after 0.00 ms  data_len_all=5 data=none
 -     1.000000 > extended run 3 #3 envelope: request 77  data=A1B2C3
 -     1.000000 < extended run 3 #3 envelope: request 77  ok  after 0.00 ms  data=A1B2
--     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=antenna switch (100), value={version=1, ant_number=4, ant_switch_path=2, sig_path=none (the sample ends before it)}}]
+-     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=antenna switch (100), value={version=1, ant_number=4, ant_switch_path=2, sig_path=none (the sample ends before it), rest=03 (more than the sample's form has)}}]
 -     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=system mode (44), value={stack_max=1, rat=NR5G (12), rest=EE (more than the sample's form has)}}]
 
 == What identifies a person or a card stays hidden
