@@ -275,9 +275,10 @@ std::vector<Field> read_sample(std::uint32_t parameter, Piece sample)
         const Piece piece = sample.cut(at, row.size);
         Field field{row.name, {}, {}, false, piece.offset, piece.bytes.size()};
         if (piece.bytes.size() < row.size) {
-            field.note = "the sample ends before it";
+            field.value = hex_text(piece.bytes);
+            field.note = piece.bytes.empty() ? "the sample ends before it" : "the sample ends within it";
             fields.push_back(std::move(field));
-            break;
+            return fields;
         }
         const auto word = peek_le<std::uint32_t>(piece.bytes, 0);
         char text[40];

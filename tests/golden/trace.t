@@ -169,7 +169,7 @@ $ sh rbk-trace $RBK_SCENARIO
 -     1.000000 < extended run 3 #2 envelope: NV read  ok  after 0.00 ms  data_len_all=5 data=none
 -     1.000000 > extended run 3 #3 envelope: request 77  data=A1B2C3
 -     1.000000 < extended run 3 #3 envelope: request 77  ok  after 0.00 ms  data=A1B2
--     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=antenna switch (100), value={version=1, ant_number=4, ant_switch_path=2, sig_path=none (the sample ends before it), rest=03 (more than the sample's form has)}}]
+-     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=antenna switch (100), value={version=1, ant_number=4, ant_switch_path=2, sig_path=03 (the sample ends within it)}}]
 -     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=system mode (44), value={stack_max=1, rat=NR5G (12), rest=EE (more than the sample's form has)}}]
 
 == What identifies a person or a card stays hidden
