@@ -194,7 +194,12 @@ void Modem::on_request(Client& client, Slot& slot, const link::QmiMessage& messa
     } else if (fault != nullptr && fault->action == FaultAction::raw) {
         answer_ = fault->bytes;
     } else {
-        service.handle(call);
+        if (fault != nullptr && fault->action == FaultAction::pull) service.pull_card(fault->slot);
+        if (fault != nullptr && fault->action == FaultAction::refuse) {
+            service.refuse(call, fault->code);
+        } else {
+            service.handle(call);
+        }
     }
     answer(client, slot, message, call, fault);
 }
@@ -283,7 +288,9 @@ void Modem::plan(Slot& slot, Indication indication, std::vector<Outgoing>& plann
         if (!fault->also) return;
         break;
     case FaultAction::error:
-    case FaultAction::result: break;  // of answers alone
+    case FaultAction::result:
+    case FaultAction::refuse:
+    case FaultAction::pull: break;  // of requests alone
     }
     planned.push_back({std::move(indication), early});
 }

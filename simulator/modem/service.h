@@ -159,6 +159,15 @@ class Service {
     }
     // Puts `code` into the result field of an answer's records, where the service has such a field.
     virtual void set_result(ByteView request, std::span<std::uint8_t> answer, std::int32_t code) const;
+    // Answers with `code` in that field and does nothing; where the service has no such field, as without this rule.
+    virtual void refuse(Call& call, std::int32_t code)
+    {
+        static_cast<void>(code);
+        handle(call);
+    }
+
+    // The card leaves the slot's tray, where the service has cards.
+    virtual void pull_card(std::uint8_t slot) { static_cast<void>(slot); }
 
     // An answer's beginning: the result TLV, and the whole of an answer that fails.
     virtual void write_result(std::uint16_t message, std::int32_t error, TlvWriter& answer) const;

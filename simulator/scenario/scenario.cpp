@@ -177,11 +177,12 @@ struct ActionName {
     bool for_indications;
 };
 constexpr ActionName kActions[] = {
-    {"silent", FaultAction::silent, true, true}, {"delay", FaultAction::delay, true, true},
-    {"error", FaultAction::error, true, false},  {"result", FaultAction::result, true, false},
-    {"raw", FaultAction::raw, true, true},       {"indicate", FaultAction::indicate, true, true},
-    {"twice", FaultAction::twice, false, true},  {"early", FaultAction::early, false, true},
-    {"down", FaultAction::down, true, true},
+    {"silent", FaultAction::silent, true, true},     {"delay", FaultAction::delay, true, true},
+    {"error", FaultAction::error, true, false},      {"result", FaultAction::result, true, false},
+    {"refuse", FaultAction::refuse, true, false},    {"raw", FaultAction::raw, true, true},
+    {"indicate", FaultAction::indicate, true, true}, {"twice", FaultAction::twice, false, true},
+    {"early", FaultAction::early, false, true},      {"down", FaultAction::down, true, true},
+    {"pull", FaultAction::pull, true, false},
 };
 
 FaultAction read_action(const ScenarioNode& node, bool on_indication)
@@ -255,8 +256,12 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
     const ScenarioNode& action = table.need("action");
     rule.action = read_action(action, rule.on_indication);
     if (!rule.call.empty() && rule.action != FaultAction::error) action.refuse("action", "error beside call");
-    if (rule.action == FaultAction::result && rule.service != "extended") {
-        action.refuse("action", "result with the service extended alone");
+    const bool of_record = rule.action == FaultAction::result || rule.action == FaultAction::refuse;
+    if (of_record && rule.service != "extended") {
+        action.refuse("action", action.text("action") + " with the service extended alone");
+    }
+    if (rule.action == FaultAction::pull && rule.service != "uim") {
+        action.refuse("action", "pull with the service uim alone");
     }
     switch (rule.action) {
     case FaultAction::delay: {
@@ -274,6 +279,7 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
         break;
     }
     case FaultAction::result:
+    case FaultAction::refuse:
         rule.code = static_cast<std::int32_t>(table.need("code").number("code", INT32_MIN, INT32_MAX));
         break;
     case FaultAction::indicate:
@@ -285,6 +291,9 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
         rule.also = table.flag("also").value_or(false);
         [[fallthrough]];
     case FaultAction::raw: rule.bytes = table.need("bytes").bytes("bytes", longest_bytes(rule)); break;
+    case FaultAction::pull:
+        rule.slot = static_cast<std::uint8_t>(table.need("slot").number("slot", 1, kMostSlots));
+        break;
     case FaultAction::silent:
     case FaultAction::twice:
     case FaultAction::early:

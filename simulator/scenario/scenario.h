@@ -28,7 +28,7 @@ struct UnaskedIndication {
     std::optional<std::chrono::milliseconds> every;  // absent: once
 };
 
-enum class FaultAction { silent, delay, error, result, raw, indicate, twice, early, down };
+enum class FaultAction { silent, delay, error, result, refuse, raw, indicate, twice, early, down, pull };
 
 // A rule for answers and indications that go wrong.
 struct FaultRule {
@@ -48,11 +48,14 @@ struct FaultRule {
     Bytes bytes;
     std::optional<std::uint16_t> indication;
     bool also = false;
+    std::uint8_t slot = 0;  // whose card is pulled
 };
 
 inline constexpr std::size_t kLongestAtCommand = 2048;  // bytes; the terminal cuts longer lines
 
 inline constexpr std::size_t kMostClientIds = 1000;
+
+inline constexpr std::uint8_t kMostSlots = 5;  // for cards: as many as a card status tells of
 
 struct Scenario {
     std::vector<std::string> services;

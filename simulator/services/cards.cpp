@@ -13,13 +13,14 @@ namespace {
 // ---- Files ----
 
 // Values of a slot, each a file of its own. Those for people's eyes are words; one that is missing has its first value.
-constexpr std::string_view kState = "state";         // absent, present, error
-constexpr std::string_view kPower = "power";         // up, down
-constexpr std::string_view kSide = "side";           // physical, esim
-constexpr std::string_view kEid = "eid";             // 16 bytes; no file: no eUICC
-constexpr std::string_view kEidAfter = "eid_after";  // requests that go without the EID after each start
-constexpr std::string_view kEidWaits = "eid_waits";  // those that are left
-constexpr std::string_view kProfiles = "profiles";   // 10 bytes each
+constexpr std::string_view kState = "state";                 // absent, present, error
+constexpr std::string_view kPower = "power";                 // up, down
+constexpr std::string_view kSide = "side";                   // physical, esim
+constexpr std::string_view kEid = "eid";                     // 16 bytes; no file: no eUICC
+constexpr std::string_view kEidAfter = "eid_after";          // requests that go without the EID after each start
+constexpr std::string_view kEidWaits = "eid_waits";          // those that are left
+constexpr std::string_view kChannelsHeld = "channels_held";  // logical channels that others have open
+constexpr std::string_view kProfiles = "profiles";           // 10 bytes each
 constexpr std::string_view kEsimSwitch = "efs/1/nv/item_files/modem/uim/uimdrv/esim_enable";
 
 constexpr std::string_view kStateWords[] = {"absent", "present", "error"};
@@ -65,6 +66,7 @@ struct Card {
     CardState state = CardState::present;
     Bytes eid;  // empty: no eUICC
     std::int64_t eid_after = kEidAfterDefault;
+    std::int64_t channels_held = 0;
     std::vector<std::pair<Bytes, Bytes>> answers;  // command, answer
 };
 
@@ -84,6 +86,7 @@ bool fill_card(StateStore& fresh, std::uint8_t slot, const Card& card)
         written = written && write(kEid, card.eid) && write(kEidAfter, as_bytes(std::to_string(card.eid_after))) &&
                   write(kProfiles, kFactoryProfile);
     }
+    if (card.channels_held > 0) written = written && write(kChannelsHeld, as_bytes(std::to_string(card.channels_held)));
     for (const auto& [command, answer] : card.answers) {
         written = written && fresh.write(answer_place(slot, command), answer) == 0;
     }
@@ -119,6 +122,7 @@ Card read_card(const ScenarioNode& node)
         card.eid = *eid;
     }
     card.eid_after = table.number("eid_after", 0, UINT16_MAX).value_or(card.eid_after);
+    card.channels_held = table.number("channels_held", 0, kLastChannel).value_or(card.channels_held);
     if (const ScenarioNode* apdu = table.find("apdu")) {
         EachOnce<std::string> once;
         for (const auto& [key, value] : apdu->table("[card.apdu]")) {
@@ -230,6 +234,11 @@ bool Cards::eid_is_due(std::uint8_t slot)
     const unsigned left = number_in(word(slot, kEidWaits));
     if (left > 0) set_word(slot, kEidWaits, std::to_string(left - 1));
     return left == 0;
+}
+
+std::uint8_t Cards::channels_held(std::uint8_t slot) const
+{
+    return static_cast<std::uint8_t>(std::min<unsigned>(number_in(word(slot, kChannelsHeld)), kLastChannel));
 }
 
 Bytes Cards::profiles(std::uint8_t slot) const

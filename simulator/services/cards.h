@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "link/bytes.h"
+#include "simulator/scenario/scenario.h"
 #include "simulator/scenario/service_kinds.h"
 #include "simulator/state/state_store.h"
 
@@ -20,7 +21,7 @@ namespace rbk::sim {
 
 class TableReader;
 
-inline constexpr std::uint8_t kMostSlots = 5;  // as many as a card status tells of
+inline constexpr std::uint8_t kLastChannel = 3;  // of an eUICC; channel 0 is always open
 inline constexpr std::size_t kLongestApdu = 1024;
 using Eid = std::array<std::uint8_t, 16>;
 
@@ -53,6 +54,9 @@ class Cards {
     std::optional<Eid> eid(std::uint8_t slot) const;
     // One request for the EID: whether the eUICC, since it last started, has been asked often enough to know it.
     bool eid_is_due(std::uint8_t slot);
+
+    // Logical channels of the eUICC that others on the phone have open, whatever happens to it.
+    std::uint8_t channels_held(std::uint8_t slot) const;
 
     // Profiles that the eUICC holds: 10 bytes each, as the card itself writes their ICCID.
     Bytes profiles(std::uint8_t slot) const;

@@ -263,7 +263,9 @@ void DiagService::send_packet(ClientId client, const DiagHead& head, ByteView by
     case FaultAction::twice: send_later(client, head, bytes, after); break;
     case FaultAction::early: after = milliseconds{0}; break;
     case FaultAction::error:
-    case FaultAction::result: break;  // of answers alone
+    case FaultAction::result:
+    case FaultAction::refuse:
+    case FaultAction::pull: break;  // of requests alone
     }
     send_later(client, head, bytes, after);
 }

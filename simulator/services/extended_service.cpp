@@ -34,14 +34,19 @@ std::span<std::uint8_t> write_envelope(TlvWriter& answer, std::int32_t first_wor
     return answer.zeros(kDataTlv, kEnvelopeData);
 }
 
-// Where the result stands in the answer to a request id; 0 where there is none.
-std::size_t result_offset(std::uint32_t request_id)
+// The record in the answer to a request id: its bytes, and where its result stands; 0 where it has none.
+struct AnswerRecord {
+    std::size_t size = 0;
+    std::size_t result_at = 0;
+};
+
+AnswerRecord answer_record(std::uint32_t request_id)
 {
     switch (request_id) {
-    case kLegacyNv: return kLegacyNvResultAt;
-    case kNvEfs: return kNvEfsResultAt;
-    case kCommon: return kCommonResultAt;
-    default: return 0;
+    case kLegacyNv: return {kLegacyNvAnswerSize, kLegacyNvResultAt};
+    case kNvEfs: return {kNvEfsAnswerSize, kNvEfsResultAt};
+    case kCommon: return {kCommonAnswerSize, kCommonResultAt};
+    default: return {};
     }
 }
 
@@ -60,6 +65,7 @@ class ExtendedService final : public Service {
     ByteView fault_subject(ByteView tlvs) const override { return envelope_data(tlvs); }
     std::optional<std::uint32_t> fault_qmi_id(ByteView tlvs) const override;
     void set_result(ByteView request, std::span<std::uint8_t> answer, std::int32_t code) const override;
+    void refuse(Call& call, std::int32_t code) override;
     void write_result(std::uint16_t message, std::int32_t error, TlvWriter& answer) const override;
 
     void envelope(Call& call);
@@ -88,10 +94,21 @@ std::optional<std::uint32_t> ExtendedService::fault_qmi_id(ByteView tlvs) const
 
 void ExtendedService::set_result(ByteView request, std::span<std::uint8_t> answer, std::int32_t code) const
 {
-    const std::size_t at = result_offset(fault_qmi_id(request).value_or(0));
+    const std::size_t at = answer_record(fault_qmi_id(request).value_or(0)).result_at;
     const std::optional<ByteView> data = find_tlv(answer, kDataTlv);
     if (at == 0 || !data || data->size() != kEnvelopeData) return;
     store_le(&answer[static_cast<std::size_t>(data->data() - answer.data()) + at], code);
+}
+
+void ExtendedService::refuse(Call& call, std::int32_t code)
+{
+    const auto request_id = call.number<std::uint32_t>(kQmiId);
+    const AnswerRecord record = answer_record(request_id);
+    if (call.message != 2 || record.size == 0) return handle(call);
+    const std::span<std::uint8_t> answer = write_envelope(call.answer, 0, record.size);
+    if (request_id == kCommon)
+        store_le(&answer[0], peek_le<std::uint32_t>(envelope_data(call.tlvs), 0));  // the command
+    store_le(&answer[record.result_at], code);
 }
 
 // There is no result TLV: an answer's first word is the error. Success is written by the handlers, with the rest.

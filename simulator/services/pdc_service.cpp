@@ -94,6 +94,7 @@ std::vector<Config> built_in_configs()
 
 struct PdcSettings final : ServiceSettings {
     std::chrono::milliseconds indication{20};
+    std::chrono::milliseconds settle{0};  // of a switch, behind its outcome
     Bytes report = {'<', 'N', 'v', 'D', 'a', 't', 'a', '/', '>', '\n'};
     std::vector<Config> configs = built_in_configs();
     Selection subs[2] = {{configs[0].id, std::nullopt}, {configs[1].id, std::nullopt}};
@@ -197,7 +198,8 @@ class PdcService final : public Service {
     static Bytes begin(const Call& call, QmiError error);
 
     // What a subscription runs has changed, or it couldn't be: the outcome, and in between a refresh that watchers hear of.
-    void refreshed(Call& call, bool written);
+    void refreshed(Call& call, const std::string& at, bool written);
+    bool settles(const std::string& at) const;
     void tell_watchers(RefreshEvent event, std::chrono::milliseconds delay);
 
     // How far a client has been told the list; of one type, or of all.
@@ -232,7 +234,8 @@ class PdcService final : public Service {
 
     const PdcSettings& settings_;
     std::vector<Config> configs_;  // what loads and deletions make of the settings' lasts until the modem goes down
-    std::vector<std::pair<std::uint32_t, Bytes>> deactivated_;  // stays selectable, whether it is in the list or not
+    std::vector<std::pair<std::uint32_t, Bytes>> deactivated_;     // stays selectable, whether it is in the list or not
+    std::map<std::string, EventLoop::Clock::time_point> settled_;  // by place: when its latest switch is over
     std::map<ClientId, Listing> listings_;
     std::set<ClientId> watching_;  // that want to hear of refreshes
     std::vector<Load> loads_;      // unfinished ones
@@ -327,6 +330,7 @@ void PdcService::set_selected(Call& call)
     const auto at = find_place(call, named->type, 0x11);
     if (!at) return;
     if (!is_known(*named, *at)) return outcome(call, QmiError::no_such_id);
+    if (settles(*at)) return outcome(call, QmiError::not_in_this_state);
     const bool written = modem().store().write(*at + std::string(kPending), named->id) == 0;
     outcome(call, written ? QmiError::none : QmiError::internal);
 }
@@ -337,11 +341,11 @@ void PdcService::activate(Call& call)
     const auto at = find_place(call, call.number<std::uint32_t>(kFirst), 0x12);
     if (!at) return;
     const auto pending = stored(*at, kPending);
-    if (!pending && !stored(*at, kActive)) return outcome(call, QmiError::not_in_this_state);
-    if (!pending) return refreshed(call, true);
+    if (settles(*at) || (!pending && !stored(*at, kActive))) return outcome(call, QmiError::not_in_this_state);
+    if (!pending) return refreshed(call, *at, true);
     StateStore& store = modem().store();
     // In this order: after a kill between the two the same activation is done once more.
-    refreshed(call,
+    refreshed(call, *at,
               store.write(*at + std::string(kActive), *pending) == 0 && store.remove(*at + std::string(kPending)) == 0);
 }
 
@@ -350,18 +354,28 @@ void PdcService::deactivate(Call& call)
     const auto type = call.number<std::uint32_t>(kFirst);
     const auto at = find_place(call, type, 0x11);
     if (!at) return;
+    if (settles(*at)) return outcome(call, QmiError::not_in_this_state);
     const auto active = stored(*at, kActive);
     if (!active) return outcome(call, QmiError::no_effect);
     const std::pair gone(type, *active);
     std::erase(deactivated_, gone);
     if (deactivated_.size() == kDeactivated) deactivated_.erase(deactivated_.begin());
     deactivated_.push_back(gone);
-    refreshed(call, modem().store().remove(*at + std::string(kActive)) == 0);
+    refreshed(call, *at, modem().store().remove(*at + std::string(kActive)) == 0);
 }
 
-void PdcService::refreshed(Call& call, bool written)
+// Whether a switch that was told as done is still under way there.
+bool PdcService::settles(const std::string& at) const
+{
+    const auto settled = settled_.find(at);
+    return settled != settled_.end() && EventLoop::Clock::now() < settled->second;
+}
+
+void PdcService::refreshed(Call& call, const std::string& at, bool written)
 {
     if (written) {
+        if (settings_.settle.count() > 0)
+            settled_[at] = EventLoop::Clock::now() + settings_.indication + settings_.settle;
         tell_watchers(RefreshEvent::start, {});
         tell_watchers(RefreshEvent::complete, settings_.indication);
     }
@@ -561,6 +575,7 @@ std::unique_ptr<const ServiceSettings> read_pdc_settings(TableReader* file)
     if (node == nullptr) return settings;
     TableReader table("[pdc]", *node);
     settings->indication = table.milliseconds("indication_ms").value_or(settings->indication);
+    settings->settle = table.milliseconds("settle_ms").value_or(settings->settle);
     if (const ScenarioNode* report = table.find("report")) settings->report = report->file("report", kLongestReport);
     if (const ScenarioNode* configs = table.find("config")) {
         settings->configs.clear();

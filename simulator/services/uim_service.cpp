@@ -53,8 +53,6 @@ constexpr StatusWord kNoSuchApplication{0x6A, 0x82};
 constexpr StatusWord kNoChannelLeft{0x6A, 0x81};
 constexpr StatusWord kUnknownInstruction{0x6D, 0x00};
 
-constexpr std::uint8_t kLastChannel = 3;  // of a card; channel 0 is always open
-
 enum SimType : std::uint32_t { kPhysicalSim = 1, kEsim = 3 };
 
 // A counted array of bytes; nothing when the count says more, or less, than there is.
@@ -91,6 +89,11 @@ class UimService final : public Service {
     void client_gone(ClientId client) override
     {
         std::erase_if(channels_, [&](const auto& open) { return open.second == client; });
+    }
+
+    void pull_card(std::uint8_t slot) override
+    {
+        if (slot <= cards_.slot_count()) cards_.set_state(slot, CardState::absent);  // the store says when it can't
     }
 
     void card_status(Call& call);
@@ -266,7 +269,7 @@ void UimService::select(Call& call, std::uint8_t slot, ByteView aid_value)
         call.fail(QmiError::no_such_id);
         return call.answer.bytes(kCardResult, kNoSuchApplication);
     }
-    std::uint8_t channel = 1;
+    auto channel = static_cast<std::uint8_t>(1 + cards_.channels_held(slot));
     while (channel <= kLastChannel && channels_.contains({slot, channel})) ++channel;
     if (channel > kLastChannel) {
         call.fail(QmiError::no_memory);

@@ -252,6 +252,29 @@ code = 1
 
 [[fault]]
 service = 'vs'
+action = 'refuse'
+code = 1
+! 3: action: expected refuse with the service
+
+[[fault]]
+service = 'extended'
+action = 'pull'
+slot = 1
+! 3: action: expected pull with the service
+
+[[fault]]
+service = 'uim'
+action = 'pull'
+! 1: [[fault]]: expected the key slot
+
+[[fault]]
+service = 'uim'
+action = 'pull'
+slot = 6
+! 4: slot: expected a whole number from 1 to 5
+
+[[fault]]
+service = 'vs'
 qmi_id = 1
 action = 'silent'
 ! 1: [[fault]]: expected qmi_id with
@@ -458,6 +481,10 @@ state = 'gone'
 [[card]]
 eid = '8904'
 ! 1: [[card]]: expected an eid of 16 bytes
+
+[[card]]
+channels_held = 4
+! 2: channels_held: expected a whole number from 0 to 3
 
 [[card]]
 [[card]]

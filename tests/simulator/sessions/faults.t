@@ -120,6 +120,11 @@ bytes = "10 01 00 B2"
 [[fault]]
 service = "extended"
 nth = 7
+action = "refuse"
+code = -28
+[[fault]]
+service = "extended"
+nth = 8
 action = "down"
 > extended 2 env 2: 02 00 h1 @108 w1 @120 11
 > extended 2 env 2: 02 00 h2 @108 w1 @120 11
@@ -134,6 +139,8 @@ action = "down"
 < extended r2 env 0: @444
 < extended i2 10: B2
 > extended 2 env 2: 02 00 h7 @108 w1 @120 11
+< extended r2 env 0: @16 w-28 @444
+> extended 2 env 2: 02 00 h8 @108 w1 @120 11
 < - extended
 < + extended
 = nv/0/1 none
@@ -143,6 +150,20 @@ action = "down"
 = nv/0/5 11
 = nv/0/6 11
 = nv/0/7 none
+= nv/0/8 none
+
+## A refusal stands elsewhere than a result, or in an answer that has none
+[[fault]]
+service = "extended"
+action = "refuse"
+code = -5
+> extended 2 env 1: w1 w10 w0
+< extended r2 env 0: @4 w-5 @432
+> extended 2 env 4: w2 @8 w35 w0
+< extended r2 env 0: w2 w-5 @508
+> extended 2 env 3: 01020304050607
+< extended r2 env 0: 01020304050607
+= marks/nv_sync none
 
 ## A restart comes before the answer to its request
 [modem]

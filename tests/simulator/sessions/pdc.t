@@ -81,6 +81,41 @@ $ mkdir -p pdc/sub0/active/in_the_way
 ! STATE/pdc/sub0/active: Is a directory
 = pdc/sub0/pending BB
 
+## A switch that is still under way lets the next one pass, for good, or holds up the other subscription's
+[pdc]
+indication_ms = 1
+settle_ms = 60000
+[pdc.sub0]
+active = "A1"
+[pdc.sub1]
+active = "B1"
+> pdc 2B 01: w1 11: w0
+< pdc r2B 02: w0
+< pdc i2B 01: h0
+> pdc 23 01: w1 01 A1 11: w0
+< pdc r23 02: w0
+< pdc i23 01: h25
+> pdc 27 01: w1 12: w0
+< pdc r27 02: w0
+< pdc i27 01: h25
+> pdc 2B 01: w1 11: w0
+< pdc r2B 02: w0
+< pdc i2B 01: h25
+> pdc 27 01: w1 12: w1
+< pdc r27 02: w0
+< pdc i27 01: h0
+---
+[pdc]
+indication_ms = 1
+settle_ms = 1
+> pdc 2B 01: w1 11: w1
+< pdc r2B 02: w0
+< pdc i2B 01: h0
+$ sleep 0.1
+> pdc 23 01: w1 01 B1 11: w1
+< pdc r23 02: w0
+< pdc i23 01: h0
+
 ## An id that isn't listed can't be selected though it is active, pending or was active
 [pdc]
 indication_ms = 1

@@ -137,6 +137,36 @@ card = [ { state = "absent" } ]
 > uim 42 01: 02 10: 10 ISD_R
 < uim r42 02: w0 10: 01 11: 9000 12: 14 6F128410 ISD_R
 
+## A channel that others hold is opened, or free once there was no power
+card = [ {}, { eid = "EID", channels_held = 2 } ]
+> uim 7A 01: 02 w1 w3
+< uim r7A 02: w0
+> uim 31 01: 02
+< uim r31 02: w0
+> uim 42 01: 02 10: 10 ISD_R
+< uim r42 02: w0 10: 03 11: 9000 12: 14 6F128410 ISD_R
+> uim 42 01: 02 10: 10 ISD_R
+< uim r42 02: h1 h2 11: 6A81
+
+## Another card is pulled, behind the request's answer, or one that there isn't
+[[fault]]
+service = "uim"
+nth = 2
+action = "pull"
+slot = 1
+[[fault]]
+service = "uim"
+nth = 3
+action = "pull"
+slot = 3
+> uim 2F
+< uim r2F 02: w0 10: h0 h-1 h256 h-1 02 PRESENT USIM PRESENT USIM
+> uim 2F
+< uim r2F 02: w0 10: h-1 h-1 h256 h-1 02 ABSENT PRESENT USIM
+> uim 2F
+< uim r2F 02: w0 10: h-1 h-1 h256 h-1 02 ABSENT PRESENT USIM
+= card/1/state "absent"
+
 ## A reset leaves profiles, or deletes them twice
 > uim 7A 01: 02 w1 w3
 < uim r7A 02: w0
