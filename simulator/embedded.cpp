@@ -33,6 +33,7 @@ class AllSignalsBlocked {
 
 Scenario scenario_or_nothing(const ModemOptions& options, Complaints& complaints)
 {
+    if (options.scenario && options.scenario->empty()) return empty_scenario();
     try {
         return read_scenario(options.scenario);
     } catch (const ScenarioError& error) {

@@ -13,7 +13,7 @@ namespace rbk::sim {
 struct ModemOptions {
     std::filesystem::path
         state;  // state directory, filled from the scenario when fresh; empty: nothing is kept or found
-    std::optional<std::filesystem::path> scenario;  // none: the built-in phone
+    std::optional<std::filesystem::path> scenario;  // none: the built-in phone; empty: one that isn't to be had
 };
 
 // A running modem with one client attached. Destroying it stops and joins its threads.

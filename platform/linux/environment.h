@@ -12,7 +12,7 @@ namespace rbk::platform {
 // Read once, at the first use. A variable that is unset or empty is missing here.
 struct Environment {
     std::optional<std::string> modem;     // RBK_MODEM: "embedded", "unix:PATH" or "qrtr"; not judged here
-    std::optional<std::string> scenario;  // RBK_SCENARIO: scenario file of the embedded modem
+    std::optional<std::string> scenario;  // RBK_SCENARIO: scenario of the embedded modem, as find_scenario takes it
     std::optional<std::string> trace;     // RBK_TRACE: file to which each message on the link is appended
     std::optional<std::string> logcat;    // RBK_LOGCAT: file, or "stderr", for a copy of the log
     double qmi_timeout_scale = 1;         // RBK_QMI_TIMEOUT_SCALE: factor on the QMI client's own time-outs, above 0

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "platform/linux/environment.h"
+#include "platform/linux/scenario_files.h"
 
 namespace rbk::platform {
 namespace {
@@ -59,7 +60,11 @@ bool ModemLink::connect()
         std::string problem;
         const std::filesystem::path home = rbk_home(problem);
         if (!problem.empty()) complain(problem);
-        modem_ = sim::start_embedded_modem({home.empty() ? home : home / "modem", scenario}, socket, complaints);
+        problem.clear();
+        std::optional<std::filesystem::path> file;
+        if (scenario) file = find_scenario(*scenario, problem);
+        if (!problem.empty()) complain(problem);
+        modem_ = sim::start_embedded_modem({home.empty() ? home : home / "modem", file}, socket, complaints);
         for (const std::string& line : complaints) complain(line);
         error = "embedded modem: it could not be started";
     } else {

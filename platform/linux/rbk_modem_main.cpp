@@ -7,11 +7,13 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "platform/linux/environment.h"
+#include "platform/linux/scenario_files.h"
 #include "simulator/base/complaints.h"
 #include "simulator/base/ledger.h"
 #include "simulator/carriers/at_terminal.h"
@@ -27,6 +29,7 @@ struct Arguments {
     std::string scenario;
     std::string at;
     std::string ledger;
+    bool list_scenarios = false;
 };
 
 void say(const std::string& line)
@@ -74,8 +77,8 @@ int serve(const Arguments& arguments)
 {
     namespace sim = rbk::sim;
     std::filesystem::path state = arguments.state;
+    std::string problem;
     if (state.empty()) {
-        std::string problem;
         state = rbk::platform::rbk_home(problem);
         if (!problem.empty()) {
             say(problem);
@@ -84,7 +87,11 @@ int serve(const Arguments& arguments)
         state /= "modem";
     }
     std::optional<std::filesystem::path> file;
-    if (!arguments.scenario.empty()) file = arguments.scenario;
+    if (!arguments.scenario.empty()) file = rbk::platform::find_scenario(arguments.scenario, problem);
+    if (!problem.empty()) {
+        say(problem);
+        return 1;
+    }
     sim::Scenario scenario = sim::read_scenario(file);
 
     // What clients connect to first: a start that is refused must not touch the state, which another server may be using.
@@ -123,6 +130,19 @@ int serve(const Arguments& arguments)
     terminal.reset();  // before the loop that it is watched by
     for (const std::string& line : modem.faults().unused()) say(line);
     return 0;
+}
+
+// Exit status: 0, or 1 once a problem has been told.
+int list_scenarios()
+{
+    const rbk::platform::ScenarioList list = rbk::platform::list_scenarios();
+    bool printed = true;
+    for (const std::string& line : list.lines) printed = printed && std::puts(line.c_str()) >= 0;
+    printed = std::fflush(stdout) == 0 && printed;
+    const std::string loss = printed ? "" : std::string("standard output: ") + std::strerror(errno);
+    for (const std::string& problem : {list.problem, loss})
+        if (!problem.empty()) say(problem);
+    return list.problem.empty() && printed ? 0 : 1;
 }
 
 constexpr char kHelp[] =
@@ -170,9 +190,17 @@ int run(int argc, char** argv)
                    "else in $XDG_STATE_HOME/rbk, else in ~/.local/state/rbk")
         ->type_name("DIR")
         ->check(is_given);
-    app.add_option("--scenario", arguments.scenario, "TOML file: content, faults, indications")
+    app.add_option("--scenario", arguments.scenario,
+                   "TOML file: content, faults, indications; or the name\nof one that comes with this program")
         ->type_name("FILE")
         ->check(is_given);
+    app.add_flag_callback(
+        "--list-scenarios",
+        [&arguments] {
+            arguments.list_scenarios = true;
+            throw CLI::Success();  // nothing else is asked for then
+        },
+        "print the scenarios that come with this program, and end");
     app.add_option("--at", arguments.at, "make a terminal that answers AT commands, with a link to it here")
         ->type_name("PATH")
         ->check(is_given);
@@ -182,6 +210,7 @@ int run(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        if (arguments.list_scenarios) return list_scenarios();
         return app.exit(error) == 0 ? 0 : 1;
     }
     std::vector<std::string> places = arguments.listen;

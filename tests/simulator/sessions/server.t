@@ -8,8 +8,8 @@ $ echo precious > file && ln -s file link && ln -s file linked.lock && mkfifo pi
 $ rbk-modem --listen unix:s --scenario bad.toml; echo $?
 | rbk-modem: bad.toml:2: 0/1: expected hex bytes, two digits each, with optional blanks between them
 | 1
-$ rbk-modem --listen unix:s --scenario none; echo $?
-| rbk-modem: none: expected a file that can be read: No such file or directory
+$ rbk-modem --listen unix:s --scenario ./none; echo $?
+| rbk-modem: ./none: expected a file that can be read: No such file or directory
 | 1
 $ for file in . pipe /dev/zero; do rbk-modem --listen unix:s --scenario $file; done; echo $?
 | rbk-modem: .: expected a regular file
