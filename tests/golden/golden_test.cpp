@@ -3,6 +3,7 @@
 //   == words                 a session: a home, a modem and a scenario of its own; the mask of the screen is 11
 //   # words                  for the reader
 //   | toml                   a line of the scenario, from the session's next command on; 00*8 is eight zeros
+//   scenario NAME            one of those that come with the programs, in the place of such lines
 //   env NAME=VALUE           for the commands that follow; an empty value takes it away, also what the runner sets
 //   $ rbk 3 0 5 -1*50        the shell with shortened waits; "word*50" is fifty words, '...' may hold blanks
 //   $ traced rbk 3 1         the same; messages of the log that aren't on the screen stand there too, as level 4
@@ -107,6 +108,7 @@ class Session {
     Session() { run_rbk_prop({"set", "persist.vendor.radio.adb_log_shell", "11"}, options()); }
 
     void scenario(const std::string& line) { scenario_ += without_runs(line) + "\n"; }
+    void scenario_that_comes(const std::string& name) { scenario_name_ = name; }
     void variable(const std::string& line)
     {
         variables_[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
@@ -145,16 +147,16 @@ class Session {
     RunOptions options() const
     {
         std::map<std::string, std::string> variables = watched_in(home_.path());
-        variables["RBK_SCENARIO"] = write_scenario();
+        variables["RBK_SCENARIO"] = name_scenario();
         variables["RBK_TEST_SENDS"] = home_.path() / "calls";
         for (const auto& [name, value] : variables_) variables[name] = value;
         return {.variables = variables};
     }
 
-    // Its path; empty where the session has none.
-    std::string write_scenario() const
+    // Its path, or name; empty where the session has none.
+    std::string name_scenario() const
     {
-        if (scenario_.empty()) return "";
+        if (scenario_.empty()) return scenario_name_;
         write_file(home_.path() / "scenario.toml", scenario_);
         return home_.path() / "scenario.toml";
     }
@@ -167,7 +169,7 @@ class Session {
             path.insert(0, program.parent_path().string() + ":");
         const RunResult result =
             test::run({"/bin/sh", "-c", "mkdir -p " + folder + "; cd " + folder + "\n" + line},
-                      {{{"PATH", path}, {"RBK_HOME", "state"}, {"RBK_SCENARIO", write_scenario()}, {"LC_ALL", "C"}}});
+                      {{{"PATH", path}, {"RBK_HOME", "state"}, {"RBK_SCENARIO", name_scenario()}, {"LC_ALL", "C"}}});
         Lines lines = bare(result.out);
         append_end(lines, result);
         return lines;
@@ -336,6 +338,7 @@ class Session {
 
     TempDir home_;
     std::string scenario_;
+    std::string scenario_name_;
     std::map<std::string, std::string> variables_;
 };
 
@@ -348,13 +351,15 @@ Lines played(const Lines& file)
     for (const std::string& line : file) {
         const bool is_command = line.starts_with("$ ");
         const bool is_ours = line.empty() || is_command || line.starts_with("#") || line.starts_with("== ") ||
-                             line.starts_with("| ") || line == "|" || line.starts_with("env ");
+                             line.starts_with("| ") || line == "|" || line.starts_with("env ") ||
+                             line.starts_with("scenario ");
         if (!is_ours && below_command) continue;  // what is to come of it
         lines.push_back(line);
         below_command = false;
         if (line.starts_with("== ")) session.emplace();
         if (!session) continue;
         if (line.starts_with("|")) session->scenario(line.substr(std::min<std::size_t>(line.size(), 2)));
+        if (line.starts_with("scenario ")) session->scenario_that_comes(line.substr(9));
         if (line.starts_with("env ")) session->variable(line.substr(4));
         if (!is_command) continue;
         below_command = true;
@@ -385,6 +390,34 @@ class Golden : public testing::Test {
  private:
     std::filesystem::path file_;
 };
+
+// What comes with the programs says of itself what it is, and each command of which it promises something is played.
+TEST(Scenarios, AreAllPlayed)
+{
+    std::map<std::string, std::string> commands;  // by scenario
+    for (const auto& each : std::filesystem::directory_iterator(data_path("golden"))) {
+        std::string scenario;
+        for (const std::string& line : lines_of(read_file(each.path()))) {
+            if (line.starts_with("== ")) scenario = "";
+            if (line.starts_with("scenario ")) scenario = line.substr(9);
+            if (line.starts_with("$ ")) commands[scenario] += line + "\n";
+        }
+    }
+    static const std::regex kPromise(R"(#     (?:\w+=\S+ )*(rbk \S.*?)(?: {2,}#.*)?)");
+    for (const auto& each : std::filesystem::directory_iterator(data_path("../scenarios"))) {
+        const std::string text = read_file(each.path());
+        EXPECT_TRUE(text.starts_with("# ")) << each.path() << ": no summary";
+        std::size_t promises = 0;
+        for (const std::string& line : lines_of(text)) {
+            std::smatch parts;
+            if (!std::regex_match(line, parts, kPromise)) continue;
+            ++promises;
+            const std::string& played = commands[each.path().stem()];
+            EXPECT_NE(played.find(parts[1].str()), std::string::npos) << each.path() << ": " << parts[1];
+        }
+        EXPECT_GT(promises, 0) << each.path() << ": no command";
+    }
+}
 
 const bool registered = [] {
     for (const auto& each : std::filesystem::directory_iterator(data_path("golden"))) {
