@@ -165,7 +165,7 @@ class Session {
     {
         const std::string folder = home_.path() / "folder";
         std::string path = getenv("PATH");
-        for (const std::filesystem::path program : {rbk_path(), bin_path("rbk-prop")})
+        for (const std::filesystem::path program : {bin_path("rbk-prop"), rbk_path()})  // rbk is the one that is tested
             path.insert(0, program.parent_path().string() + ":");
         const RunResult result =
             test::run({"/bin/sh", "-c", "mkdir -p " + folder + "; cd " + folder + "\n" + line},
