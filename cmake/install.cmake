@@ -1,5 +1,5 @@
 # What cmake --install and script/package bring to a system: programs, their pages and completions, scenarios, texts. The
-# tree finds itself: it may be moved. The target `installed` builds all of it.
+# tree may be moved: nothing in it knows where it is. The target `installed` builds all of it.
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)  # tests aren't built for it
 
@@ -66,13 +66,15 @@ set(CPACK_PACKAGE_NAME rbk)
 set(CPACK_PACKAGE_CONTACT "rbk developers <rbk@example.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "command-line shell for a phone's cellular modem, with a simulated one")
 set(CPACK_PACKAGE_DESCRIPTION "\
-rbk does one thing a run: it reads or writes an NV item or an EFS file, asks for
-the radio's figures, switches cards and configurations, scans networks, or sends
-raw bytes over QMI, diag or AT, and prints what came back.
+rbk does one thing a run: it reads or writes an NV item or an EFS file,
+asks for the radio's figures, switches cards and configurations, scans
+networks, or sends raw bytes over QMI, diag or AT, and prints what came
+back.
 .
-Without a phone it works against a simulated modem, whose state, answers and
-faults a text file describes. rbk-modem serves that modem to many clients, also
-to those of others over QMUX, and rbk-prop keeps the properties that rbk reads.")
+Without a phone it works against a simulated modem, whose state, answers
+and faults a text file describes. rbk-modem serves that modem to many
+clients, also to those that others wrote, and rbk-prop looks after the
+properties that rbk reads.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION comm)
