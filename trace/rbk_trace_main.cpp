@@ -14,6 +14,7 @@
 #include "trace/fields.h"
 #include "trace/lines.h"
 #include "trace/names.h"
+#include "trace/page.h"
 #include "trace/talk.h"
 #include "trace/trace_file.h"
 
@@ -135,6 +136,21 @@ int print_all(const Arguments& arguments)
     return 0;
 }
 
+int print_page(const Arguments& arguments)
+{
+    TraceFile file(arguments.file);
+    Reading reading(arguments);
+    if (!read_all(file, reading.talk())) return 1;
+    std::vector<PageMessage> shown;
+    for (std::size_t i = 0; i < reading.talk().messages().size(); ++i) {
+        Decoded words = reading.decoded(i);
+        if (reading.is_chosen(i, words)) shown.push_back({i, std::move(words)});
+    }
+    const std::string page = page_of(file.name(), reading.talk().messages(), shown, arguments.show_private);
+    std::fwrite(page.data(), 1, page.size(), stdout);
+    return 0;
+}
+
 // Until the process is ended, or its standard input has ended.
 int follow(const Arguments& arguments)
 {
@@ -187,6 +203,7 @@ int run(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 1;
     }
+    if (arguments.html) return print_page(arguments);
     return arguments.follow ? follow(arguments) : print_all(arguments);
 }
 
