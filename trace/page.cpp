@@ -384,11 +384,12 @@ void Page::add_fields(const std::vector<Field>& fields)
 {
     out_ += "<dl>";
     for (const Field& field : fields) {
-        add_element("<dt>", field.name, "<dd>");
-        if (field.parts.empty() || (field.is_private && !show_private_))
-            out_ += html_text(value_text(field, show_private_));
-        else
+        const bool is_group = !field.parts.empty() && (!field.is_private || show_private_);
+        add_element(is_group ? "<dt class=\"g\">" : "<dt>", field.name, is_group ? "<dd class=\"g\">" : "<dd>");
+        if (is_group)
             add_fields(field.parts);
+        else
+            out_ += html_text(value_text(field, show_private_));
         if (!field.note.empty()) add_element(" <mark>", field.note, "</mark>");
     }
     out_ += "</dl>";

@@ -10,8 +10,8 @@
 
   // ---- Rows ----
 
-  // To a browser with scripts what stands in a <noscript> is text. So a long page is there at once, and its later rows are
-  // made where they come into sight, while nothing else is to do, or when something wants all of them.
+  // To a browser with scripts what stands in a <noscript> is text. So a long page is there at once, and its later rows
+  // are made where they come into sight, while nothing else is to do, or when something wants all of them.
   function make(chunk) {
     if (chunk.rows) return;
     const later = chunk.element.querySelector('noscript');
@@ -133,7 +133,8 @@
   document.addEventListener('keydown', event => {
     if (event.ctrlKey || event.altKey || event.metaKey) return;
     const isOnRow = event.target.closest('summary') !== null;
-    const does = event.target === search ? keysInSearch[event.key] : keys[event.key] || (isOnRow && keysOnRows[event.key]);
+    const keysHere = event.target === search ? keysInSearch : isOnRow ? { ...keys, ...keysOnRows } : keys;
+    const does = keysHere[event.key];
     if (!does) return;
     event.preventDefault();
     does();
