@@ -213,7 +213,7 @@ int main(int argc, char** argv)
 {
     try {
         const int status = run(argc, argv);
-        if (std::fflush(stdout) == 0) return status;
+        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
         say("the output can't be written");
     } catch (const std::exception& error) {
         say(error.what());
