@@ -18,6 +18,7 @@ namespace {
 // As many lifelines as page.css has classes for. The services beyond share the last one.
 constexpr std::size_t kServiceLanes = 16;
 constexpr std::size_t kClientLanes = 4;
+constexpr std::size_t kMany = 8;  // services whose names don't fit side by side
 
 constexpr std::size_t kChunk = 50;           // messages that the browser lays out together once they come into sight
 constexpr std::size_t kAtOnce = 500;         // messages that are elements from the start; the script makes the others
@@ -242,7 +243,7 @@ void Page::add_head()
         "<meta name=\"color-scheme\" content=\"light dark\">\n<title>" +
         file_ + ": what rbk and the modem said</title>\n<style>" + std::string(kPageStyle) +
         "</style>\n</head>\n<body class=\"n" + std::to_string(std::max<std::size_t>(service_lanes(), 1)) + " l" +
-        std::to_string(client_lanes_) + "\">\n";
+        std::to_string(client_lanes_) + (services_.size() < kMany ? "" : " many") + "\">\n";
 }
 
 void Page::add_summary()

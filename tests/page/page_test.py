@@ -136,7 +136,7 @@ def faults_and_gaps_are_seen(lab):
         gaps = browser.js("""
             return [...document.querySelectorAll('.gap')].map(each => [each.innerText, each.offsetHeight])""")
         assert gaps and all(re.fullmatch(r"\d+\.\d s", text) and height >= 20 for text, height in gaps), gaps
-        label = browser.js("return [...document.querySelectorAll('.f')].map(each => each.innerText).join()")
+        label = browser.js("return [...document.querySelectorAll('.f')].map(each => each.textContent).join()")
         for word in ("unanswered", "failed: device not ready (52)", "before the answer"):
             assert word in label, (word, label)
         summary = browser.js("return document.querySelector('header').innerText")
@@ -150,7 +150,7 @@ def a_click_opens_fields_and_bytes(lab):
     for arguments, bytes_shown in ((), "·· ·· ·· ··"), (("--show-private",), "08 3A 45  ......:E"):
         with lab.opened(lab.write(lab.talk, *arguments)) as browser:
             answer = browser.js("""
-                return [...document.querySelectorAll('.p')].find(each => each.innerText.includes('NV read')).id""")
+                return [...document.querySelectorAll('.p')].find(each => each.textContent.includes('NV read')).id""")
             assert browser.js(seen) == []
             browser.click("#%s summary" % answer)
             opened = browser.js(seen)
