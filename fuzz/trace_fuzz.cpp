@@ -1,5 +1,6 @@
 // A foreign trace: as text, or as messages that get past the reader of lines. What is said of a message is one line without
-// control characters, its fields lie within its bytes, and the client's own decoder refuses what is said to be refused.
+// control characters, its fields lie within its bytes, and the client's own decoder refuses what is said to be refused. A
+// page has no more elements of script and style than its own.
 //
 // An input is one byte for the kind. Text follows as it is; of each message a byte for its direction and kind, one for the
 // service, one for the row of its table, one for the transaction, and a block of TLVs.
@@ -10,6 +11,7 @@
 #include "trace/fields.h"
 #include "trace/lines.h"
 #include "trace/names.h"
+#include "trace/page.h"
 #include "trace/talk.h"
 
 using namespace rbk;
@@ -20,6 +22,13 @@ namespace {
 void demand(bool holds)
 {
     if (!holds) std::abort();
+}
+
+std::size_t count(std::string_view what, std::string_view text)
+{
+    std::size_t found = 0;
+    for (std::size_t at = 0; (at = text.find(what, at)) != std::string_view::npos; ++at) ++found;
+    return found;
 }
 
 void demand_within(const std::vector<Field>& fields, std::size_t size)
@@ -103,9 +112,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const Mark mark = talk.messages().at(each).mark;
         demand(mark == Mark::unanswered || mark == Mark::late);
     }
+    std::vector<PageMessage> shown;
     for (const Message& message : talk.messages()) {
         const bool has_request = message.partner && !message.line.is_request();
-        judge(message, decode(message.line, has_request ? &talk.messages().at(*message.partner).line : nullptr));
+        shown.push_back({shown.size(), {}});
+        shown.back().words = decode(message.line, has_request ? &talk.messages().at(*message.partner).line : nullptr);
+        judge(message, shown.back().words);
     }
+    static const std::size_t own =
+        count("<script", page_of("", {}, {}, true)) + count("<style", page_of("", {}, {}, true));
+    const std::string page = page_of("trace", talk.messages(), shown, true);
+    demand(count("<script", page) + count("<style", page) == own);
     return 0;
 }

@@ -176,6 +176,7 @@ $ sh rbk-trace $RBK_SCENARIO
 # The IMEI, however long the modem says that it is; an EID; APDUs; a TLV of the card service that is cut short.
 | 1.000000 > svc=0xFFE4 req txn=1 msg=0x0002 len=567 01040002000000020400200200001026020100260200*546
 | 1.000000 < svc=0xFFE4 rsp txn=1 msg=0x0002 len=567 01040000000000020400BC0100001026020000000009000000000000000000000000000000083A4567890123456700*521
+| 1.000000 < svc=0xFFE4 rsp txn=1 msg=0x0002 len=567 01040000000000020400BC0100001026020000000002000000000000000000000000000000083A4567890123456700*521
 | 1.000000 < svc=0xFFE4 rsp txn=7 msg=0x0002 len=567 01040000000000020400BC0100001026020000000009000000000000000000000000000000083A4567890123456700*521
 | 1.000000 > svc=0x000B req txn=2 msg=0x0065 len=4 01010002
 | 1.000000 < svc=0x000B rsp txn=2 msg=0x0065 len=27 020400000000001011001089049032123451234512345678901235
@@ -186,6 +187,7 @@ $ sh rbk-trace $RBK_SCENARIO
 $ sh rbk-trace $RBK_SCENARIO
 -     0.000000 > extended #1 envelope: NV read  sub_id=0 nv_id=550
 -     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  data_len_all=9 data=(9 bytes, hidden)
+-     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  ! a second answer  data_len_all=2 data=(2 bytes, hidden)
 -     0.000000 < extended #7 envelope  ok  ! an answer to nothing  data=(444 bytes, hidden)
 -     0.000000 > uim      #2 get EID  slot=2
 -     0.000000 < uim      #2 get EID  ok  after 0.00 ms  eid=(16 bytes, hidden)
@@ -193,9 +195,14 @@ $ sh rbk-trace $RBK_SCENARIO
 -     0.000000 < uim      #3 send APDU  ok  after 0.00 ms  ! the client refuses it: apdu: cut short  apdu=(1 byte, hidden) (cut short) TLV 0x33=(2 bytes, hidden) (unknown to the client)
 -     1.000000 > diag     request: NV read  command=26 nv_id=550
 -     1.000000 < diag     packet: NV read  after 0.00 ms  command=26 nv_id=550 data=(3 bytes, hidden)
+# Nor does the page show it among the bytes of the message: no 3A 45, no 89 04.
+$ sh rbk-trace --html $RBK_SCENARIO | grep -c '3A *45\|89 *04'; rbk-trace --html --show-private $RBK_SCENARIO | grep -c '3A *45'
+- 0
+- 6
 $ sh rbk-trace --show-private $RBK_SCENARIO
 -     0.000000 > extended #1 envelope: NV read  sub_id=0 nv_id=550
 -     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  data_len_all=9 data=083A45678901234567
+-     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  ! a second answer  data_len_all=2 data=083A
 -     0.000000 < extended #7 envelope  ok  ! an answer to nothing  data=00*4 09 00*15 083A45678901234567 00*415
 -     0.000000 > uim      #2 get EID  slot=2
 -     0.000000 < uim      #2 get EID  ok  after 0.00 ms  eid=89049032123451234512345678901235
