@@ -11,7 +11,7 @@ namespace rbk::trace {
 namespace {
 
 // Above two digits for each byte of the longest message and the words before them.
-constexpr std::size_t kLongestLine = 256 * 1024;
+constexpr std::size_t kLongestLine = 262'144;  // bytes
 
 std::runtime_error failure(const std::string& name)
 {

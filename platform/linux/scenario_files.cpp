@@ -77,8 +77,11 @@ ScenarioList list_scenarios()
         width = std::max(width, name.size());
     }
     if (error) list.problem = folder.string() + ": " + error.message();
-    for (const auto& [name, summary] : summaries)
-        list.lines.push_back(summary.empty() ? name : name + std::string(width + 2 - name.size(), ' ') + summary);
+    for (const auto& [name, summary] : summaries) {
+        std::string line = name;
+        if (!summary.empty()) line.append(width + 2 - name.size(), ' ').append(summary);
+        list.lines.push_back(std::move(line));
+    }
     return list;
 }
 
