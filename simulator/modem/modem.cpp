@@ -186,7 +186,9 @@ void Modem::on_request(Client& client, Slot& slot, const link::QmiMessage& messa
         return answer(client, slot, message, call, nullptr);
     }
     const FaultRule* fault = faults_.for_request(service, call.message, call.tlvs);
-    if (fault != nullptr && fault->action == FaultAction::silent) return;
+    if (fault != nullptr && fault->action == FaultAction::silent) {
+        return send_following(client, slot, {}, *fault, false);
+    }
     if (fault != nullptr && fault->action == FaultAction::down) return go_down(slot);
     if (fault != nullptr && fault->action == FaultAction::error) {
         answer_.clear();
@@ -207,7 +209,7 @@ void Modem::on_request(Client& client, Slot& slot, const link::QmiMessage& messa
 void Modem::answer(Client& client, Slot& slot, const link::QmiMessage& message, Call& call, const FaultRule* fault)
 {
     std::chrono::milliseconds delay = call.delay();
-    if (fault != nullptr && fault->action == FaultAction::delay) delay += fault->delay;
+    if (fault != nullptr) delay += fault->delay;
     if (fault != nullptr && fault->action == FaultAction::result) {
         slot.service->set_result(call.tlvs, answer_, fault->code);
     }
@@ -228,14 +230,27 @@ void Modem::answer(Client& client, Slot& slot, const link::QmiMessage& message, 
         outgoing.indication.after = {};
         send_planned({}, client, slot, outgoing);
     }
-    // All that follows from the request follows its answer, however late a rule makes that.
     const link::QmiHead head{link::QmiKind::response, message.head.transaction, call.message, 0};
+    if (fault != nullptr) send_following(client, slot, head, *fault, true);
+    // All that follows from the request follows its answer, however late a rule makes that.
     send_after(delay, client, slot, head, answer_);
+    if (fault != nullptr) send_following(client, slot, head, *fault, false);
     for (const Outgoing& outgoing : planned) {
         if (!outgoing.early) send_planned(delay, client, slot, outgoing);
     }
     if (call.more().task) put_off(*slot.service, client.id(), delay + call.more().after, call.more().task, 0);
     if (std::exchange(restart_asked_, false)) go_down_all(delay);
+}
+
+// What a rule itself sends, before the answer with this head or behind it.
+void Modem::send_following(Client& client, Slot& slot, const link::QmiHead& answer, const FaultRule& fault, bool early)
+{
+    for (const Following& each : fault.then) {
+        if (each.early != early) continue;
+        const link::QmiHead indication{link::QmiKind::indication, 0, each.indication.value_or(0), 0};
+        send_after(early ? each.after : fault.delay + each.after, client, slot, each.indication ? indication : answer,
+                   each.bytes);
+    }
 }
 
 void Modem::send_planned(std::chrono::milliseconds delay, Client& client, Slot& slot, const Outgoing& outgoing)

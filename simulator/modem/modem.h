@@ -92,6 +92,7 @@ class Modem {
     void on_request(Client& client, Slot& slot, const link::QmiMessage& message);
     void say_unasked(Slot& slot, ClientId client, const UnaskedIndication& said, std::chrono::milliseconds delay);
     void answer(Client& client, Slot& slot, const link::QmiMessage& message, Call& call, const FaultRule* fault);
+    void send_following(Client& client, Slot& slot, const link::QmiHead& answer, const FaultRule& fault, bool early);
     void plan(Slot& slot, Indication indication, std::vector<Outgoing>& planned);
     void send_planned(std::chrono::milliseconds delay, Client& client, Slot& slot, const Outgoing& outgoing);
     void go_down(Slot& slot);

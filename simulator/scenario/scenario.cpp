@@ -238,6 +238,40 @@ void read_fault_call(TableReader& table, FaultRule& rule)
     }
 }
 
+std::int32_t read_processor(TableReader& table)
+{
+    return static_cast<std::int32_t>(table.number("processor", 0, kHighestProcessor).value_or(0));
+}
+
+// The messages that a rule sends by itself. Behind an answer, those without a number repeat it with other bytes.
+void read_following(TableReader& rule_table, FaultRule& rule)
+{
+    const ScenarioNode* list = rule_table.find("then");
+    if (list == nullptr) return;
+    const bool diag = rule.service == "diag";
+    const bool answered = rule.action == FaultAction::raw;
+    for (const ScenarioNode& node : list->list("then")) {
+        TableReader table("then", node);
+        Following following;
+        if (!diag) {
+            if (const auto indication = table.number("indication", 0, 0xFFFF)) {
+                following.indication = static_cast<std::uint16_t>(*indication);
+            } else if (!answered) {
+                table.refuse("the key indication, where there is no answer");
+            }
+        }
+        following.bytes = table.need("bytes").bytes("bytes", longest_bytes(rule));
+        following.after = table.milliseconds("after_ms").value_or(following.after);
+        if (diag) following.processor = read_processor(table);
+        if (!diag && answered) following.early = table.flag("early").value_or(false);
+        if (following.early && (!following.indication || following.after > rule.delay)) {
+            table.refuse("an early indication, at the latest after the rule's ms");
+        }
+        table.finish();
+        rule.then.push_back(std::move(following));
+    }
+}
+
 void read_fault(const ScenarioNode& node, Scenario& scenario)
 {
     TableReader table("[[fault]]", node);
@@ -289,12 +323,21 @@ void read_fault(const ScenarioNode& node, Scenario& scenario)
             rule.indication = static_cast<std::uint16_t>(*indication);
         }
         rule.also = table.flag("also").value_or(false);
-        [[fallthrough]];
-    case FaultAction::raw: rule.bytes = table.need("bytes").bytes("bytes", longest_bytes(rule)); break;
+        rule.bytes = table.need("bytes").bytes("bytes", longest_bytes(rule));
+        break;
+    case FaultAction::raw:
+        rule.bytes = table.need("bytes").bytes("bytes", longest_bytes(rule));
+        if (rule.on_indication) break;
+        rule.delay = table.milliseconds("ms").value_or(rule.delay);
+        if (rule.service == "diag") rule.processor = read_processor(table);
+        read_following(table, rule);
+        break;
     case FaultAction::pull:
         rule.slot = static_cast<std::uint8_t>(table.need("slot").number("slot", 1, kMostSlots));
         break;
     case FaultAction::silent:
+        if (!rule.on_indication) read_following(table, rule);
+        break;
     case FaultAction::twice:
     case FaultAction::early:
     case FaultAction::down: break;

@@ -30,6 +30,17 @@ struct UnaskedIndication {
 
 enum class FaultAction { silent, delay, error, result, refuse, raw, indicate, twice, early, down, pull };
 
+inline constexpr std::int64_t kHighestProcessor = 16;  // of diag; the primary one is 0
+
+// What a rule sends beside the answer that it gives, or in its stead.
+struct Following {
+    std::optional<std::uint16_t> indication;  // absent: the answer comes once more; of diag a packet has no number
+    Bytes bytes;
+    std::chrono::milliseconds after{0};  // the answer; the request, where it is early or there is no answer
+    bool early = false;                  // before the answer
+    std::int32_t processor = 0;          // of diag
+};
+
 // A rule for answers and indications that go wrong.
 struct FaultRule {
     std::string where;  // file and line, for a person
@@ -49,6 +60,8 @@ struct FaultRule {
     std::optional<std::uint16_t> indication;
     bool also = false;
     std::uint8_t slot = 0;  // whose card is pulled
+    std::int32_t processor = 0;  // of diag: whose packet the bytes are
+    std::vector<Following> then;
 };
 
 inline constexpr std::size_t kLongestAtCommand = 2048;  // bytes; the terminal cuts longer lines

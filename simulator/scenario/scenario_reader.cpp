@@ -25,7 +25,56 @@ namespace rbk::sim {
 namespace {
 
 constexpr std::int64_t kLongestWaitMs = 24L * 60 * 60 * 1000;
-constexpr std::int64_t kMostFilled = 64L * 1024 * 1024;  // bytes, of all fillings together
+constexpr std::uint64_t kMostFilled = 64L * 1024 * 1024;  // bytes, of all fillings together
+
+// ---- Hex text ----
+
+int hex_digit(char c)
+{
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// Hands each stretch of equal bytes to `take`, as byte and number. Blanks may stand between bytes, not within one; "00*8"
+// is eight of them. False: the text is something else.
+template <typename Take>
+bool read_hex(std::string_view text, Take take)
+{
+    constexpr std::size_t kLongestCount = 9;  // digits: what a whole scenario counts still fits
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] == ' ' || text[i] == '\t' || text[i] == '\n' || text[i] == '\r') {
+            ++i;
+            continue;
+        }
+        const int high = hex_digit(text[i]);
+        const int low = i + 1 < text.size() ? hex_digit(text[i + 1]) : -1;
+        if (high < 0 || low < 0) return false;
+        i += 2;
+        std::size_t count = 1;
+        if (i < text.size() && text[i] == '*') {
+            count = 0;
+            const std::size_t first = ++i;
+            for (; i < text.size() && text[i] >= '0' && text[i] <= '9' && i - first < kLongestCount; ++i) {
+                count = count * 10 + static_cast<std::size_t>(text[i] - '0');
+            }
+            // A digit that follows at once would be one of the count, or look like it.
+            if (count == 0 || (i < text.size() && hex_digit(text[i]) >= 0)) return false;
+        }
+        take(static_cast<std::uint8_t>(high * 16 + low), count);
+    }
+    return true;
+}
+
+// How many bytes a hex text stands for; nothing for another one.
+std::optional<std::size_t> hex_size(std::string_view text)
+{
+    std::size_t size = 0;
+    return read_hex(text, [&](std::uint8_t, std::size_t count) { size += count; }) ? std::optional(size) : std::nullopt;
+}
+
+// ---- The file as a tree ----
 
 // The parser's tree as one of our own.
 class Conversion {
@@ -35,9 +84,11 @@ class Conversion {
 
  private:
     void count_filling(const toml::table& table, const ScenarioNode& node);
+    void count_filling(const std::string& text, const ScenarioNode& node);
+    void fill(std::uint64_t size, const std::string& key, const ScenarioNode& node);
 
     const std::string& file_;
-    std::int64_t room_ = kMostFilled;
+    std::uint64_t room_ = kMostFilled;
 };
 
 ScenarioNode Conversion::convert(const toml::node& from)
@@ -46,7 +97,10 @@ ScenarioNode Conversion::convert(const toml::node& from)
     if (const auto* flag = from.as_boolean()) node.value = flag->get();
     if (const auto* number = from.as_integer()) node.value = number->get();
     if (const auto* real = from.as_floating_point()) node.value = real->get();
-    if (const auto* text = from.as_string()) node.value = text->get();
+    if (const auto* text = from.as_string()) {
+        count_filling(text->get(), node);
+        node.value = text->get();
+    }
     if (const auto* list = from.as_array()) {
         ScenarioNode::List values;
         for (const toml::node& value : *list) values.push_back(convert(value));
@@ -61,14 +115,24 @@ ScenarioNode Conversion::convert(const toml::node& from)
     return node;
 }
 
-// { fill = byte, size = bytes }: a few letters that ask for much memory.
+// { fill = byte, size = bytes } and "00*8": a few letters that ask for much memory.
 void Conversion::count_filling(const toml::table& table, const ScenarioNode& node)
 {
     const auto* size = table.get_as<std::int64_t>("size");
     if (size == nullptr || !table.contains("fill") || size->get() <= 0) return;
-    if (size->get() > room_)
-        node.refuse("size", "at most " + std::to_string(kMostFilled) + " bytes of fillings in all");
-    room_ -= size->get();
+    fill(static_cast<std::uint64_t>(size->get()), "size", node);
+}
+
+void Conversion::count_filling(const std::string& text, const ScenarioNode& node)
+{
+    if (text.find('*') == std::string::npos) return;
+    if (const auto size = hex_size(text)) fill(*size, "bytes", node);
+}
+
+void Conversion::fill(std::uint64_t size, const std::string& key, const ScenarioNode& node)
+{
+    if (size > room_) node.refuse(key, "at most " + std::to_string(kMostFilled) + " bytes of fillings in all");
+    room_ -= size;
 }
 
 // The parser tells of a failed assertion without a place. It is in the first line with which the text makes it fail.
@@ -97,32 +161,6 @@ std::string file_expected(int error, std::size_t longest)
     if (error == -EFBIG) return "expected at most " + std::to_string(longest) + " bytes";
     if (error == -EISDIR || error == kNoRegularFile) return file_error_text(kNoRegularFile);
     return "expected a file that can be read: " + file_error_text(error);
-}
-
-int hex_digit(char c)
-{
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-// Blanks may stand between bytes, not within one.
-std::optional<Bytes> parse_hex(std::string_view text)
-{
-    Bytes bytes;
-    for (std::size_t i = 0; i < text.size();) {
-        if (text[i] == ' ' || text[i] == '\t' || text[i] == '\n' || text[i] == '\r') {
-            ++i;
-            continue;
-        }
-        const int high = hex_digit(text[i]);
-        const int low = i + 1 < text.size() ? hex_digit(text[i + 1]) : -1;
-        if (high < 0 || low < 0) return std::nullopt;
-        bytes.push_back(static_cast<std::uint8_t>(high * 16 + low));
-        i += 2;
-    }
-    return bytes;
 }
 
 std::string joined(const std::vector<std::string>& names)
@@ -183,10 +221,13 @@ Bytes ScenarioNode::bytes(const std::string& key, std::size_t longest) const
 {
     const std::string size_text = "at most " + std::to_string(longest) + " bytes";
     if (const auto* held = std::get_if<std::string>(&value)) {
-        std::optional<Bytes> parsed = parse_hex(*held);
-        if (!parsed) refuse(key, "hex bytes, two digits each, with optional blanks between them");
-        if (parsed->size() > longest) refuse(key, size_text);
-        return *std::move(parsed);
+        const std::optional<std::size_t> size = hex_size(*held);
+        if (!size) refuse(key, "hex bytes, two digits each, with optional blanks between them; 00*8 for eight of 00");
+        if (*size > longest) refuse(key, size_text);
+        Bytes bytes;
+        bytes.reserve(*size);
+        read_hex(*held, [&](std::uint8_t byte, std::size_t count) { bytes.insert(bytes.end(), count, byte); });
+        return bytes;
     }
     if (!std::holds_alternative<Table>(value)) refuse(key, "hex text or { fill = byte, size = bytes }");
     TableReader reader(key, *this);

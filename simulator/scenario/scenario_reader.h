@@ -42,7 +42,7 @@ struct ScenarioNode {
     const std::string& text(const std::string& key) const;
     const List& list(const std::string& key) const;
     const Table& table(const std::string& key) const;
-    // Hex text with optional blanks, or { fill = byte, size = bytes }.
+    // Hex text with optional blanks and repetitions ("A1 00*8"), or { fill = byte, size = bytes }.
     Bytes bytes(const std::string& key, std::size_t longest) const;
 
     // The content of the regular file that this text names, beside the scenario.

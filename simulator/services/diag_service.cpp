@@ -18,10 +18,9 @@ using link::DiagKind;
 using link::DiagPacket;
 using std::chrono::milliseconds;
 
-constexpr std::int32_t kMpssBit = 0x0002;       // of the peripherals that are up
-constexpr std::int32_t kUnknownClient = -1;     // code of a DCI call
-constexpr std::int64_t kHighestProcessor = 16;  // the primary one is 0
-constexpr std::size_t kDciClients = 16;         // of one client of the link
+constexpr std::int32_t kMpssBit = 0x0002;    // of the peripherals that are up
+constexpr std::int32_t kUnknownClient = -1;  // code of a DCI call
+constexpr std::size_t kDciClients = 16;      // of one client of the link
 
 // ---- What the scenario says ----
 
@@ -224,14 +223,28 @@ void DiagService::run_request(ClientId client, const DiagHead& call, ByteView re
     if (action == FaultAction::down) return modem().restart(*this);
     if (action == FaultAction::error) return answer(client, call, fault->code);
     answer(client, call, success_of(static_cast<DiagCall>(call.what)));
-    if (action == FaultAction::silent) return;
 
     const bool dci = static_cast<DiagCall>(call.what) == DiagCall::dci_send;
     DiagHead head{DiagKind::packet, static_cast<std::uint8_t>(dci ? DiagPacket::dci_response : DiagPacket::response),
                   call.sequence, call.client};
-    const bool replaced = action == FaultAction::raw || action == FaultAction::indicate;
-    if (replaced) send_later(client, head, fault->bytes, milliseconds{0});
-    if (replaced && !fault->also) return;
+    // A DCI client is for the modem's own processor.
+    const auto is_heard = [&](std::int32_t processor) {
+        head.value = processor;
+        return !dci || processor == 0;
+    };
+    if (action == FaultAction::silent || action == FaultAction::raw) {
+        if (action == FaultAction::raw && is_heard(fault->processor)) {
+            send_later(client, head, fault->bytes, fault->delay);
+        }
+        for (const Following& each : fault->then) {
+            if (is_heard(each.processor)) send_later(client, head, each.bytes, fault->delay + each.after);
+        }
+        return;
+    }
+    if (action == FaultAction::indicate) {
+        send_later(client, head, fault->bytes, milliseconds{0});
+        if (!fault->also) return;
+    }
 
     const milliseconds delay = action == FaultAction::delay ? fault->delay : milliseconds{0};
     const auto row =
@@ -241,9 +254,7 @@ void DiagService::run_request(ClientId client, const DiagHead& call, ByteView re
         });
     if (row == settings_.responses.end()) return;
     for (const ResponsePacket& packet : row->packets) {
-        if (dci && packet.processor != 0) continue;  // a DCI client is for the modem's own processor
-        head.value = packet.processor;
-        send_packet(client, head, packet.bytes, delay + packet.after);
+        if (is_heard(packet.processor)) send_packet(client, head, packet.bytes, delay + packet.after);
     }
 }
 

@@ -53,6 +53,26 @@ nv = 1
 ! 2: 0/1: expected hex bytes
 
 [nv]
+"0/1" = '00*'
+! 2: 0/1: expected hex bytes
+
+[nv]
+"0/1" = '00*0'
+! 2: 0/1: expected hex bytes
+
+[nv]
+"0/1" = '00*8A1'
+! 2: 0/1: expected hex bytes
+
+[nv]
+"0/1" = '00*18446744073709551617'
+! 2: 0/1: expected hex bytes
+
+[nv]
+"0/1" = 'A1 00*424'
+! 2: 0/1: expected at most 424 bytes
+
+[nv]
 "0/1" = 1
 ! 2: 0/1: expected hex text or { fill = byte, size = bytes }
 
@@ -330,6 +350,47 @@ action = 'indicate'
 indication = 5
 bytes = ''
 ! 1: [[fault]]: expected no indication
+
+[[fault]]
+service = 'nas'
+action = 'silent'
+then = [ { bytes = '' } ]
+! 4: then: expected the key indication, where there is no answer
+
+[[fault]]
+service = 'nas'
+action = 'silent'
+then = [ { indication = 1, bytes = '', early = true } ]
+! 4: unknown key early in then: expected indication, bytes, after_ms
+
+[[fault]]
+service = 'nas'
+action = 'raw'
+bytes = ''
+then = [ { bytes = '', early = true } ]
+! 5: then: expected an early indication, at the latest after the rule's ms
+
+[[fault]]
+service = 'nas'
+action = 'raw'
+bytes = ''
+ms = 5
+then = [ { indication = 1, bytes = '', early = true, after_ms = 6 } ]
+! 6: then: expected an early indication
+
+[[fault]]
+service = 'diag'
+action = 'silent'
+then = [ { bytes = '', indication = 1 } ]
+! 4: unknown key indication in then: expected bytes, after_ms, processor
+
+[[fault]]
+service = 'nas'
+on = 'indication'
+action = 'raw'
+bytes = ''
+ms = 5
+! 6: unknown key ms in [[fault]]
 
 [[fault]]
 service = 'diag'

@@ -69,6 +69,8 @@ TEST(Scenario, LimitsHoldAndControlCharactersStayOffTheScreen)
         {std::string(4 * 1024 * 1024 + 1, ' '), " expected at most 4194304 bytes"},
         {"[modem]\nservices = [\n" + repeated("{ fill = 1, size = 16777216 },\n", 5) + "]\n",
          "7: size: expected at most 67108864 bytes of fillings in all"},
+        {"[efs]\n" + repeated("\n", 4) + "'0:/a' = '00*16777216 00*50331649'\n",
+         "6: bytes: expected at most 67108864 bytes"},
         {"[at]\n" + std::string(2049, 'A') + " = ''\n", "2: [at]: expected commands of 1 to 2048 bytes on one line"},
         {"[efs]\n'0:/" + std::string(103, 'a') + "' = ''\n", "2: 0:/a"},
         {"[nas]\nnetworks = [" + repeated(network, 41) + "]\n", "2: networks: expected at most 40 networks"},

@@ -57,6 +57,34 @@ code = 6
 < diag =5
 ~ 2
 
+## A rule's packets come at another time, in another order, or to a DCI client from another processor
+[[fault]]
+service = "diag"
+prefix = "4B"
+action = "raw"
+ms = 20
+bytes = "01"
+then = [ { bytes = "03", after_ms = 1 }, { bytes = "02", processor = 1 } ]
+[[fault]]
+service = "diag"
+action = "silent"
+then = [ { bytes = "05", after_ms = 1 }, { bytes = "04" } ]
+> diag send 0 4B
+< diag =0
+< diag packet 01
+< diag packet 02
+< diag packet 03
+> diag send 0 7C
+< diag =0
+< diag packet 04
+< diag packet 05
+> diag dci_register 1
+< diag =1001
+> diag dci_send 1 4B
+< diag =1001
+< diag packet 01
+< diag packet 03
+
 ## A packet's rule takes another packet
 [modem]
 restart_ms = 1

@@ -292,6 +292,48 @@ action = "down"
 < - pdc
 < + pdc
 
+## What a rule sends beside its answer comes at another time, in another order, as another message, or as of the modem
+[[fault]]
+service = "sar"
+nth = 1
+action = "raw"
+ms = 20
+bytes = "02 0400 00*4"
+then = [
+  { indication = 9, bytes = "01 0100 B2", after_ms = 1 },
+  { indication = 7, bytes = "01 0100 A1", early = true, after_ms = 20 },
+]
+[[fault]]
+service = "sar"
+nth = 2
+action = "silent"
+then = [ { indication = 9, bytes = "01 0100 C3", after_ms = 1 }, { indication = 8, bytes = "" } ]
+[[fault]]
+service = "sar"
+nth = 3
+action = "silent"
+then = [ { indication = 9, bytes = "", after_ms = 60000 } ]
+[[fault]]
+service = "sar"
+action = "raw"
+ms = 60000
+bytes = ""
+then = [ { indication = 9, bytes = "" } ]
+[[fault]]
+service = "sar"
+on = "indication"
+action = "silent"
+> sar 2
+< sar i7 01: A1
+< sar r2 02: w0
+< sar i9 01: B2
+> sar 2
+< sar i8
+< sar i9 01: C3
+> sar 2
+> sar 2
+~ 3
+
 ## A service that is down answers, is told of twice, or comes up in the middle of a later restart
 [modem]
 restart_ms = 1000

@@ -6,7 +6,7 @@
 ## A start that is refused goes on, or has touched what lies there
 $ echo precious > file && ln -s file link && ln -s file linked.lock && mkfifo pipe && printf '[nv]\n"0/1" = "x"\n' > bad.toml
 $ rbk-modem --listen unix:s --scenario bad.toml; echo $?
-| rbk-modem: bad.toml:2: 0/1: expected hex bytes, two digits each, with optional blanks between them
+| rbk-modem: bad.toml:2: 0/1: expected hex bytes, two digits each, with optional blanks between them; 00*8 for eight of 00
 | 1
 $ rbk-modem --listen unix:s --scenario ./none; echo $?
 | rbk-modem: ./none: expected a file that can be read: No such file or directory
