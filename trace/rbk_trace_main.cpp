@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "simulator/base/printable.h"
+#include "trace/again.h"
 #include "trace/fields.h"
 #include "trace/lines.h"
 #include "trace/names.h"
@@ -28,6 +29,7 @@ struct Arguments {
     std::vector<std::string> messages;
     bool html = false;
     bool scenario = false;
+    std::size_t run = 0;  // from 1; 0: the only one
     bool errors = false;
     bool show_private = false;
     bool follow = false;
@@ -151,6 +153,26 @@ int print_page(const Arguments& arguments)
     return 0;
 }
 
+int print_scenario(const Arguments& arguments)
+{
+    TraceFile file(arguments.file);
+    Talk talk;
+    if (!read_all(file, talk)) return 1;
+    if ((arguments.run == 0 && talk.runs() > 1) || arguments.run > talk.runs()) {
+        const std::string runs = std::to_string(talk.runs());
+        say(file.name() + ": " + (talk.runs() == 1 ? "one run" : runs + " runs") +
+            " of rbk, of which a scenario repeats one: --run 1" + (talk.runs() == 1 ? "" : " to --run " + runs));
+        return 1;
+    }
+    const auto made = scenario_of(talk.messages(), std::max<std::size_t>(arguments.run, 1) - 1, file.name());
+    if (const auto* none = std::get_if<NoScenario>(&made)) {
+        say(file.name() + ": no scenario: " + none->why);
+        return 1;
+    }
+    std::fputs(std::get<std::string>(made).c_str(), stdout);
+    return 0;
+}
+
 // Until the process is ended, or its standard input has ended.
 int follow(const Arguments& arguments)
 {
@@ -189,6 +211,8 @@ int run(int argc, char** argv)
     app.add_option("FILE", arguments.file, "trace that RBK_TRACE has rbk write; - is standard input")->required();
     auto* html = app.add_flag("--html", arguments.html, "write it as one page for a browser");
     auto* scenario = app.add_flag("--scenario", arguments.scenario, "write it as a scenario that repeats it");
+    auto* run_option =
+        app.add_option("--run", arguments.run, "which run of rbk that is, from 1, where there are several");
     auto* follow_flag = app.add_flag("-f,--follow", arguments.follow, "go on as the file grows");
     auto* services = app.add_option("--service", arguments.services, "of this service alone: a name or a number");
     auto* messages = app.add_option("--message", arguments.messages, "of this name or number alone");
@@ -197,6 +221,7 @@ int run(int argc, char** argv)
     services->type_name("NAME")->take_all();
     messages->type_name("NAME")->take_all();
     html->excludes(scenario, follow_flag);
+    run_option->type_name("NUMBER")->check(CLI::PositiveNumber)->needs(scenario);
     scenario->excludes(follow_flag, services, messages, errors);
     try {
         app.parse(argc, argv);
@@ -204,6 +229,7 @@ int run(int argc, char** argv)
         return app.exit(error) == 0 ? 0 : 1;
     }
     if (arguments.html) return print_page(arguments);
+    if (arguments.scenario) return print_scenario(arguments);
     return arguments.follow ? follow(arguments) : print_all(arguments);
 }
 

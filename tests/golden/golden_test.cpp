@@ -10,6 +10,9 @@
 //   $ inside rbk 3 1         as traced, without what every run traces at its start
 //   $ inside FILE.cpp rbk 3 1   only what this file traces, as where other threads' traces have no fixed place; or
 //                               a few files
+//   $ again rbk 4 1 0 550    traced, made a scenario by rbk-trace, and run once more with that in a fresh home with the same
+//                            properties, which says the same, has the same messages on its link and ends with the same
+//                            status: nothing comes of it. With a built-in phone it has to differ.
 //   $ kbr 9 20 0             the shell under another name, whatever it is
 //   $ rbk-prop get NAME      the properties
 //   $ show modem/nv/0/550    a file of the home in hex, the names in a folder, or "absent"
@@ -119,6 +122,7 @@ class Session {
     {
         if (command.starts_with("sh ")) return in_shell(command.substr(3));
         Lines words = words_of(command);
+        if (words.at(0) == "again") return again({words.begin() + 2, words.end()});
         const bool inside = words.at(0) == "inside";
         const bool traced = inside || words[0] == "traced";
         if (traced) words.erase(words.begin());
@@ -144,11 +148,12 @@ class Session {
     }
 
  private:
-    RunOptions options() const
+    RunOptions options() const { return options(home_, name_scenario()); }
+    RunOptions options(const TempDir& home, const std::string& scenario) const
     {
-        std::map<std::string, std::string> variables = watched_in(home_.path());
-        variables["RBK_SCENARIO"] = name_scenario();
-        variables["RBK_TEST_SENDS"] = home_.path() / "calls";
+        std::map<std::string, std::string> variables = watched_in(home.path());
+        variables["RBK_SCENARIO"] = scenario;
+        variables["RBK_TEST_SENDS"] = home.path() / "calls";
         for (const auto& [name, value] : variables_) variables[name] = value;
         return {.variables = variables};
     }
@@ -179,6 +184,49 @@ class Session {
     {
         for (const std::string& line : lines_of(result.err)) lines.push_back("E " + line);
         if (result.status != 0) lines.push_back("exit " + std::to_string(result.status));
+    }
+
+    // Where the run that a scenario repeats differs from the run that was traced.
+    Lines again(const Lines& words) const
+    {
+        write_file(home_.path() / "trace", "");
+        const TempDir before;
+        std::filesystem::copy(home_.path() / "properties", before.path(), std::filesystem::copy_options::recursive);
+        const Lines traced = ending_of(run_rbk(words, options()), home_);
+        const RunResult scenario = test::run({bin_path("rbk-trace"), "--scenario", home_.path() / "trace"});
+        Lines lines;
+        append_end(lines, scenario);
+        if (!lines.empty()) return lines;
+        const Lines repeated = elsewhere(words, scenario.out, before);
+        const auto [was, is] = std::ranges::mismatch(traced, repeated);
+        if (was != traced.end()) lines.push_back("- traced: " + *was);
+        if (is != repeated.end()) lines.push_back("- again: " + *is);
+        if (lines.empty() && traced == elsewhere(words, "", before))
+            lines.push_back("- a built-in phone says the same");
+        return lines;
+    }
+
+    // The command in a home of its own.
+    Lines elsewhere(const Lines& words, const std::string& scenario, const TempDir& properties) const
+    {
+        const TempDir home;
+        write_file(home.path() / "scenario.toml", scenario);
+        std::filesystem::copy(properties.path(), home.path() / "properties", std::filesystem::copy_options::recursive);
+        return ending_of(run_rbk(words, options(home, home.path() / "scenario.toml")), home);
+    }
+
+    // Screen, standard error, status, and the messages on the link: those of each side in their order.
+    Lines ending_of(const RunResult& result, const TempDir& home) const
+    {
+        Lines lines = lines_of(result.out);
+        append_end(lines, result);
+        for (const bool to_modem : {true, false}) {
+            for (const Traced& each : trace_in(home.path())) {
+                if (each.to_modem == to_modem) lines.push_back(each.head + " " + with_runs(each.bytes));
+            }
+        }
+        for (std::string& line : lines) line = masked(replaced(line, home.path(), "HOME"));
+        return lines;
     }
 
     std::string masked(std::string line) const
