@@ -119,10 +119,7 @@ class Writer {
     static std::string service_of(const TraceLine& line);
     static bool is_answer(const TraceLine& line) { return line.is_diag || line.head.kind == link::QmiKind::response; }
     std::string words_of(const TraceLine& line) const;
-    std::string hex_of(std::size_t index) const
-    {
-        return hex_text(messages_[index].line.bytes, !messages_[index].line.is_diag);
-    }
+    std::string hex_of(std::size_t index);
     // Milliseconds from one message to a later one. What is shorter than `least` is none; where the client has asked
     // something else meanwhile, each counts.
     std::int64_t wait_ms(std::size_t from, std::size_t to, std::int64_t least) const;
@@ -140,6 +137,7 @@ class Writer {
     std::vector<std::size_t> left_out_;
     std::string refusal_;
     std::string text_;
+    std::size_t filled_ = 0;  // bytes of its texts that have "00*8"
 };
 
 // As scenario files call it; empty for one that they don't know.
@@ -287,14 +285,22 @@ std::variant<std::string, NoScenario> Writer::write(std::string_view source)
         if (text_.size() > sim::kLongestScenario) break;
     }
     try {
-        if (text_.size() > sim::kLongestScenario) throw sim::ScenarioError("");
+        if (text_.size() > sim::kLongestScenario || filled_ > sim::kMostFilled) throw sim::ScenarioError("");
         sim::check_scenario_text(text_, "");
     } catch (const sim::ScenarioError&) {
-        return NoScenario{"its " + std::to_string(exchanges_.size()) + " requests are more than a scenario holds, " +
+        return NoScenario{"its " + std::to_string(exchanges_.size()) + " requests are more than the " +
                           std::to_string(sim::kLongestScenario) + " bytes and " +
-                          std::to_string(sim::kMostScenarioValues) + " values"};
+                          std::to_string(sim::kMostScenarioValues) + " values that a scenario may have"};
     }
     return std::move(text_);
+}
+
+std::string Writer::hex_of(std::size_t index)
+{
+    const TraceLine& line = messages_[index].line;
+    std::string text = hex_text(line.bytes, !line.is_diag);
+    if (text.find('*') != std::string::npos) filled_ += line.bytes.size();
+    return text;
 }
 
 void Writer::write_head(std::string_view source)

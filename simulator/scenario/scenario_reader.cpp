@@ -25,7 +25,6 @@ namespace rbk::sim {
 namespace {
 
 constexpr std::int64_t kLongestWaitMs = 24L * 60 * 60 * 1000;
-constexpr std::uint64_t kMostFilled = 64L * 1024 * 1024;  // bytes, of all fillings together
 
 // ---- Hex text ----
 

@@ -13,6 +13,7 @@ namespace rbk::sim {
 
 inline constexpr std::size_t kLongestScenario = 4UL * 1024 * 1024;  // bytes: several of the longest EFS files in hex
 inline constexpr std::size_t kMostScenarioValues = 65536;           // a whole phone's NV items are 14468
+inline constexpr std::size_t kMostFilled = 64UL * 1024 * 1024;      // bytes that fillings and "00*8" stand for, in all
 inline constexpr std::size_t kDeepestScenario = 16;                 // parts of a key; lists and tables in each other
 
 // Throws ScenarioError with `file`, the line and what was expected.
