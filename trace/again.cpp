@@ -225,15 +225,17 @@ void Writer::belongs(std::size_t index, std::size_t exchange)
     if (!exchanges_[exchange].answer && is_answer(messages_[index].line)) exchanges_[exchange].answer = index;
 }
 
-// When each message comes again, in whole milliseconds from its request or answer. Two that came within one come at once,
-// and what closely followed a message of another exchange is kept behind it.
+// When each message comes again, in whole milliseconds from its request or answer. The trace has when rbk has read it: what
+// came behind an answer closely together comes at once, and what closely followed a message of another exchange is kept
+// behind it.
 void Writer::plan()
 {
     constexpr std::int64_t kApartUs = 1000;
     constexpr std::int64_t kMostMovedUs = 5000;
     struct {
-        std::size_t index, exchange, from;
+        std::size_t exchange, from;
         std::int64_t ms, us;
+        std::int64_t group_us;  // when the first of those that come at once was read
     } last{};
     for (const auto& [index, number] : replies_) {
         Exchange& exchange = exchanges_[number];
@@ -241,17 +243,18 @@ void Writer::plan()
         const std::size_t from = follows ? *exchange.answer : exchange.at;
         const std::int64_t from_us = follows ? exchange.answer_us : messages_[from].line.time_us;
         std::int64_t ms = wait_ms(from, index, index == exchange.answer ? kNoDelayMs : 1);
+        std::int64_t group_us = messages_[index].line.time_us;
         if (index != replies_.front().first && ms > 0) {
-            const std::int64_t gap_us = messages_[index].line.time_us - messages_[last.index].line.time_us;
             const std::int64_t early_us = last.us + (last.exchange == number ? 0 : kApartUs) - (from_us + ms * 1000);
-            if (last.exchange == number && last.from == from && gap_us < kApartUs) {
+            if (last.exchange == number && last.from == from && group_us - last.group_us < kNoDelayMs * 1000) {
                 ms = last.ms;
+                group_us = last.group_us;
             } else if (early_us > 0 && early_us <= kMostMovedUs) {
                 ms = std::min(ms + (early_us + 999) / 1000, kLongestWaitMs);
             }
         }
         exchange.came.emplace_back(index, ms);
-        last = {index, number, from, ms, from_us + ms * 1000};
+        last = {number, from, ms, from_us + ms * 1000, group_us};
         if (index == exchange.answer) exchange.answer_us = last.us;
     }
 }

@@ -59,7 +59,7 @@ struct FaultRule {
     Bytes bytes;
     std::optional<std::uint16_t> indication;
     bool also = false;
-    std::uint8_t slot = 0;  // whose card is pulled
+    std::uint8_t slot = 0;       // whose card is pulled
     std::int32_t processor = 0;  // of diag: whose packet the bytes are
     std::vector<Following> then;
 };

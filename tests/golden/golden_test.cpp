@@ -215,16 +215,15 @@ class Session {
         return ending_of(run_rbk(words, options(home, home.path() / "scenario.toml")), home);
     }
 
-    // Screen, standard error, status, and the messages on the link: those of each side in their order.
+    // Screen, standard error, status, and the messages on the link: those of each side and service in their order.
     Lines ending_of(const RunResult& result, const TempDir& home) const
     {
         Lines lines = lines_of(result.out);
         append_end(lines, result);
-        for (const bool to_modem : {true, false}) {
-            for (const Traced& each : trace_in(home.path())) {
-                if (each.to_modem == to_modem) lines.push_back(each.head + " " + with_runs(each.bytes));
-            }
-        }
+        std::vector<Traced> messages = trace_in(home.path());
+        std::ranges::stable_sort(messages, {},
+                                 [](const Traced& each) { return std::pair(each.to_modem, each.service); });
+        for (const Traced& each : messages) lines.push_back(each.head + " " + with_runs(each.bytes));
         for (std::string& line : lines) line = masked(replaced(line, home.path(), "HOME"));
         return lines;
     }
