@@ -195,8 +195,8 @@ $ sh rbk-trace $RBK_SCENARIO
 -     0.000000 < uim      #3 send APDU  ok  after 0.00 ms  ! the client refuses it: apdu: cut short  apdu=(1 byte, hidden) (cut short) TLV 0x33=(2 bytes, hidden) (unknown to the client)
 -     1.000000 > diag     request: NV read  command=26 nv_id=550
 -     1.000000 < diag     packet: NV read  after 0.00 ms  command=26 nv_id=550 data=(3 bytes, hidden)
-# Nor does the page show it among the bytes of the message: no 3A 45, no 89 04.
-$ sh rbk-trace --html $RBK_SCENARIO | grep -c '3A *45\|89 *04'; rbk-trace --html --show-private $RBK_SCENARIO | grep -c '3A *45'
+# Nor does the page show it among the bytes of the message: no 45 67, no 89 04.
+$ sh rbk-trace --html $RBK_SCENARIO | grep -c '45 *67\|89 *04'; rbk-trace --html --show-private $RBK_SCENARIO | grep -c '45 *67'
 - 0
 - 6
 $ sh rbk-trace --show-private $RBK_SCENARIO
