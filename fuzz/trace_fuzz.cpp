@@ -1,13 +1,16 @@
 // A foreign trace: as text, or as messages that get past the reader of lines. What is said of a message is one line without
 // control characters, its fields lie within its bytes, and the client's own decoder refuses what is said to be refused. A
-// page has no more elements of script and style than its own.
+// page has no more elements of script and style than its own, and the scenario of a run is one that the modem takes.
 //
 // An input is one byte for the kind. Text follows as it is; of each message a byte for its direction and kind, one for the
 // service, one for the row of its table, one for the transaction, and a block of TLVs.
 #include <cstdlib>
 
 #include "fuzz/input.h"
+#include "fuzz/scratch.h"
 #include "platform/linux/idl_codec.h"
+#include "simulator/scenario/scenario.h"
+#include "trace/again.h"
 #include "trace/fields.h"
 #include "trace/lines.h"
 #include "trace/names.h"
@@ -123,5 +126,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         count("<script", page_of("", {}, {}, true)) + count("<style", page_of("", {}, {}, true));
     const std::string page = page_of("trace", talk.messages(), shown, true);
     demand(count("<script", page) + count("<style", page) == own);
+
+    static const fuzz::MemoryFile file;
+    for (std::size_t run = 0; run < talk.runs(); ++run) {
+        const auto made = scenario_of(talk.messages(), run, "trace");
+        const auto* text = std::get_if<std::string>(&made);
+        if (text == nullptr) continue;
+        file.fill({reinterpret_cast<const std::uint8_t*>(text->data()), text->size()});
+        static_cast<void>(sim::read_scenario(file.path()));  // throws where it refuses
+    }
     return 0;
 }
