@@ -82,12 +82,22 @@ std::string nvefs_name(std::uint8_t op)
                                                  : "NV and EFS operation " + std::to_string(op);
 }
 
+// Whether the item or the file that a request is about identifies somebody.
+bool is_about_private(ByteView asked)
+{
+    const auto op = peek_le<std::uint8_t>(asked, offsetof(nvefs_req, op));
+    if (op > EFS_DELETE) return true;  // nobody knows
+    if (op <= NV_DELETE) return is_private_item(peek_le<std::uint16_t>(asked, offsetof(nvefs_req, nv_id)));
+    const auto size = peek_le<std::uint8_t>(asked, offsetof(nvefs_req, path_len));
+    const Piece path = Piece{asked, 0}.cut(offsetof(nvefs_req, path), size);
+    return is_private_file({reinterpret_cast<const char*>(path.bytes.data()), path.bytes.size()});
+}
+
 Content read_nvefs_request(Piece data)
 {
     Record record(data);
     const auto op = record.number<std::uint8_t>(offsetof(nvefs_req, op));
-    Content content{nvefs_name(op), {}, false, {}, false};
-    const std::uint32_t item = NUMBER(record, nvefs_req, nv_id);
+    Content content{nvefs_name(op), {}, false, {}, is_about_private(data.bytes)};
     ADD(record, nvefs_req, sub_id);
     if (op <= NV_DELETE) {
         ADD(record, nvefs_req, nv_id);
@@ -101,14 +111,10 @@ Content read_nvefs_request(Piece data)
     }
     if (op == EFS_WRITE) ADD(record, nvefs_req, data_len_send);
     if (op == EFS_READ || op == EFS_WRITE) ADD(record, nvefs_req, data_len_cur);
-    if (op == NV_WRITE) {
-        const std::uint32_t size = NUMBER(record, nvefs_req, data_len_all);
-        content.is_private = is_private_item(item);
+    if (op == NV_WRITE || op == EFS_WRITE) {
+        const std::uint32_t size =
+            op == NV_WRITE ? NUMBER(record, nvefs_req, data_len_all) : NUMBER(record, nvefs_req, data_len_send);
         record.add_bytes("data", offsetof(nvefs_req, data), std::min(size, NVEFS_DATA_MAX), content.is_private);
-    }
-    if (op == EFS_WRITE) {
-        const std::uint32_t size = NUMBER(record, nvefs_req, data_len_send);
-        record.add_bytes("data", offsetof(nvefs_req, data), std::min(size, NVEFS_DATA_MAX));
     }
     content.fields = record.take();
     return content;
@@ -118,8 +124,7 @@ Content read_nvefs_answer(ByteView asked, Piece data)
 {
     Record record(data);
     const auto op = peek_le<std::uint8_t>(asked, offsetof(nvefs_req, op));
-    const auto item = peek_le<std::uint16_t>(asked, offsetof(nvefs_req, nv_id));
-    Content content{nvefs_name(op), {}, false, {}, false};
+    Content content{nvefs_name(op), {}, false, {}, is_about_private(asked)};
     const std::int32_t result = NUMBER(record, nvefs_rsp, result);
     judge(content, result);
     if (op == EFS_WRITE && result >= 0) record.add_number<std::int32_t>("instance", offsetof(nvefs_rsp, result));
@@ -128,7 +133,6 @@ Content read_nvefs_answer(ByteView asked, Piece data)
     if (op == NV_READ || op == EFS_READ) {
         const std::uint32_t size =
             op == NV_READ ? NUMBER(record, nvefs_rsp, data_len_all) : NUMBER(record, nvefs_rsp, data_len_send);
-        content.is_private = op == NV_READ && is_private_item(item);
         record.add_bytes("data", offsetof(nvefs_rsp, data), std::min(size, NVEFS_DATA_MAX), content.is_private);
     }
     content.fields = record.take();

@@ -183,6 +183,9 @@ constexpr std::string_view kPrivateCardFields[] = {"eid", "apdu", "select_respon
 // ESN, both MIN, IMSI, number of the subscriber, IMEI, MEID.
 constexpr std::uint32_t kPrivateItems[] = {0, 32, 33, 176, 177, 178, 550, 1943};
 
+// In the names of EFS files, small.
+constexpr std::string_view kPrivateWords[] = {"eid", "imei", "imsi", "iccid", "msisdn", "phone", "dir_number"};
+
 constexpr NumberRow kSamples[] = {
     {HYDRA_NR5G_SRV_MEAS_PCC, "NR5G serving cell, PCC"},
     {HYDRA_NR5G_SRV_MEAS_SCC1, "NR5G serving cell, SCC1"},
@@ -289,6 +292,13 @@ bool is_private_service(std::uint32_t service)
 bool is_private_item(std::uint32_t item)
 {
     return std::ranges::find(kPrivateItems, item) != std::end(kPrivateItems);
+}
+
+bool is_private_file(std::string_view path)
+{
+    std::string name(path.substr(path.rfind('/') + 1));
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return std::ranges::any_of(kPrivateWords, [&](std::string_view word) { return name.find(word) != name.npos; });
 }
 
 std::string_view sample_name(std::uint32_t parameter)

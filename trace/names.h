@@ -43,6 +43,9 @@ bool is_private_service(std::uint32_t service);
 // Whether the NV item is: an IMEI, a phone number.
 bool is_private_item(std::uint32_t item);
 
+// Whether the EFS file is, as far as its name tells: "esim_eid".
+bool is_private_file(std::string_view path);
+
 // "LTE serving cell, PCC", or empty.
 std::string_view sample_name(std::uint32_t parameter);
 

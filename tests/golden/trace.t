@@ -43,9 +43,11 @@ $ sh RBK_TRACE=p rbk 10 1 1 >/dev/null; rbk-trace p | sed 's/^ *[0-9.]*//; s/  a
 -  > pdc      #4 set selected configuration  new_config_info={config_type=software (1), config_id=6A1F0352904EC7182B33758DA009E45C61D2F710} subscription_id=0
 -  < pdc      #4 set selected configuration  ok
 -  < pdc      says set selected configuration  ok
-$ sh RBK_TRACE=u rbk 5 10 1 0 >/dev/null; rbk-trace --service uim u | sed 's/^ *[0-9.]*//; s/  after [0-9.]* ms//'
+$ sh RBK_TRACE=u rbk 5 10 1 0 >/dev/null; rbk-trace u | grep 'uim\|eid' | sed 's/^ *[0-9.]*//; s/  after [0-9.]* ms//'
+-  > extended #2 envelope: EFS write  sub_id=1 path="/nv/item_files/modem/uim/uimdrv/esim_enable" instance=255 data_len_all=4 data_len_send=4 data_len_cur=0 data=00*4
 -  > uim      #3 power down  slot=2
 -  < uim      #3 power down  ok
+-  > extended #4 envelope: EFS write  sub_id=1 path="/nv/item_files/modem/uim/uimdrv/esim_enable" instance=255 data_len_all=4 data_len_send=4 data_len_cur=0 data=01000000
 -  > uim      #5 power up  slot=2 ignore_hotswap_switch=1 card_mode=0
 -  < uim      #5 power up  ok
 -  > uim      #6 get EID  slot=2
@@ -56,6 +58,8 @@ $ sh RBK_TRACE=u rbk 5 10 1 0 >/dev/null; rbk-trace --service uim u | sed 's/^ *
 -  < uim      #8 get EID  ok
 -  > uim      #9 get EID  slot=2
 -  < uim      #9 get EID  ok  eid=(16 bytes, hidden)
+-  > extended #10 envelope: EFS read  sub_id=1 path="/nv/item_files/modem/uim/uimdrv/esim_eid" data_len_cur=0
+-  > extended #11 envelope: EFS write  sub_id=1 path="/nv/item_files/modem/uim/uimdrv/esim_eid" instance=255 data_len_all=16 data_len_send=16 data_len_cur=0 data=(16 bytes, hidden)
 
 == What belongs together, and what is wrong with it
 # nas: answered in time; its second answer; an answer that nobody asked for.
