@@ -62,7 +62,8 @@ void judge(const Message& message, const Decoded& decoded)
     const idl_message* table = table_of(line);
     if (table == nullptr) return;
     Bytes structure(table->size);
-    const bool is_refused = decoded.complaint.starts_with("the client refuses it");
+    const bool is_refused =
+        decoded.complaint.starts_with(line.is_request() ? "it doesn't decode" : "the client refuses it");
     demand(platform::decode(*table, line.bytes, structure.data()) != is_refused);
 }
 

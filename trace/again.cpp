@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "link/diag_frame.h"
@@ -111,7 +110,6 @@ class Writer {
 
     void write_head(std::string_view source);
     void write_left_out();
-    void write_services();
     void write_unasked(std::size_t index);
     void write_exchange(const Exchange& exchange);
     void write_following(const Exchange& exchange, std::int64_t answer_ms);
@@ -129,12 +127,13 @@ class Writer {
     std::vector<std::size_t> asked_{0};  // by index: the run's requests before that message
     std::map<Kind, std::uint64_t> counts_;
     std::map<std::string, std::size_t> last_;  // by service: the exchange of its last request
-    std::set<std::string> services_;
     std::vector<Exchange> exchanges_;
     std::vector<std::pair<std::size_t, std::size_t>> replies_;  // index and exchange, in their order
     std::map<std::size_t, std::size_t> exchange_of_;            // by index of the request
     std::vector<std::size_t> unasked_;                          // indications before any request to their service
     std::vector<std::size_t> left_out_;
+    std::uint16_t transaction_ = 0;     // of the run's last request; each run counts from 1
+    std::vector<std::uint64_t> holes_;  // lines before which requests of the run are missing
     std::string refusal_;
     std::string text_;
     std::size_t filled_ = 0;  // bytes of its texts that have "00*8"
@@ -177,7 +176,6 @@ void Writer::collect()
             left_out_.push_back(i);
             continue;
         }
-        services_.insert(service);
         message.line.to_modem ? add_request(i) : add_reply(i);
     }
     // A service speaks only to whoever has asked it something.
@@ -194,6 +192,10 @@ void Writer::add_request(std::size_t index)
     const TraceLine& line = messages_[index].line;
     const std::string service = service_of(line);
     const std::uint16_t number = line.is_diag ? std::uint16_t{0} : line.head.message;
+    if (!line.is_diag) {
+        if (line.head.transaction != static_cast<std::uint16_t>(transaction_ + 1)) holes_.push_back(line.number);
+        transaction_ = line.head.transaction;
+    }
     exchange_of_[index] = last_[service] = exchanges_.size();
     exchanges_.push_back({&messages_[index], index, ++counts_[{service, number}], {}, 0, {}});
 }
@@ -281,7 +283,6 @@ std::variant<std::string, NoScenario> Writer::write(std::string_view source)
     plan();
     write_head(source);
     write_left_out();
-    write_services();
     for (const std::size_t index : unasked_) write_unasked(index);
     for (const Exchange& exchange : exchanges_) {
         write_exchange(exchange);
@@ -314,7 +315,8 @@ void Writer::write_head(std::string_view source)
         "# phone. Which command it was, a trace doesn't tell; give the same one, with the same properties and "
         "variables:\n#\n"
         "#     RBK_SCENARIO=this-file rbk ...\n#\n"
-        "# All bytes are those of the run, also what identifies a person or a card: EID, IMEI, phone numbers, APDUs.\n";
+        "# All bytes are those of the run, also what identifies a person or a card: EID, IMEI, phone numbers, APDUs.\n"
+        "# All services are there: one that the run didn't find isn't told by a trace ([modem] services).\n";
     if (exchanges_.empty()) {
         text_ += "# There is no request in it.\n";
         return;
@@ -328,6 +330,13 @@ void Writer::write_head(std::string_view source)
 
 void Writer::write_left_out()
 {
+    for (const std::uint64_t number : holes_) {
+        text_ +=
+            "# Before line " + std::to_string(number) +
+            " a request is missing, by the transactions: one that couldn't be sent, or that isn't in the file any\n"
+            "# more. In that case the numbers of the rules (nth) below are those of other requests.\n";
+        if (text_.size() > sim::kLongestScenario) return;
+    }
     for (const std::size_t index : left_out_) {
         const TraceLine& line = messages_[index].line;
         const std::string why = service_of(line).empty() ? "a service that scenarios don't have"
@@ -336,15 +345,6 @@ void Writer::write_left_out()
         text_ += "# Left out: line " + std::to_string(line.number) + ", " + why + ".\n";
         if (text_.size() > sim::kLongestScenario) return;
     }
-}
-
-void Writer::write_services()
-{
-    text_ += "\n[modem]\nservices = [";
-    for (const std::string& service : services_) {
-        text_ += (service == *services_.begin() ? "" : ", ") + in_quotes(service);
-    }
-    text_ += "]  # those that say something in the trace\n";
 }
 
 void Writer::write_unasked(std::size_t index)

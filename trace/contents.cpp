@@ -29,18 +29,18 @@ class Record {
     template <typename Number>
     void add_number(const char* name, std::size_t offset)
     {
-        add(name, std::to_string(number<Number>(offset)), piece_.cut(offset, sizeof(Number)));
+        add(name, std::to_string(number<Number>(offset)), piece_.cut(offset, sizeof(Number))).is_harmless = true;
     }
     void add_text(const char* name, std::size_t offset, std::size_t size)
     {
         const Piece text = piece_.cut(offset, size);
         const auto end = std::ranges::find(text.bytes, 0);
-        add(name, '"' + sim::printable(std::string(text.bytes.begin(), end)) + '"', text);
+        add(name, '"' + sim::printable(std::string(text.bytes.begin(), end)) + '"', text).is_harmless = true;
     }
-    void add_bytes(const char* name, std::size_t offset, std::size_t size, bool is_private = false)
+    void add_bytes(const char* name, std::size_t offset, std::size_t size)
     {
         const Piece bytes = piece_.cut(offset, size);
-        if (size > 0) add(name, hex_text(bytes.bytes), bytes).is_private = is_private;
+        if (size > 0) add(name, hex_text(bytes.bytes), bytes);
     }
     // Bytes without the zeros that fill their room.
     void add_filled(const char* name, std::size_t offset, std::size_t size)
@@ -65,10 +65,10 @@ class Record {
 #define ADD(record, T, member)    (record).add_number<decltype(T::member)>(#member, offsetof(T, member))
 #define NUMBER(record, T, member) (record).number<decltype(T::member)>(offsetof(T, member))
 
-void judge(Content& content, std::int32_t result)
+void judge(Content& content, bool is_fault, std::int32_t result)
 {
-    content.is_fault = result < 0;
-    content.result = content.is_fault ? "failed: " + errno_name(result) : "ok";
+    content.is_fault = is_fault;
+    content.result = is_fault ? "failed: " + errno_name(result) : "ok";
 }
 
 // ---- NV items and EFS files ----
@@ -86,7 +86,7 @@ std::string nvefs_name(std::uint8_t op)
 bool is_about_private(ByteView asked)
 {
     const auto op = peek_le<std::uint8_t>(asked, offsetof(nvefs_req, op));
-    if (op > EFS_DELETE) return true;  // nobody knows
+    if (op > EFS_DELETE || asked.size() < offsetof(nvefs_req, data)) return true;  // nobody knows
     if (op <= NV_DELETE) return is_private_item(peek_le<std::uint16_t>(asked, offsetof(nvefs_req, nv_id)));
     const auto size = peek_le<std::uint8_t>(asked, offsetof(nvefs_req, path_len));
     const Piece path = Piece{asked, 0}.cut(offsetof(nvefs_req, path), size);
@@ -114,7 +114,7 @@ Content read_nvefs_request(Piece data)
     if (op == NV_WRITE || op == EFS_WRITE) {
         const std::uint32_t size =
             op == NV_WRITE ? NUMBER(record, nvefs_req, data_len_all) : NUMBER(record, nvefs_req, data_len_send);
-        record.add_bytes("data", offsetof(nvefs_req, data), std::min(size, NVEFS_DATA_MAX), content.is_private);
+        record.add_bytes("data", offsetof(nvefs_req, data), std::min(size, NVEFS_DATA_MAX));
     }
     content.fields = record.take();
     return content;
@@ -126,17 +126,26 @@ Content read_nvefs_answer(ByteView asked, Piece data)
     const auto op = peek_le<std::uint8_t>(asked, offsetof(nvefs_req, op));
     Content content{nvefs_name(op), {}, false, {}, is_about_private(asked)};
     const std::int32_t result = NUMBER(record, nvefs_rsp, result);
-    judge(content, result);
+    judge(content, op == EFS_WRITE ? result < 0 : result != 0, result);
     if (op == EFS_WRITE && result >= 0) record.add_number<std::int32_t>("instance", offsetof(nvefs_rsp, result));
     if (op == NV_READ || op == EFS_READ) ADD(record, nvefs_rsp, data_len_all);
     if (op == EFS_READ) ADD(record, nvefs_rsp, data_len_send);
     if (op == NV_READ || op == EFS_READ) {
         const std::uint32_t size =
             op == NV_READ ? NUMBER(record, nvefs_rsp, data_len_all) : NUMBER(record, nvefs_rsp, data_len_send);
-        record.add_bytes("data", offsetof(nvefs_rsp, data), std::min(size, NVEFS_DATA_MAX), content.is_private);
+        record.add_bytes("data", offsetof(nvefs_rsp, data), std::min(size, NVEFS_DATA_MAX));
     }
     content.fields = record.take();
     return content;
+}
+
+constexpr const char* kLegacyName = "NV read, older way";
+
+// The modem looks at the low half of an item's number.
+bool is_legacy_private(ByteView asked)
+{
+    return asked.size() < offsetof(nv_legacy_req, reserved) || peek_le<std::uint32_t>(asked, 0) != 1 ||
+           is_private_item(peek_le<std::uint16_t>(asked, offsetof(nv_legacy_req, nv_id)));
 }
 
 Content read_legacy_request(Piece data)
@@ -144,23 +153,31 @@ Content read_legacy_request(Piece data)
     Record record(data);
     ADD(record, nv_legacy_req, nv_id);
     ADD(record, nv_legacy_req, sub_id);
-    return {"NV read, older way", {}, false, record.take(), false};
+    return {kLegacyName, {}, false, record.take(), is_legacy_private(data.bytes)};
 }
 
 Content read_legacy_answer(ByteView asked, Piece data)
 {
     Record record(data);
-    Content content{"NV read, older way", {}, false, {}, false};
-    judge(content, NUMBER(record, nv_legacy_rsp, result));
+    Content content{kLegacyName, {}, false, {}, is_legacy_private(asked)};
+    const std::int32_t result = NUMBER(record, nv_legacy_rsp, result);
+    judge(content, result != 0, result);
     ADD(record, nv_legacy_rsp, data_len);
     const std::uint32_t size = NUMBER(record, nv_legacy_rsp, data_len);
-    content.is_private = is_private_item(peek_le<std::uint32_t>(asked, offsetof(nv_legacy_req, nv_id)));
-    record.add_bytes("data", offsetof(nv_legacy_rsp, data), std::min(size, NV_LEGACY_DATA_MAX), content.is_private);
+    record.add_bytes("data", offsetof(nv_legacy_rsp, data), std::min(size, NV_LEGACY_DATA_MAX));
     content.fields = record.take();
     return content;
 }
 
 // ---- Common requests ----
+
+// One that nobody knows may carry anything.
+bool is_common_unknown(ByteView asked)
+{
+    return common_command_name(peek_le<std::uint32_t>(asked, offsetof(common_typed_req, cmd)),
+                               peek_le<std::uint32_t>(asked, offsetof(common_typed_req, t)))
+        .empty();
+}
 
 std::string common_name(ByteView asked)
 {
@@ -182,14 +199,15 @@ Content read_common_request(Piece data)
         ADD(record, common_req, cmd);
         record.add_filled("payload", offsetof(common_req, payload), sizeof(common_req::payload));
     }
-    return {common_name(data.bytes), {}, false, record.take(), false};
+    return {common_name(data.bytes), {}, false, record.take(), is_common_unknown(data.bytes)};
 }
 
 Content read_common_answer(ByteView asked, Piece data)
 {
     Record record(data);
-    Content content{common_name(asked), {}, false, {}, false};
-    judge(content, NUMBER(record, common_rsp, result));
+    Content content{common_name(asked), {}, false, {}, is_common_unknown(asked)};
+    const std::int32_t result = NUMBER(record, common_rsp, result);
+    judge(content, result != 0, result);
     if (peek_le<std::uint32_t>(asked, offsetof(common_typed_req, cmd)) == COMMON_CMD_TYPED) {
         const std::uint32_t size = NUMBER(record, common_typed_rsp, l);
         record.add_bytes("v", offsetof(common_typed_rsp, v), std::min<std::size_t>(size, sizeof(common_typed_rsp::v)));
@@ -219,12 +237,12 @@ const EnvelopeForm* find_form(std::uint32_t qmi_id)
     return found == std::end(kEnvelopes) ? nullptr : &*found;
 }
 
-// Data that nobody has a form for. Where even its request is unknown it may be anything, an IMEI too.
-Content read_unknown(std::string name, Piece data, bool is_private)
+// Data that nobody has a form for may be anything, an IMEI too.
+Content read_unknown(std::string name, Piece data)
 {
     Record record(data);
-    record.add_bytes("data", 0, data.bytes.size(), is_private);
-    return {std::move(name), {}, false, record.take(), is_private};
+    record.add_bytes("data", 0, data.bytes.size());
+    return {std::move(name), {}, false, record.take(), true};
 }
 
 // ---- Diag ----
@@ -247,6 +265,34 @@ constexpr std::uint8_t kNvReadPacket = 0x26;
 constexpr std::uint8_t kNvWritePacket = 0x27;
 constexpr std::size_t kNvPacketData = 3;  // behind command and item
 
+constexpr std::uint8_t kSubsystem = 0x4B;
+constexpr std::uint8_t kSubsystemLater = 0x80;
+constexpr std::uint8_t kEfsSubsystem = 0x13;
+constexpr std::uint8_t kNvSubsystem = 0x30;
+
+bool is_refusal(std::uint8_t command)
+{
+    return command >= 0x13 && command <= 0x18;
+}
+
+// Logs, events and messages tell what the network says of the subscriber; files and items may be his, too.
+bool is_packet_private(ByteView packet)
+{
+    if (packet.empty()) return false;
+    switch (packet[0]) {
+    case kNvReadPacket:
+    case kNvWritePacket: return packet.size() < kNvPacketData || is_private_item(load_le<std::uint16_t>(&packet[1]));
+    case kSubsystem:
+    case kSubsystemLater: return packet.size() > 1 && (packet[1] == kEfsSubsystem || packet[1] == kNvSubsystem);
+    case 0x10:
+    case 0x60:
+    case 0x79:
+    case 0x92:
+    case 0x99: return true;
+    default: return is_refusal(packet[0]) && is_packet_private(packet.subspan(1));
+    }
+}
+
 }  // namespace
 
 Piece Piece::cut(std::size_t from, std::size_t size) const
@@ -258,14 +304,19 @@ Piece Piece::cut(std::size_t from, std::size_t size) const
 Content read_request(std::uint32_t qmi_id, Piece data)
 {
     if (const EnvelopeForm* form = find_form(qmi_id)) return form->request(data);
-    return read_unknown("request " + std::to_string(qmi_id), data, false);
+    return read_unknown("request " + std::to_string(qmi_id), data);
+}
+
+Content read_said(std::uint32_t qmi_id, Piece data)
+{
+    return read_unknown("id " + std::to_string(qmi_id), data);
 }
 
 Content read_answer(const Asked* asked, Piece data)
 {
-    if (asked == nullptr) return read_unknown("", data, true);
+    if (asked == nullptr) return read_unknown("", data);
     if (const EnvelopeForm* form = find_form(asked->qmi_id)) return form->answer(asked->data, data);
-    return read_unknown("request " + std::to_string(asked->qmi_id), data, false);
+    return read_unknown("request " + std::to_string(asked->qmi_id), data);
 }
 
 std::vector<Field> read_sample(std::uint32_t parameter, Piece sample)
@@ -314,16 +365,14 @@ Content read_packet(Piece packet)
     const std::uint8_t command = packet.bytes.empty() ? 0 : packet.bytes[0];
     const auto found = std::ranges::find(kPackets, command, &PacketName::command);
     if (!packet.bytes.empty() && found != std::end(kPackets)) content.name = found->name;
-    content.is_fault = command >= 0x13 && command <= 0x18;
+    content.is_fault = !packet.bytes.empty() && is_refusal(command);
+    content.is_private = is_packet_private(packet.bytes);
+    std::size_t at = 0;
     if (command == kNvReadPacket || command == kNvWritePacket) {
-        const auto item = record.number<std::uint16_t>(1);
-        record.add_bytes("command", 0, 1);
         record.add_number<std::uint16_t>("nv_id", 1);
-        const std::size_t size = packet.bytes.size() - std::min(kNvPacketData, packet.bytes.size());
-        record.add_bytes("data", kNvPacketData, size, is_private_item(item));
-    } else {
-        record.add_bytes("bytes", 0, packet.bytes.size());
+        at = kNvPacketData;
     }
+    record.add_bytes("bytes", at, packet.bytes.size() - std::min(at, packet.bytes.size()));
     content.fields = record.take();
     return content;
 }

@@ -26,8 +26,9 @@ struct Content {
     bool is_private = false;  // all of its bytes may identify a person
 };
 
-// The data of an envelope that asks.
+// The data of an envelope that asks, and of one that the modem sends unasked.
 Content read_request(std::uint32_t qmi_id, Piece data);
+Content read_said(std::uint32_t qmi_id, Piece data);
 
 // The data of an envelope that answers, `request` being what the one that asked carried. Null: nobody knows what it is.
 struct Asked {

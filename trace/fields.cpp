@@ -8,12 +8,11 @@
 #include "simulator/base/printable.h"
 #include "trace/contents.h"
 #include "trace/names.h"
+#include "velmor_extend_v01.h"
+#include "vs_v01.h"
 
 namespace rbk::trace {
 namespace {
-
-constexpr std::uint32_t kExtended = 0xFFE4;
-constexpr std::uint32_t kStatistics = 0x00E4;
 
 // ---- One value after the other, by the rows of a table ----
 
@@ -264,7 +263,7 @@ std::optional<Envelope> open_envelope(const TraceLine& line, std::vector<Field>&
 {
     const Field* id = find_field(fields, "qmi_id");
     const Field* size = find_field(fields, "data_len");
-    if (line.service != kExtended || id == nullptr || size == nullptr) return std::nullopt;
+    if (id == nullptr || size == nullptr) return std::nullopt;
     Envelope envelope{static_cast<std::uint32_t>(number_in(line, *id)), number_in(line, *size), {}};
     if (const Field* data = find_field(fields, "data")) {
         const Piece whole{ByteView(line.bytes).subspan(data->offset, data->size), data->offset};
@@ -281,14 +280,13 @@ const idl_message* table_of(const TraceLine& line)
     return platform::find_message(*service, kind, line.head.message);
 }
 
-// What the data of an envelope holds takes the place of its fields; what is wrong with them stays.
+// What the data of an envelope holds takes the place of its fields; what is wrong with them stays. Where that isn't known to
+// be harmless, all of the message is hidden: a length may be wrong, and an IMEI stand anywhere.
 void take_envelope(const TraceLine& line, const TraceLine* request, Decoded& decoded)
 {
     const std::optional<Envelope> envelope = open_envelope(line, decoded.fields);
-    const Field* data = find_field(decoded.fields, "data");
-    const Stretch room = data == nullptr ? Stretch{} : Stretch{data->offset, data->size};
-    if (!envelope) {
-        decoded.hidden.push_back(room);  // nobody knows of which item
+    if (!envelope || !is_envelope(line.head.message)) {
+        decoded.hidden.push_back({0, line.bytes.size()});
         return;
     }
     Content content;
@@ -307,15 +305,19 @@ void take_envelope(const TraceLine& line, const TraceLine* request, Decoded& dec
             content.is_fault = false;
         }
         if (envelope->data_len == 0) content.fields.clear();
-    } else {
+    } else if (line.is_request()) {
         content = read_request(envelope->qmi_id, envelope->data);
+    } else {
+        content = read_said(envelope->qmi_id, envelope->data);
     }
-    if (content.is_private) decoded.hidden.push_back(room);  // all of it: a length may be wrong
+    if (content.is_private) decoded.hidden.push_back({0, line.bytes.size()});
     decoded.content = content.name;
     if (!content.result.empty()) decoded.result = content.result;
     decoded.is_fault = decoded.is_fault || content.is_fault;
-    if (Field* size = find_field(decoded.fields, "data_len"); envelope->data_len != envelope->data.bytes.size())
+    if (Field* size = find_field(decoded.fields, "data_len"); envelope->data_len != envelope->data.bytes.size()) {
         size->note = "more than there is";
+        size->is_harmless = true;
+    }
     std::erase_if(decoded.fields, [](const Field& field) {
         return field.note.empty() && (field.name == "qmi_id" || field.name == "data" || field.name == "data_len");
     });
@@ -341,17 +343,31 @@ void take_samples(const TraceLine& line, std::vector<Field>& fields)
     }
 }
 
-void hide(const std::vector<Field>& fields, std::vector<Stretch>& hidden)
+void collect_hidden(const std::vector<Field>& fields, std::vector<Stretch>& hidden)
 {
     for (const Field& field : fields) {
         if (field.is_private) hidden.push_back({field.offset, field.size});
-        hide(field.parts, hidden);
+        collect_hidden(field.parts, hidden);
     }
 }
 
-void decode_packet(const TraceLine& line, Decoded& decoded)
+// What is read from hidden bytes is hidden itself.
+void hide_fields(std::vector<Field>& fields, const std::vector<Stretch>& hidden)
+{
+    for (Field& field : fields) {
+        const bool touches = std::ranges::any_of(hidden, [&](const Stretch& stretch) {
+            return field.offset < stretch.offset + stretch.size && stretch.offset < field.offset + field.size;
+        });
+        if (field.parts.empty() && touches && !field.is_harmless) field.is_private = true;
+        hide_fields(field.parts, hidden);
+    }
+}
+
+void decode_packet(const TraceLine& line, const TraceLine* request, Decoded& decoded)
 {
     Content content = read_packet({line.bytes, 0});
+    if (content.is_private || (request != nullptr && read_packet({request->bytes, 0}).is_private))
+        decoded.hidden.push_back({0, line.bytes.size()});
     decoded.service = "diag";
     decoded.message = line.to_modem ? "request" : "packet";
     decoded.content = std::move(content.name);
@@ -372,10 +388,10 @@ void decode_message(const TraceLine& line, const TraceLine* request, Decoded& de
     }
     decoded.complaint = refusal(*table, decoded.fields);
     take_result(line, decoded);
-    if (line.service == kStatistics) take_samples(line, decoded.fields);
-    take_envelope(line, request, decoded);
+    if (line.service == VS_SERVICE_ID) take_samples(line, decoded.fields);
+    if (line.service == EXTEND_SERVICE_ID) take_envelope(line, request, decoded);
     if (!decoded.complaint.empty()) {
-        decoded.complaint = "the client refuses it: " + decoded.complaint;
+        decoded.complaint = (line.is_request() ? "it doesn't decode: " : "the client refuses it: ") + decoded.complaint;
         decoded.is_fault = true;
     }
 }
@@ -386,10 +402,11 @@ Decoded decode(const TraceLine& line, const TraceLine* request)
 {
     Decoded decoded;
     if (line.is_diag)
-        decode_packet(line, decoded);
+        decode_packet(line, request, decoded);
     else
         decode_message(line, request, decoded);
-    hide(decoded.fields, decoded.hidden);
+    collect_hidden(decoded.fields, decoded.hidden);
+    hide_fields(decoded.fields, decoded.hidden);
     return decoded;
 }
 

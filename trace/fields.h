@@ -18,6 +18,7 @@ struct Field {
     std::size_t offset = 0;
     std::size_t size = 0;
     std::vector<Field> parts = {};
+    bool is_harmless = false;  // it is shown even where all around it is private: an item's number, a length
 };
 
 // Some of a message's bytes.

@@ -24,6 +24,20 @@ std::string parts_text(const Field& group, bool show_private)
     return text;
 }
 
+const char* words_of(const Message& message)
+{
+    switch (message.mark) {
+    case Mark::none: break;
+    case Mark::unanswered: return "unanswered";
+    case Mark::late: return message.line.is_request() ? "answered too late" : "too late: nobody waits for it any more";
+    case Mark::doubled: return message.line.is_indication() ? "told a second time" : "a second answer";
+    case Mark::unmatched: return "an answer to nothing";
+    case Mark::early: return "before the answer";
+    case Mark::no_outcome: return "acknowledged, and no outcome told";
+    }
+    return "";
+}
+
 }  // namespace
 
 std::string seconds_text(std::int64_t time_us)
@@ -47,15 +61,9 @@ std::string duration_text(std::int64_t time_us)
 
 std::string mark_text(const Message& message)
 {
-    switch (message.mark) {
-    case Mark::none: break;
-    case Mark::unanswered: return "unanswered";
-    case Mark::late: return message.line.is_request() ? "answered too late" : "too late: nobody waits for it any more";
-    case Mark::doubled: return "a second answer";
-    case Mark::unmatched: return "an answer to nothing";
-    case Mark::early: return "before the answer";
-    }
-    return {};
+    const std::string text = words_of(message);
+    if (!message.is_guess) return text;
+    return text + (text.empty() ? "" : ", ") + "of another run perhaps";
 }
 
 bool is_faulty(const Message& message, const Decoded& decoded)

@@ -29,6 +29,10 @@ std::string hex_number(std::uint32_t number)
 
 constexpr std::int64_t kSecond_us = 1'000'000;
 
+constexpr std::uint32_t kNas = 3;
+constexpr std::uint32_t kUim = 11;
+constexpr std::uint32_t kSar = 17;
+
 struct ServiceRow {
     std::uint32_t id;
     std::string_view name;
@@ -41,9 +45,9 @@ struct ServiceRow {
 const ServiceRow kServices[] = {
     {EXTEND_SERVICE_ID, "extended", [] { return velmor_extend_get_service_object_internal_v01(EXTEND_VERSION, EXTEND_MINOR_VERSION, 6); },  3 * kSecond_us, true},
     {VS_SERVICE_ID,     "vs",       [] { return vs_get_service_object_internal_v01(VS_VERSION, VS_MINOR_VERSION, 6); },                    30 * kSecond_us, true},
-    {3,                 "nas",      [] { return nas_get_service_object_internal_v01(1, 388, 6); },                                         10 * kSecond_us, true},
-    {11,                "uim",      [] { return uim_get_service_object_internal_v01(1, 103, 6); },                                          3 * kSecond_us, true},
-    {17,                "sar",      [] { return sar_get_service_object_internal_v01(1, 15, 6); },                                          30 * kSecond_us, true},
+    {kNas,              "nas",      [] { return nas_get_service_object_internal_v01(1, 388, 6); },                                         10 * kSecond_us, true},
+    {kUim,              "uim",      [] { return uim_get_service_object_internal_v01(1, 103, 6); },                                          3 * kSecond_us, true},
+    {kSar,              "sar",      [] { return sar_get_service_object_internal_v01(1, 15, 6); },                                          30 * kSecond_us, true},
     {PDC_SERVICE_ID,    "pdc",      [] { return pdc_get_service_object_internal_v01(PDC_VERSION, PDC_MINOR_VERSION, 6); },                 10 * kSecond_us, false},
 };
 // clang-format on
@@ -79,24 +83,25 @@ struct MessageRow {
     std::uint16_t id;
     std::string_view name;
 };
+constexpr std::uint16_t kEnvelopeSaid = 3;  // an envelope that the modem sends unasked
 constexpr MessageRow kMessages[] = {
     {EXTEND_SERVICE_ID, EXTEND_MSG_ENVELOPE, "envelope"},
-    {EXTEND_SERVICE_ID, 3, "envelope"},
+    {EXTEND_SERVICE_ID, kEnvelopeSaid, "envelope"},
     {VS_SERVICE_ID, VS_MSG_SET_FEATURE_STATUS, "set feature status"},
     {VS_SERVICE_ID, VS_MSG_GET_STATS_PARAMETER, "get statistics"},
     {VS_SERVICE_ID, VS_IND_STATS, "statistics"},
-    {3, QMI_NAS_PERFORM_NETWORK_SCAN_REQ_MSG_V01, "network scan"},
-    {3, QMI_NAS_PERFORM_INCREMENTAL_NETWORK_SCAN_REQ_MSG_V01, "incremental network scan"},
-    {11, QMI_UIM_GET_CARD_STATUS_REQ_V01, "get card status"},
-    {11, QMI_UIM_POWER_DOWN_REQ_V01, "power down"},
-    {11, QMI_UIM_POWER_UP_REQ_V01, "power up"},
-    {11, QMI_UIM_SEND_APDU_REQ_V01, "send APDU"},
-    {11, QMI_UIM_LOGICAL_CHANNEL_REQ_V01, "logical channel"},
-    {11, QMI_UIM_OPEN_LOGICAL_CHANNEL_REQ_V01, "open logical channel"},
-    {11, QMI_UIM_GET_EID_REQ_V01, "get EID"},
-    {11, QMI_UIM_SET_SIM_TYPE_REQ_V01, "set SIM type"},
-    {17, SAR_RF_SET_STATE_REQ_V01, "set SAR state"},
-    {17, SAR_RF_GET_STATE_REQ_V01, "get SAR state"},
+    {kNas, QMI_NAS_PERFORM_NETWORK_SCAN_REQ_MSG_V01, "network scan"},
+    {kNas, QMI_NAS_PERFORM_INCREMENTAL_NETWORK_SCAN_REQ_MSG_V01, "incremental network scan"},
+    {kUim, QMI_UIM_GET_CARD_STATUS_REQ_V01, "get card status"},
+    {kUim, QMI_UIM_POWER_DOWN_REQ_V01, "power down"},
+    {kUim, QMI_UIM_POWER_UP_REQ_V01, "power up"},
+    {kUim, QMI_UIM_SEND_APDU_REQ_V01, "send APDU"},
+    {kUim, QMI_UIM_LOGICAL_CHANNEL_REQ_V01, "logical channel"},
+    {kUim, QMI_UIM_OPEN_LOGICAL_CHANNEL_REQ_V01, "open logical channel"},
+    {kUim, QMI_UIM_GET_EID_REQ_V01, "get EID"},
+    {kUim, QMI_UIM_SET_SIM_TYPE_REQ_V01, "set SIM type"},
+    {kSar, SAR_RF_SET_STATE_REQ_V01, "set SAR state"},
+    {kSar, SAR_RF_GET_STATE_REQ_V01, "get SAR state"},
     {PDC_SERVICE_ID, PDC_GET_SELECTED_CONFIG_V01, "get selected configuration"},
     {PDC_SERVICE_ID, PDC_SET_SELECTED_CONFIG_V01, "set selected configuration"},
     {PDC_SERVICE_ID, PDC_LIST_CONFIGS_V01, "list configurations"},
@@ -160,6 +165,20 @@ constexpr ValueRow kValues[] = {
     {"app_state", 5, "PIN blocked"},
     {"app_state", 6, "illegal"},
     {"app_state", 7, "ready"},
+    {"perso_state", 0, "unknown"},
+    {"perso_state", 1, "in progress"},
+    {"perso_state", 2, "ready"},
+    {"perso_state", 3, "code wanted"},
+    {"perso_state", 4, "PUK wanted"},
+    {"perso_state", 5, "blocked for good"},
+    {"error_code", 0, "unknown"},
+    {"error_code", 1, "power down"},
+    {"error_code", 2, "poll error"},
+    {"error_code", 3, "no ATR"},
+    {"error_code", 4, "voltage mismatch"},
+    {"error_code", 5, "parity error"},
+    {"error_code", 6, "possibly removed"},
+    {"error_code", 7, "technical problems"},
     {"config_type", PDC_CONFIG_TYPE_MODEM_PLATFORM_V01, "platform"},
     {"config_type", PDC_CONFIG_TYPE_MODEM_SW_V01, "software"},
     {"activation_type", PDC_ACTIVATION_REGULAR_V01, "regular"},
@@ -247,6 +266,11 @@ qmi_idl_service_object_type service_tables(std::uint32_t service)
     return row == nullptr ? nullptr : row->tables();
 }
 
+bool is_envelope(std::uint16_t message)
+{
+    return message == EXTEND_MSG_ENVELOPE || message == kEnvelopeSaid;
+}
+
 std::int64_t waits_us(std::uint32_t service)
 {
     const ServiceRow* row = find_service(service);
@@ -257,6 +281,21 @@ bool asks_one_at_a_time(std::uint32_t service)
 {
     const ServiceRow* row = find_service(service);
     return row != nullptr && row->one_at_a_time;
+}
+
+bool tells_outcomes(std::uint32_t service)
+{
+    return service == PDC_SERVICE_ID;
+}
+
+bool waits_for_outcome(std::uint16_t message)
+{
+    return message != PDC_ACTIVATE_CONFIG_V01;
+}
+
+bool tells_in_parts(std::uint32_t service, std::uint16_t message)
+{
+    return service != PDC_SERVICE_ID || message == PDC_LIST_CONFIGS_V01 || message == PDC_VALIDATE_CONFIG_V01;
 }
 
 std::string qmi_error_name(std::uint32_t error)
@@ -281,12 +320,12 @@ std::string_view value_name(std::string_view field, std::uint64_t value)
 
 bool is_private_field(std::uint32_t service, std::string_view field)
 {
-    return service == 11 && std::ranges::find(kPrivateCardFields, field) != std::end(kPrivateCardFields);
+    return service == kUim && std::ranges::find(kPrivateCardFields, field) != std::end(kPrivateCardFields);
 }
 
 bool is_private_service(std::uint32_t service)
 {
-    return service == 11;
+    return service == kUim || service == EXTEND_SERVICE_ID || find_service(service) == nullptr;
 }
 
 bool is_private_item(std::uint32_t item)
@@ -297,6 +336,10 @@ bool is_private_item(std::uint32_t item)
 bool is_private_file(std::string_view path)
 {
     std::string name(path.substr(path.rfind('/') + 1));
+    if (const auto end = name.find('\0'); end != name.npos) name.resize(end);  // a path ends there
+    std::uint32_t item = 0;                                                    // an item's file is its number
+    const auto [stop, error] = std::from_chars(name.data(), name.data() + name.size(), item);
+    if (error == std::errc() && stop == name.data() + name.size() && is_private_item(item)) return true;
     std::ranges::transform(name, name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return std::ranges::any_of(kPrivateWords, [&](std::string_view word) { return name.find(word) != name.npos; });
 }
@@ -311,7 +354,7 @@ std::string_view common_command_name(std::uint32_t command, std::uint32_t type)
     return command == COMMON_CMD_TYPED ? find_name(kTypedCommands, type) : find_name(kCommands, command);
 }
 
-bool is_named(std::string_view asked, std::string_view name, std::uint32_t number)
+bool is_named(std::string_view asked, std::string_view name, std::optional<std::uint32_t> number)
 {
     const bool is_hex = asked.starts_with("0x") || asked.starts_with("0X");
     std::uint32_t value = 0;

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -42,21 +44,22 @@ void say(const std::string& line)
 
 // ---- Which messages are asked for ----
 
-bool is_named_by(const std::vector<std::string>& asked, std::initializer_list<std::string_view> names,
-                 std::uint32_t number)
+// `number` is empty where the thing has none.
+bool is_named_by(const std::vector<std::string>& asked, const std::vector<std::string>& names,
+                 std::optional<std::uint32_t> number)
 {
     return asked.empty() || std::ranges::any_of(asked, [&](const std::string& each) {
-               return std::ranges::any_of(names, [&](std::string_view name) { return is_named(each, name, number); });
+               return std::ranges::any_of(names, [&](const std::string& name) { return is_named(each, name, number); });
            });
 }
 
 bool is_asked_for(const Arguments& arguments, const Message& message, const Decoded& decoded)
 {
     const TraceLine& line = message.line;
-    const std::uint32_t no_number = UINT32_MAX;
-    return is_named_by(arguments.services, {decoded.service}, line.is_diag ? no_number : line.service) &&
-           is_named_by(arguments.messages, {decoded.message, decoded.content},
-                       line.is_diag ? no_number : line.head.message);
+    const auto number = [&](std::uint32_t of_qmi) { return line.is_diag ? std::nullopt : std::optional(of_qmi); };
+    const std::string both = decoded.message + ": " + decoded.content;  // as lines show it
+    return is_named_by(arguments.services, {decoded.service}, number(line.service)) &&
+           is_named_by(arguments.messages, {decoded.message, decoded.content, both}, number(line.head.message));
 }
 
 // ---- A talk and its words ----
@@ -71,28 +74,51 @@ class Reading {
     Decoded decoded(std::size_t index) const
     {
         const Message& each = message(index);
-        const bool has_request = each.partner && !each.line.is_request();
+        const bool has_request = each.partner && !each.line.is_request() && !each.is_guess;
         return decode(each.line, has_request ? &message(*each.partner).line : nullptr);
     }
 
-    void print_unanswered()
+    // All that is asked for. Of messages that belong together all are, where one is faulty.
+    std::vector<PageMessage> chosen() const
     {
-        for (const std::size_t each : talk_.take_unanswered()) print(each);
+        std::vector<PageMessage> all;
+        std::vector<bool> is_wanted;
+        for (std::size_t i = 0; i < talk_.messages().size(); ++i) {
+            all.push_back({i, decoded(i)});
+            is_wanted.push_back(!arguments_.errors || is_faulty(message(i), all[i].words));
+        }
+        const std::vector<bool> is_one = is_wanted;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            const std::optional<std::size_t> partner = message(i).partner;
+            if (!partner) continue;
+            if (is_one[i]) is_wanted[*partner] = true;
+            if (is_one[*partner]) is_wanted[i] = true;
+        }
+        std::erase_if(all, [&](const PageMessage& each) {
+            return !is_wanted[each.index] || !is_asked_for(arguments_, message(each.index), each.words);
+        });
+        return all;
     }
 
-    // Of two messages that belong together both are shown where one is faulty.
-    bool is_chosen(std::size_t index, const Decoded& words) const
-    {
-        const Message& each = message(index);
-        if (!is_asked_for(arguments_, each, words)) return false;
-        if (!arguments_.errors || is_faulty(each, words)) return true;
-        return each.partner && is_faulty(message(*each.partner), decoded(*each.partner));
-    }
-
-    void print(std::size_t index) const
+    // One that has just come, or has become unanswered; where it is faulty, its other half first.
+    void tell(std::size_t index)
     {
         const Decoded words = decoded(index);
-        if (!is_chosen(index, words)) return;
+        const Message& each = message(index);
+        if (!is_asked_for(arguments_, each, words)) return;
+        if (arguments_.errors && !is_faulty(each, words)) return;
+        if (arguments_.errors && each.partner && told_.insert(*each.partner).second)
+            print(*each.partner, decoded(*each.partner));
+        if (arguments_.errors) told_.insert(index);
+        print(index, words);
+    }
+    void tell_unanswered()
+    {
+        for (const std::size_t each : talk_.take_unanswered()) tell(each);
+    }
+
+    void print(std::size_t index, const Decoded& words) const
+    {
         const std::string text =
             line_of(message(index), words, message(0).line.time_us, talk_.runs() > 1, arguments_.show_private);
         std::puts(text.c_str());
@@ -101,6 +127,7 @@ class Reading {
  private:
     const Arguments& arguments_;
     Talk talk_;
+    std::set<std::size_t> told_;  // where errors alone are told
 };
 
 std::string complaint_of(const TraceFile& file, const std::string& problem)
@@ -108,25 +135,35 @@ std::string complaint_of(const TraceFile& file, const std::string& problem)
     return file.name() + ":" + std::to_string(file.number()) + ": " + problem;
 }
 
-// The whole file. Empty where it has no message, which is said.
+// What is said of a file without a message.
+bool refuse(const TraceFile& file, const std::vector<std::string>& complaints)
+{
+    say(complaints.empty() ? file.name() + ": no trace: it is empty" : complaints.front() + ": no trace");
+    return false;
+}
+
+// The whole file. False where it has no message, which is said.
 bool read_all(TraceFile& file, Talk& talk)
 {
+    constexpr std::size_t kMostComplaints = 10'000;  // of a file that hasn't shown to be a trace
     std::vector<std::string> complaints;
     while (const std::optional<std::string> text = file.next(false)) {
         auto line = parse_line(*text, file.number());
-        if (const auto* problem = std::get_if<std::string>(&line)) {
-            if (complaints.empty() || !talk.messages().empty()) complaints.push_back(complaint_of(file, *problem));
-        } else {
-            talk.add(std::get<TraceLine>(std::move(line)));
-        }
+        if (auto* good = std::get_if<TraceLine>(&line))
+            talk.add(std::move(*good));
+        else if (complaints.size() < kMostComplaints || !talk.messages().empty())
+            complaints.push_back(complaint_of(file, std::get<std::string>(line)));
     }
     talk.end();
-    if (talk.messages().empty()) {
-        say(complaints.empty() ? file.name() + ": no trace: it is empty" : complaints.front() + ": no trace");
-        return false;
-    }
+    if (talk.messages().empty()) return refuse(file, complaints);
     for (const std::string& complaint : complaints) say(complaint + ": skipped");
     return true;
+}
+
+void say_when_none(const Arguments& arguments, const std::vector<PageMessage>& chosen)
+{
+    if (chosen.empty() && !(arguments.services.empty() && arguments.messages.empty()))
+        say("no message is named so" + std::string(arguments.errors ? ", of those that failed" : ""));
 }
 
 int print_all(const Arguments& arguments)
@@ -134,7 +171,9 @@ int print_all(const Arguments& arguments)
     TraceFile file(arguments.file);
     Reading reading(arguments);
     if (!read_all(file, reading.talk())) return 1;
-    for (std::size_t i = 0; i < reading.talk().messages().size(); ++i) reading.print(i);
+    const std::vector<PageMessage> chosen = reading.chosen();
+    for (const PageMessage& each : chosen) reading.print(each.index, each.words);
+    say_when_none(arguments, chosen);
     return 0;
 }
 
@@ -143,11 +182,8 @@ int print_page(const Arguments& arguments)
     TraceFile file(arguments.file);
     Reading reading(arguments);
     if (!read_all(file, reading.talk())) return 1;
-    std::vector<PageMessage> shown;
-    for (std::size_t i = 0; i < reading.talk().messages().size(); ++i) {
-        Decoded words = reading.decoded(i);
-        if (reading.is_chosen(i, words)) shown.push_back({i, std::move(words)});
-    }
+    const std::vector<PageMessage> shown = reading.chosen();
+    say_when_none(arguments, shown);
     const std::string page = page_of(file.name(), reading.talk().messages(), shown, arguments.show_private);
     std::fwrite(page.data(), 1, page.size(), stdout);
     return 0;
@@ -177,29 +213,37 @@ int print_scenario(const Arguments& arguments)
 int follow(const Arguments& arguments)
 {
     using std::chrono::microseconds, std::chrono::milliseconds;
+    const bool from_input = arguments.file == "-";
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // a read may wait for long
     TraceFile file(arguments.file);
-    Reading reading(arguments);
+    std::optional<Reading> reading(arguments);
     auto came = std::chrono::steady_clock::now();  // the last message
+    std::vector<std::string> complaints;
     for (;;) {
-        while (const std::optional<std::string> text = file.next(true)) {
+        while (const std::optional<std::string> text = file.next(!from_input)) {
             auto line = parse_line(*text, file.number());
             if (const auto* problem = std::get_if<std::string>(&line)) {
-                say(complaint_of(file, *problem) + ": skipped");
+                complaints.push_back(complaint_of(file, *problem));
+                say(complaints.back() + ": skipped");
                 continue;
             }
-            const std::size_t index = reading.talk().add(std::get<TraceLine>(std::move(line)));
+            const std::size_t index = reading->talk().add(std::get<TraceLine>(std::move(line)));
             came = std::chrono::steady_clock::now();
-            reading.print_unanswered();
-            reading.print(index);
+            reading->tell_unanswered();
+            reading->tell(index);
         }
-        if (!reading.talk().messages().empty()) {
+        if (from_input) reading->talk().end();
+        if (!reading->talk().messages().empty()) {
             const auto since = std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - came);
-            reading.talk().give_up_at(reading.talk().messages().back().line.time_us + since.count());
-            reading.print_unanswered();
+            reading->talk().give_up_at(reading->talk().messages().back().line.time_us + since.count());
+            reading->tell_unanswered();
         }
-        std::fflush(stdout);
-        if (arguments.file == "-") return 0;
-        if (file.has_shrunk()) say(file.name() + ": begun anew");
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) return 1;  // main says so
+        if (from_input) return !reading->talk().messages().empty() || refuse(file, complaints) ? 0 : 1;
+        if (file.begins_anew()) {
+            say(file.name() + ": begun anew");
+            reading.emplace(arguments);
+        }
         std::this_thread::sleep_for(milliseconds(100));
     }
 }
@@ -218,10 +262,18 @@ int run(int argc, char** argv)
     auto* messages = app.add_option("--message", arguments.messages, "of this name or number alone");
     auto* errors = app.add_flag("--errors", arguments.errors, "alone what failed, and its other half");
     app.add_flag("--show-private", arguments.show_private, "show what identifies a person or a card");
-    services->type_name("NAME")->take_all();
-    messages->type_name("NAME")->take_all();
+    const auto is_given = [](const std::string& name) { return std::string(name.empty() ? "expected a name" : ""); };
+    services->type_name("NAME")->take_all()->check(is_given);
+    messages->type_name("NAME")->take_all()->check(is_given);
     html->excludes(scenario, follow_flag);
-    run_option->type_name("NUMBER")->check(CLI::PositiveNumber)->needs(scenario);
+    run_option->type_name("NUMBER")
+        ->check([](const std::string& text) {
+            return std::string(text.find_first_not_of("0123456789") != text.npos ||
+                                       text.find_first_of("123456789") == text.npos
+                                   ? "expected a number from 1 on"
+                                   : "");
+        })
+        ->needs(scenario);
     scenario->excludes(follow_flag, services, messages, errors);
     try {
         app.parse(argc, argv);

@@ -53,6 +53,23 @@ std::size_t Talk::add(TraceLine line)
 void Talk::end()
 {
     for (const std::size_t each : std::exchange(waiting_, {})) give_up(each);
+    judge_outcomes();
+}
+
+void Talk::judge_outcomes()
+{
+    for (std::size_t i = 0; i < messages_.size(); ++i) {
+        Message& message = messages_[i];
+        // Of a request that was never answered nothing has come before the answer.
+        if (message.mark == Mark::early && !messages_[*message.partner].partner) message.mark = Mark::none;
+        const TraceLine& line = message.line;
+        if (!line.is_request() || line.is_diag || !message.partner || message.mark != Mark::none) continue;
+        if (!tells_outcomes(line.service) || told_.contains(i)) continue;
+        // Nobody waits for what comes of an activation: a run that ends with it may have ended too soon.
+        const bool may_have_ended =
+            runs_[message.run].open.at(line.service) == i && !waits_for_outcome(line.head.message);
+        if (!may_have_ended) message.mark = Mark::no_outcome;
+    }
 }
 
 void Talk::give_up_at(std::int64_t now_us)
@@ -77,7 +94,9 @@ void Talk::answered(std::size_t request, std::size_t answer)
 {
     messages_[answer].partner = request;
     messages_[answer].run = messages_[request].run;
-    messages_[answer].took_us = messages_[answer].line.time_us - messages_[request].line.time_us;
+    // A clock that was set back in between, by a start of the machine, tells nothing.
+    const std::int64_t took_us = messages_[answer].line.time_us - messages_[request].line.time_us;
+    if (took_us >= 0) messages_[answer].took_us = took_us;
 }
 
 // ---- Requests ----
@@ -108,36 +127,38 @@ void Talk::add_request(std::size_t index)
         waiting->second = index;
     }
     requests_[{message.line.service, message.line.head.transaction}].push_back(index);
-    latest_[{message.run, message.line.service, message.line.head.message}] = index;
+    asked_[{message.line.service, message.line.head.message}].push_back(index);
 }
 
 // ---- Answers and indications ----
 
-// The latest one with this number; or, where that has its answer, an earlier one that still waits: two processes write into
-// the file at once.
-std::optional<std::size_t> Talk::request_of(const TraceLine& line) const
+// The oldest one with this number that still waits, where processes write into the file at once: the modem answers them in
+// order. Where nobody waits, the latest.
+std::optional<std::size_t> Talk::request_of(const TraceLine& line, bool& is_guess) const
 {
     constexpr std::size_t kProcessesAtOnce = 16;
     const auto asked = requests_.find({line.service, line.head.transaction});
     if (asked == requests_.end()) return std::nullopt;
-    std::optional<std::size_t> latest;
     const std::vector<std::size_t>& requests = asked->second;
+    std::optional<std::size_t> latest;
+    std::optional<std::size_t> oldest;
     for (std::size_t i = requests.size(); i > 0 && i + kProcessesAtOnce > requests.size(); --i) {
         const std::size_t each = requests[i - 1];
         const Message& request = messages_[each];
         if (request.line.head.message != line.head.message) continue;
         if (!latest) latest = each;
-        if (!messages_[*latest].partner) return latest;
         const bool waits = line.time_us - request.line.time_us <= waits_us(line.service);
-        if (!request.partner && request.mark == Mark::none && waits) return each;
+        if (request.partner || request.mark != Mark::none || !waits) continue;
+        is_guess = is_guess || (oldest && messages_[*oldest].line.bytes != request.line.bytes);
+        oldest = each;
     }
-    return latest;
+    return oldest ? oldest : latest;
 }
 
 void Talk::add_answer(std::size_t index)
 {
     Message& message = messages_[index];
-    const std::optional<std::size_t> request = request_of(message.line);
+    const std::optional<std::size_t> request = request_of(message.line, message.is_guess);
     if (!request) {
         message.mark = Mark::unmatched;
         return;
@@ -149,23 +170,41 @@ void Talk::add_answer(std::size_t index)
         return;
     }
     asker.partner = index;
-    if (asker.mark == Mark::unanswered || *message.took_us > waits_us(message.line.service))
+    if (asker.mark == Mark::unanswered || message.took_us.value_or(0) > waits_us(message.line.service))
         message.mark = asker.mark = Mark::late;
+}
+
+// The latest request that an outcome with this token may belong to: one that it wasn't told of, else one that it was.
+std::optional<std::size_t> Talk::asker_of(const TraceLine& indication) const
+{
+    constexpr std::size_t kBack = 64;  // requests of one kind without an outcome
+    const auto asked = asked_.find({indication.service, indication.head.message});
+    if (asked == asked_.end()) return std::nullopt;
+    const auto token = token_of(indication.bytes);
+    std::optional<std::size_t> found;
+    const std::vector<std::size_t>& requests = asked->second;
+    for (std::size_t i = requests.size(); i > 0 && i + kBack > requests.size(); --i) {
+        const std::size_t each = requests[i - 1];
+        if (token_of(messages_[each].line.bytes) != token) continue;
+        if (!found) found = each;
+        if (!told_.contains(each)) return each;
+    }
+    return found;
 }
 
 void Talk::add_indication(std::size_t index)
 {
     Message& message = messages_[index];
-    for (std::size_t run = runs_.size(); run-- > 0;) {
-        const auto asked = latest_.find({run, message.line.service, message.line.head.message});
-        if (asked == latest_.end()) continue;
-        std::optional<std::size_t> request = asked->second;
-        const auto token = token_of(message.line.bytes);
-        if (token != token_of(messages_[*request].line.bytes)) continue;
-        answered(*request, index);
-        if (!messages_[*request].partner) message.mark = Mark::early;
-        return;
-    }
+    const std::optional<std::size_t> request = asker_of(message.line);
+    if (!request) return;
+    answered(*request, index);
+    const bool is_first = told_.insert(*request).second;
+    if (!is_first && !tells_in_parts(message.line.service, message.line.head.message))
+        message.mark = Mark::doubled;
+    else if (!messages_[*request].partner)
+        message.mark = Mark::early;
+    else if (tells_outcomes(message.line.service) && message.took_us.value_or(0) > kOutcomeWait_us)
+        message.mark = Mark::late;
 }
 
 // ---- Diag: packets have no numbers ----

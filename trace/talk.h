@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <tuple>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -20,6 +20,7 @@ enum class Mark {
     doubled,     // an answer: the request had one before
     unmatched,   // an answer to nothing that the trace has
     early,       // an indication: it came before the answer to the request whose outcome it tells
+    no_outcome,  // a request: it was answered, and what came of it wasn't told
 };
 
 // A message with its place in the talk.
@@ -28,6 +29,7 @@ struct Message {
     std::size_t run = 0;  // of rbk, from 0: each process that has written into the file
     // Index: of a request its first answer, of an answer its request, of an indication the request whose outcome it tells.
     std::optional<std::size_t> partner;
+    bool is_guess = false;                // several processes wait for this answer, and what they asked isn't the same
     std::optional<std::int64_t> took_us;  // of an answer or an outcome, counted from its request
     Mark mark = Mark::none;
 };
@@ -54,7 +56,7 @@ class Talk {
     // A process of rbk counts its transactions from 1, over all services.
     struct Run {
         std::uint16_t last_transaction = 0;
-        std::map<std::uint32_t, std::size_t> open;  // by service: the request that waits; callers wait one at a time
+        std::map<std::uint32_t, std::size_t> open;  // by service: the request that was sent last
     };
 
     void add_request(std::size_t index);
@@ -62,7 +64,9 @@ class Talk {
     void add_indication(std::size_t index);
     void add_packet(std::size_t index);
     std::size_t run_of_request(const TraceLine& line);
-    std::optional<std::size_t> request_of(const TraceLine& line) const;
+    std::optional<std::size_t> request_of(const TraceLine& line, bool& is_guess) const;
+    std::optional<std::size_t> asker_of(const TraceLine& indication) const;
+    void judge_outcomes();
     void answered(std::size_t request, std::size_t answer);
     void give_up(std::size_t index);
 
@@ -71,8 +75,9 @@ class Talk {
     std::vector<std::size_t> unanswered_;
     std::vector<std::size_t> waiting_;  // requests that may get their answer yet
     std::map<std::pair<std::uint32_t, std::uint16_t>, std::vector<std::size_t>> requests_;  // by service, transaction
-    std::map<std::tuple<std::size_t, std::uint32_t, std::uint16_t>, std::size_t> latest_;   // by run, service, message
-    std::map<std::uint8_t, std::size_t> open_packets_;                                      // diag, by the first byte
+    std::map<std::pair<std::uint32_t, std::uint16_t>, std::vector<std::size_t>> asked_;     // by service, message
+    std::set<std::size_t> told_;                        // requests whose outcome has come
+    std::map<std::uint8_t, std::size_t> open_packets_;  // diag, by the first byte
 };
 
 }  // namespace rbk::trace

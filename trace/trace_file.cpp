@@ -47,15 +47,26 @@ std::optional<std::string> TraceFile::next(bool whole_lines)
     if (c == EOF && std::ferror(file_) != 0) throw failure(name_);
     if (c == EOF && (whole_lines || partial_.empty())) return std::nullopt;
     ++number_;
+    if (partial_.ends_with('\r')) partial_.pop_back();  // it has come through a terminal
     return std::exchange(partial_, {});
 }
 
-bool TraceFile::has_shrunk()
+bool TraceFile::begins_anew()
 {
-    struct stat found {};
-    if (file_ == stdin || ::fstat(::fileno(file_), &found) != 0 || !S_ISREG(found.st_mode)) return false;
-    if (found.st_size >= std::ftell(file_)) return false;
-    std::rewind(file_);
+    struct stat open {};
+    struct stat named {};
+    if (file_ == stdin || ::fstat(::fileno(file_), &open) != 0 || !S_ISREG(open.st_mode)) return false;
+    const bool is_another = ::stat(name_.c_str(), &named) == 0 && S_ISREG(named.st_mode) &&
+                            (named.st_ino != open.st_ino || named.st_dev != open.st_dev);
+    if (is_another) {
+        std::FILE* file = std::fopen(name_.c_str(), "re");
+        if (file == nullptr) return false;  // not yet
+        std::fclose(std::exchange(file_, file));
+    } else if (open.st_size < std::ftell(file_)) {
+        std::rewind(file_);
+    } else {
+        return false;
+    }
     partial_.clear();
     number_ = 0;
     return true;

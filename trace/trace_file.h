@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -28,8 +27,8 @@ class TraceFile {
 
     std::uint64_t number() const { return number_; }  // of the line that was read last
 
-    // The file has become shorter: somebody has begun it anew. From now on it is read from its start.
-    bool has_shrunk();
+    // Whether somebody has begun the file anew, shorter or as another file of its name; it is read from its start then.
+    bool begins_anew();
 
  private:
     std::string name_;

@@ -85,6 +85,24 @@ $ sh RBK_TRACE=u rbk 5 10 1 0 >/dev/null; rbk-trace u | grep 'uim\|eid' | sed 's
 | 200.100000 > svc=0x0011 req txn=1 msg=0x0002 len=0 
 | 200.200000 < svc=0x0011 rsp txn=1 msg=0x0002 len=14 0204000000000010040003000000
 | 200.300000 < svc=0x0011 rsp txn=1 msg=0x0002 len=14 0204000000000010040004000000
+# Both ask for something else, and nobody can say which answer is whose.
+| 200.400000 > svc=0x0011 req txn=2 msg=0x0002 len=0 
+| 200.410000 > svc=0x0011 req txn=2 msg=0x0001 len=7 01040005000000
+| 200.420000 < svc=0x0011 rsp txn=2 msg=0x0001 len=7 02040000000000
+| 200.430000 > svc=0x000B req txn=3 msg=0x0030 len=4 01010001
+| 200.440000 > svc=0x000B req txn=3 msg=0x0030 len=4 01010002
+| 200.450000 < svc=0x000B rsp txn=3 msg=0x0030 len=7 02040000000000
+| 200.460000 < svc=0x000B rsp txn=3 msg=0x0030 len=7 02040000000000
+# pdc: an outcome that nobody tells, one told twice, one that comes after 6 s.
+| 200.500000 > svc=0x0024 req txn=4 msg=0x0022 len=7 01040001000000
+| 200.510000 < svc=0x0024 rsp txn=4 msg=0x0022 len=7 02040000000000
+| 200.600000 > svc=0x0024 req txn=5 msg=0x002B len=7 01040001000000
+| 200.610000 < svc=0x0024 rsp txn=5 msg=0x002B len=7 02040000000000
+| 200.620000 < svc=0x0024 ind txn=0 msg=0x002B len=5 0102000000
+| 200.630000 < svc=0x0024 ind txn=0 msg=0x002B len=5 0102000000
+| 200.700000 > svc=0x0024 req txn=6 msg=0x0025 len=7 01040001000000
+| 200.710000 < svc=0x0024 rsp txn=6 msg=0x0025 len=7 02040000000000
+| 206.900000 < svc=0x0024 ind txn=0 msg=0x0025 len=5 0102000000
 # diag: two packets to one request, a refusal, a log unasked.
 | 201.000000 > diag len=2 4B12
 | 201.010000 < diag len=2 4B01
@@ -111,14 +129,30 @@ $ sh rbk-trace $RBK_SCENARIO
 -     7.030000 < pdc      run 1 says set selected configuration  ok  ind_token=8
 -   100.000000 > sar      run 2 #1 get SAR state
 -   100.100000 > sar      run 3 #1 get SAR state
--   100.200000 < sar      run 3 #1 get SAR state  ok  after 100 ms  state=3
--   100.300000 < sar      run 2 #1 get SAR state  ok  after 300 ms  state=4
+-   100.200000 < sar      run 2 #1 get SAR state  ok  after 200 ms  state=3
+-   100.300000 < sar      run 3 #1 get SAR state  ok  after 200 ms  state=4
+-   100.400000 > sar      run 3 #2 get SAR state  ! unanswered
+-   100.410000 > sar      run 2 #2 set SAR state  state=5
+-   100.420000 < sar      run 2 #2 set SAR state  ok  after 10 ms
+-   100.430000 > uim      run 3 #3 power down  slot=1
+-   100.440000 > uim      run 2 #3 power down  slot=2
+-   100.450000 < uim      run 3 #3 power down  ok  after 20 ms  ! of another run perhaps
+-   100.460000 < uim      run 2 #3 power down  ok  after 20 ms
+-   100.500000 > pdc      run 3 #4 get selected configuration  ! acknowledged, and no outcome told  config_type=software (1)
+-   100.510000 < pdc      run 3 #4 get selected configuration  ok  after 10 ms
+-   100.600000 > pdc      run 3 #5 deactivate configuration  config_type=software (1)
+-   100.610000 < pdc      run 3 #5 deactivate configuration  ok  after 10 ms
+-   100.620000 < pdc      run 3 says deactivate configuration  ok  after 20 ms
+-   100.630000 < pdc      run 3 says deactivate configuration  ok  after 30 ms  ! told a second time
+-   100.700000 > pdc      run 3 #6 delete configuration  config_type=software (1)
+-   100.710000 < pdc      run 3 #6 delete configuration  ok  after 10 ms
+-   106.900000 < pdc      run 3 says delete configuration  ok  after 6.20 s  ! too late: nobody waits for it any more
 -   101.000000 > diag     run 3 request: subsystem  bytes=4B12
 -   101.010000 < diag     run 3 packet: subsystem  after 10 ms  bytes=4B01
 -   101.020000 < diag     run 3 packet: subsystem  after 20 ms  bytes=4B02
 -   101.100000 > diag     run 3 request  bytes=29
 -   101.110000 < diag     run 3 packet: bad command  after 10 ms  bytes=1329
--   101.200000 < diag     run 3 packet: log  bytes=100000
+-   101.200000 < diag     run 3 packet: log  bytes=(3 bytes, hidden)
 -   101.300000 > diag     run 3 request  ! unanswered  bytes=63
 # What failed, and its other half.
 $ sh rbk-trace --errors --service uim $RBK_SCENARIO
@@ -153,6 +187,11 @@ $ sh rbk-trace --service 0x24 --message Set-Selected-Configuration $RBK_SCENARIO
 | 2.000000 < svc=0xFFE4 rsp txn=2 msg=0x0002 len=567 01040000000000020400080000001026020000000005000000A100*541
 | 2.000000 > svc=0xFFE4 req txn=3 msg=0x0002 len=567 0104004D00000002040003000000102602A1B2C300*547
 | 2.000000 < svc=0xFFE4 rsp txn=3 msg=0x0002 len=567 0104000000000002040002000000102602A1B200*548
+# A result above 0 is a failure too, but for the instance of a written file.
+| 2.000000 > svc=0xFFE4 req txn=4 msg=0x0002 len=567 01040002000000020400200200001026020100270200*546
+| 2.000000 < svc=0xFFE4 rsp txn=4 msg=0x0002 len=567 01040000000000020400BC010000102602000000000000000000000000000000000500000000*530
+| 2.000000 > svc=0xFFE4 req txn=5 msg=0x0002 len=567 01040002000000020400200200001026020500FF00022F610000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000010000000100000000000000AA00*429
+| 2.000000 < svc=0xFFE4 rsp txn=5 msg=0x0002 len=567 01040000000000020400BC010000102602000000000000000000000000000000000500000000*530
 # A sample that ends too early, and one that is too long.
 | 3.000000 < svc=0x00E4 rsp txn=1 msg=0x0207 len=30 020800000000000000000010100001000000006400000005000104020003
 | 3.000000 < svc=0x00E4 rsp txn=1 msg=0x0207 len=31 020800000000000000000010110001000000002C0000000600010C000000EE
@@ -166,13 +205,17 @@ $ sh rbk-trace $RBK_SCENARIO
 -     0.000000 < sar      run 1 #1 get SAR state  ok  ! an answer to nothing  ! the client refuses it: rest: no whole TLV  rest=10040003 (no whole TLV)
 -     0.000000 < pdc      run 1 says get selected configuration  ok  active_id=AB*125 (the client keeps 124 of 125)
 -     0.000000 > nas      run 1 #1 0x0099  ! unanswered  ! rbk doesn't know this message  TLV 0x01=05
--     0.000000 > 0x0042   run 2 #1 0x0001  ! unanswered  ! rbk doesn't use this service  TLV 0x01=05
+-     0.000000 > 0x0042   run 2 #1 0x0001  ! unanswered  ! rbk doesn't use this service  TLV 0x01=(1 byte, hidden)
 -     1.000000 > extended run 3 #1 envelope: NV read  sub_id=0 nv_id=550
 -     1.000000 < extended run 3 #1 envelope: NV read  failed: invalid argument (48)  after 0.00 ms
 -     1.000000 > extended run 3 #2 envelope: NV read  sub_id=0 nv_id=551 data_len=600 (more than there is)
 -     1.000000 < extended run 3 #2 envelope: NV read  ok  after 0.00 ms  data_len_all=5 data=none
--     1.000000 > extended run 3 #3 envelope: request 77  data=A1B2C3
--     1.000000 < extended run 3 #3 envelope: request 77  ok  after 0.00 ms  data=A1B2
+-     1.000000 > extended run 3 #3 envelope: request 77  data=(3 bytes, hidden)
+-     1.000000 < extended run 3 #3 envelope: request 77  ok  after 0.00 ms  data=(2 bytes, hidden)
+-     1.000000 > extended run 3 #4 envelope: NV read  sub_id=0 nv_id=551
+-     1.000000 < extended run 3 #4 envelope: NV read  failed: 5  after 0.00 ms  data_len_all=0
+-     1.000000 > extended run 3 #5 envelope: EFS write  sub_id=0 path="/a" instance=255 data_len_all=1 data_len_send=1 data_len_cur=0 data=AA
+-     1.000000 < extended run 3 #5 envelope: EFS write  ok  after 0.00 ms  instance=5
 -     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=antenna switch (100), value={version=1, ant_number=4, ant_switch_path=2, sig_path=03 (the sample ends within it)}}]
 -     2.000000 < vs       run 3 #1 get statistics  ok  ! an answer to nothing  parameters=[{sub=0, second_word=0, id=system mode (44), value={stack_max=1, rat=NR5G (12), rest=EE (more than the sample's form has)}}]
 
@@ -186,6 +229,11 @@ $ sh rbk-trace $RBK_SCENARIO
 | 1.000000 < svc=0x000B rsp txn=2 msg=0x0065 len=27 020400000000001011001089049032123451234512345678901235
 | 1.000000 > svc=0x000B req txn=3 msg=0x003B len=18 01010002020700050080E291000110010001
 | 1.000000 < svc=0x000B rsp txn=3 msg=0x003B len=18 020400000000001003000200613302008904
+# A data TLV that is longer than its message, one that stands twice; an NV write that is refused.
+| 1.000000 < svc=0xFFE4 rsp txn=1 msg=0x0002 len=42 01040000000000020400BC01000010260200000000090000000000000000000000000000004567890102
+| 1.000000 < svc=0xFFE4 rsp txn=1 msg=0x0002 len=29 0104000000000002040004000000100400000000001005004567890102
+| 2.000000 > diag len=5 2726024567
+| 2.000000 < diag len=6 142726024567
 | 2.000000 > diag len=3 262602
 | 2.000000 < diag len=6 262602083A45
 $ sh rbk-trace $RBK_SCENARIO
@@ -197,12 +245,16 @@ $ sh rbk-trace $RBK_SCENARIO
 -     0.000000 < uim      #2 get EID  ok  after 0.00 ms  eid=(16 bytes, hidden)
 -     0.000000 > uim      #3 send APDU  slot=2 apdu=(5 bytes, hidden) channel_id=1
 -     0.000000 < uim      #3 send APDU  ok  after 0.00 ms  ! the client refuses it: apdu: cut short  apdu=(1 byte, hidden) (cut short) TLV 0x33=(2 bytes, hidden) (unknown to the client)
--     1.000000 > diag     request: NV read  command=26 nv_id=550
--     1.000000 < diag     packet: NV read  after 0.00 ms  command=26 nv_id=550 data=(3 bytes, hidden)
+-     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  ! a second answer  ! the client refuses it: rest: no whole TLV  data_len_all=0 data_len=444 (more than there is) rest=(28 bytes, hidden) (no whole TLV)
+-     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  ! a second answer  ! the client refuses it: data: cut short  data_len_all=0 data=(4 bytes, hidden) (cut short) TLV 0x10=(5 bytes, hidden) (here a second time: the first counts)
+-     1.000000 > diag     request: NV write  nv_id=550 bytes=(2 bytes, hidden)
+-     1.000000 < diag     packet: bad parameters  after 0.00 ms  bytes=(6 bytes, hidden)
+-     1.000000 > diag     request: NV read  nv_id=550
+-     1.000000 < diag     packet: NV read  after 0.00 ms  nv_id=550 bytes=(3 bytes, hidden)
 # Nor does the page show it among the bytes of the message: no 45 67, no 89 04.
 $ sh rbk-trace --html $RBK_SCENARIO | grep -c '45 *67\|89 *04'; rbk-trace --html --show-private $RBK_SCENARIO | grep -c '45 *67'
 - 0
-- 6
+- 12
 $ sh rbk-trace --show-private $RBK_SCENARIO
 -     0.000000 > extended #1 envelope: NV read  sub_id=0 nv_id=550
 -     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  data_len_all=9 data=083A45678901234567
@@ -212,8 +264,12 @@ $ sh rbk-trace --show-private $RBK_SCENARIO
 -     0.000000 < uim      #2 get EID  ok  after 0.00 ms  eid=89049032123451234512345678901235
 -     0.000000 > uim      #3 send APDU  slot=2 apdu=80E2910001 channel_id=1
 -     0.000000 < uim      #3 send APDU  ok  after 0.00 ms  ! the client refuses it: apdu: cut short  apdu=61 (cut short) TLV 0x33=8904 (unknown to the client)
--     1.000000 > diag     request: NV read  command=26 nv_id=550
--     1.000000 < diag     packet: NV read  after 0.00 ms  command=26 nv_id=550 data=083A45
+-     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  ! a second answer  ! the client refuses it: rest: no whole TLV  data_len_all=0 data_len=444 (more than there is) rest=102602 00*4 09 00*15 4567890102 (no whole TLV)
+-     0.000000 < extended #1 envelope: NV read  ok  after 0.00 ms  ! a second answer  ! the client refuses it: data: cut short  data_len_all=0 data=00*4 (cut short) TLV 0x10=4567890102 (here a second time: the first counts)
+-     1.000000 > diag     request: NV write  nv_id=550 bytes=4567
+-     1.000000 < diag     packet: bad parameters  after 0.00 ms  bytes=142726024567
+-     1.000000 > diag     request: NV read  nv_id=550
+-     1.000000 < diag     packet: NV read  after 0.00 ms  nv_id=550 bytes=083A45
 
 == Lines that are broken are named and left out; without a good one it is no trace
 | 1.000000 > svc=0x0011 req txn=1 msg=0x0002 len=0 
