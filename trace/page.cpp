@@ -251,8 +251,9 @@ void Page::add_summary()
     const bool is_whole = shown_.size() == messages_.size();
     const std::string count = is_whole ? counted(shown_.size(), "message")
                                        : std::to_string(shown_.size()) + " of " + counted(messages_.size(), "message");
-    const std::int64_t lasted_us =
-        shown_.empty() ? 0 : message(shown_.size() - 1).line.time_us - message(0).line.time_us;
+    std::int64_t lasted_us = 0;  // without the steps back of a clock that was set
+    for (std::size_t i = 1; i < shown_.size(); ++i)
+        lasted_us += std::max<std::int64_t>(message(i).line.time_us - message(i - 1).line.time_us, 0);
     out_ += "<header>\n<h1>" + file_ + "</h1>\n<p>" + count + " <i>\u00B7</i> " + counted(runs_, "run") +
             " of rbk <i>\u00B7</i> " + (faults_ > 0 ? "<strong>" : "<span>") + counted(faults_, "fault") +
             (faults_ > 0 ? "</strong>" : "</span>") + " <i>\u00B7</i> " + duration_text(lasted_us) +
