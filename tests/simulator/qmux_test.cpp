@@ -8,7 +8,6 @@
 #include <cstring>
 
 #include "simulator/carriers/qmux_terminal.h"
-#include "support/program.h"
 #include "wire.h"
 
 namespace rbk::sim {
@@ -149,15 +148,6 @@ TEST_F(QmuxTest, ComesAsItIsWritten)
         write(bytes_of(exchange.written));
         for (const char* frame : exchange.read) EXPECT_EQ(show_bytes(read_frame()), show_bytes(bytes_of(frame)));
     }
-}
-
-TEST_F(QmuxTest, IdsRunOutInTheScenarioOfThatName)
-{
-    start(milliseconds(20), {}, read_file(test::data_path("../scenarios/client-ids-run-out.toml")));
-    for (int i = 0; i < 3; ++i) write(bytes_of("01 0F00 00 0000 00 A1 2200 0400 01 0100 03"));
-    EXPECT_EQ(show_bytes(read_frame()), show_bytes(bytes_of("80 0000 01 A1 2200 0C00 02 0400 00000000 01 0200 0301")));
-    EXPECT_EQ(show_bytes(read_frame()), show_bytes(bytes_of("80 0000 01 A1 2200 0C00 02 0400 00000000 01 0200 0302")));
-    EXPECT_EQ(show_bytes(read_frame()), show_bytes(bytes_of("80 0000 01 A1 2200 0700 02 0400 01000500")));
 }
 
 TEST_F(QmuxTest, AnswersWaitForRoom)
