@@ -57,6 +57,7 @@ std::filesystem::path find_scenario(const std::string& name, std::string& proble
     if (access(name.c_str(), F_OK) == 0 || errno != ENOENT) return name;  // whoever reads it says what is wrong with it
     problem = sim::printable(name) + ": expected a file that can be read: " + std::generic_category().message(ENOENT) +
               "; nor is it in " + (error ? kExecutable + (": " + error.message()) : folder.string());
+    if (!error && access((folder / ".").c_str(), X_OK) != 0) problem += ": " + std::generic_category().message(errno);
     return {};
 }
 

@@ -34,6 +34,8 @@ $ sh usr/bin/rbk-modem --list-scenarios; ln -s none usr/share/rbk/scenarios/g.to
 - b-long  A \x1B[2Jtable of 
 - c
 - 3
+$ sh rm -r usr/share/rbk/scenarios; : >usr/share/rbk/scenarios; usr/bin/rbk-modem --listen unix:s --scenario a 2>said; sed 's,in /.*/usr/,in USR/,' said
+- rbk-modem: a: expected a file that can be read: No such file or directory; nor is it in USR/share/rbk/scenarios: Not a directory
 $ sh rm -r usr/share/rbk; usr/bin/rbk-modem --list-scenarios 2>said; echo $?; sed 's, /.*/usr/, USR/,' said
 - 1
 - rbk-modem: USR/share/rbk/scenarios: No such file or directory
