@@ -76,13 +76,13 @@ int run(int argc, char* argv[])
         "refused or the output can't be written.");
     std::string name;
     std::string value;
-    CLI::App* get = app.add_subcommand("get", "print a value, or the default where there is none");
+    CLI::App* get = app.add_subcommand("get", "NAME [DEFAULT]: print a value, or the default where there is none");
     get->add_option("NAME", name)->required();
     get->add_option("DEFAULT", value, "taken for an empty value too");
-    CLI::App* set = app.add_subcommand("set", "store a value");
+    CLI::App* set = app.add_subcommand("set", "NAME VALUE: store a value");
     set->add_option("NAME", name)->required();
     set->add_option("VALUE", value)->required();
-    CLI::App* unset = app.add_subcommand("unset", "forget a value");
+    CLI::App* unset = app.add_subcommand("unset", "NAME: forget a value");
     unset->add_option("NAME", name)->required();
     app.add_subcommand("list", "print all, a line each: NAME=VALUE");
     try {
