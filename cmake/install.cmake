@@ -1,7 +1,30 @@
-# What cmake --install and script/package bring to a system: programs, their pages and completions, scenarios, texts. The
-# tree may be moved: nothing in it knows where it is. The target `installed` builds all of it.
+# What cmake --install and script/package bring to a system: programs, their pages and completions, scenarios. Of
+# the texts beside the pages all but one need a checkout. The tree may be moved: nothing in it knows where it is. The
+# target `installed` builds all of it.
 include(GNUInstallDirs)
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)  # tests aren't built for it
+
+# Folders that all may enter, first: CMake's own modes are cut by the umask of who installs. What is there stays as it is.
+set(folders ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_DOCDIR} ${CMAKE_INSTALL_MANDIR}/man1 ${CMAKE_INSTALL_MANDIR}/man5
+            ${CMAKE_INSTALL_DATADIR}/rbk/scenarios ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+            ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+install(CODE "set(folders \"${folders}\")")
+install(CODE [[
+foreach(folder ${folders})
+  cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX})
+  get_filename_component(folder "$ENV{DESTDIR}${folder}" ABSOLUTE)
+  set(missing)
+  while(NOT EXISTS ${folder})
+    list(APPEND missing ${folder})
+    cmake_path(GET folder PARENT_PATH folder)
+  endwhile()
+  if(missing)
+    file(MAKE_DIRECTORY ${missing})
+    file(CHMOD ${missing} DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ
+                                                WORLD_EXECUTE)
+  endif()
+endforeach()
+]])
 
 set(programs rbk rbk-modem rbk-prop)
 if(TARGET rbk-trace)
@@ -10,8 +33,7 @@ endif()
 install(TARGETS ${programs} RUNTIME)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/scenarios DESTINATION ${CMAKE_INSTALL_DATADIR}/rbk OPTIONAL
         FILES_MATCHING PATTERN *.toml)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN man EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/wire.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 set(made)
 
 # ---- Man pages, where scdoc is: docs/man/NAME.SECTION.scd ----
@@ -24,10 +46,8 @@ if(RBK_SCDOC)
     string(REGEX REPLACE ".*\\." "man" folder ${page})
     set(out ${PROJECT_BINARY_DIR}/share/man/${folder}/${page}.gz)
     file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/share/man/${folder})
-    # In two steps: the end of a pipe alone decides about its success.
-    add_custom_command(OUTPUT ${out} DEPENDS ${source} VERBATIM
-                       COMMAND sh -c "\"$1\" <\"$2\" >\"$3\" && gzip -9nf \"$3\"" sh
-                               ${RBK_SCDOC} ${source} ${PROJECT_BINARY_DIR}/share/man/${folder}/${page})
+    add_custom_command(OUTPUT ${out} DEPENDS ${source} ${PROJECT_SOURCE_DIR}/cmake/man_page VERBATIM
+                       COMMAND ${PROJECT_SOURCE_DIR}/cmake/man_page ${RBK_SCDOC} ${source} ${out})
     list(APPEND made ${out})
     install(FILES ${out} DESTINATION ${CMAKE_INSTALL_MANDIR}/${folder})
   endforeach()
@@ -73,13 +93,13 @@ back.
 .
 Without a phone it works against a simulated modem, whose state, answers
 and faults a text file describes. rbk-modem serves that modem to many
-clients, also to those that others wrote, and rbk-prop looks after the
-properties that rbk reads.")
+clients, also to those that others wrote. rbk-trace reads what rbk wrote
+down of a talk with a modem: as lines, as a page for a browser, or as the
+scenario that repeats it. rbk-prop looks after the properties that rbk
+reads.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
-                                                WORLD_READ WORLD_EXECUTE)
 include(CPack)
