@@ -169,8 +169,8 @@ of it ends with the client. stats=1 says that the statistics are on, which they 
 A fresh state directory is filled from the scenario over a built-in phone; one with content stays as it is.
 What is wrong is told on standard error, each line once, and at most a hundred a minute.
 Exit status: 0 after a signal, when fault rules that never matched are named on standard error (nohup keeps SIGHUP
-away); 1 for a bad scenario, whose file and line are named, and for a socket, a terminal, a ledger, a home or a
-state directory that can't be had.)";
+away); 1 for wrong arguments, for a bad scenario, whose file and line are named, and for a folder of scenarios, a
+socket, a terminal, a ledger, a home or a state directory that can't be had.)";
 
 int run(int argc, char** argv)
 {
