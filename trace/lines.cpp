@@ -61,9 +61,9 @@ std::string duration_text(std::int64_t time_us)
 
 std::string mark_text(const Message& message)
 {
-    const std::string text = words_of(message);
-    if (!message.is_guess) return text;
-    return text + (text.empty() ? "" : ", ") + "of another run perhaps";
+    std::string text = words_of(message);
+    if (message.is_guess) text += text.empty() ? "of another run perhaps" : ", of another run perhaps";
+    return text;
 }
 
 bool is_faulty(const Message& message, const Decoded& decoded)
