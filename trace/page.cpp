@@ -173,6 +173,7 @@ class Page {
     std::vector<std::size_t> lane_of_run_;   // runs at the same time have a lifeline each
     std::vector<std::size_t> first_of_run_;  // place among the shown
     std::vector<bool> is_fault_;             // of all messages; of those that aren't shown false
+    std::vector<bool> has_faulty_half_;      // it belongs to a message that is faulty
     std::vector<bool> is_shown_;
     std::size_t client_lanes_ = 1;
     std::size_t runs_ = 0;
@@ -211,11 +212,17 @@ void Page::find_lanes()
 void Page::find_faults()
 {
     is_fault_.assign(messages_.size(), false);
+    has_faulty_half_.assign(messages_.size(), false);
     is_shown_.assign(messages_.size(), false);
     for (const auto& [index, words] : shown_) {
         is_shown_[index] = true;
         is_fault_[index] = is_faulty(messages_[index], words);
         faults_ += is_fault_[index] ? 1 : 0;
+    }
+    for (std::size_t i = 0; i < messages_.size(); ++i) {
+        const std::optional<std::size_t> partner = messages_[i].partner;
+        if (partner && is_fault_[i]) has_faulty_half_[*partner] = true;
+        if (partner && is_fault_[*partner]) has_faulty_half_[i] = true;
     }
 }
 
@@ -314,13 +321,11 @@ void Page::add_message(std::size_t at)
     const bool is_answer = each.line.is_answer() || (each.line.is_diag && !each.line.to_modem && each.partner);
     const char* const kind = each.line.to_modem ? "q" : is_answer ? "p" : "i";
     const char* const spoken = each.line.to_modem ? "to" : is_answer ? "from" : "unasked from";
-    // Of two messages that belong together both are wanted where one is faulty.
-    const bool has_faulty_half = each.partner && is_fault_[*each.partner];
     out_ += format("<details class=\"m %s r%zu s%zu%s\" id=\"m%lu\"><summary><span class=\"time\">%s</span>", kind,
                    lane_of_run_[each.run], service_lane(shown_[at].words.service),
-                   is_fault_[index]  ? " f"
-                   : has_faulty_half ? " h"
-                                     : "",
+                   is_fault_[index]          ? " f"
+                   : has_faulty_half_[index] ? " h"
+                                             : "",
                    each.line.number, seconds_text(each.line.time_us - messages_.front().line.time_us).c_str());
     out_ += format("<i class=\"a\"><span>%s</span></i><span class=\"t\">", spoken);
     add_label(at);

@@ -147,7 +147,10 @@ def a_click_opens_fields_and_bytes(lab):
     seen = """
         return [...document.querySelectorAll('.d')].filter(each => each.checkVisibility())
             .map(each => each.innerText)"""
-    for arguments, bytes_shown in ((), "·· ·· ·· ··"), (("--show-private",), "08 3A 45  ......:E"):
+    for arguments, first, bytes_shown in (
+        ((), "0000  ·· ·· ·· ··", "0230  ··"),
+        (("--show-private",), "0000  01 04 00 00 00 00 00 02  ........", "08 3A 45  ......:E"),
+    ):
         with lab.opened(lab.write(lab.talk, *arguments)) as browser:
             answer = browser.js("""
                 return [...document.querySelectorAll('.p')].find(each => each.textContent.includes('NV read')).id""")
@@ -155,7 +158,7 @@ def a_click_opens_fields_and_bytes(lab):
             browser.click("#%s summary" % answer)
             opened = browser.js(seen)
             assert len(opened) == 1, opened
-            for part in "data_len_all", "0000  01 04 00 00 00 00 00 02  ........", bytes_shown:
+            for part in "data_len_all", first, bytes_shown:
                 assert part in opened[0], opened
             browser.click("#%s a" % answer)
             assert browser.js("return document.activeElement.parentNode.matches('.q[open]')")
