@@ -10,6 +10,7 @@
 #include "link/qmi_frame.h"
 #include "simulator/scenario/scenario_reader.h"
 #include "simulator/scenario/scenario_text.h"
+#include "trace/fields.h"
 #include "trace/names.h"
 
 namespace rbk::trace {
@@ -42,11 +43,7 @@ void append_words(std::vector<std::string>& words, ByteView bytes)
 {
     constexpr char kDigits[] = "0123456789ABCDEF";
     for (std::size_t i = 0; i < bytes.size();) {
-        const auto run =
-            static_cast<std::size_t>(std::find_if(bytes.begin() + static_cast<std::ptrdiff_t>(i), bytes.end(),
-                                                  [&](std::uint8_t byte) { return byte != bytes[i]; }) -
-                                     bytes.begin()) -
-            i;
+        const std::size_t run = equal_at_front(bytes.subspan(i));
         const bool counted = run >= kLeastRun;
         words.push_back({kDigits[bytes[i] >> 4], kDigits[bytes[i] & 0xF]});
         if (counted) words.back() += "*" + std::to_string(run);
@@ -55,7 +52,7 @@ void append_words(std::vector<std::string>& words, ByteView bytes)
 }
 
 // A quoted text; where it is long one of several lines, in which each TLV begins a line of its own.
-std::string hex_text(ByteView bytes, bool has_tlvs)
+std::string quoted_hex(ByteView bytes, bool has_tlvs)
 {
     constexpr std::size_t kHead = 3;  // of a TLV: type and length
     std::string text;
@@ -143,8 +140,7 @@ class Writer {
 std::string Writer::service_of(const TraceLine& line)
 {
     if (line.is_diag) return "diag";
-    const std::string name = service_name(line.service);
-    return name.starts_with("0x") || name == "diag" ? "" : name;
+    return service_tables(line.service) == nullptr ? "" : service_name(line.service);
 }
 
 std::string Writer::words_of(const TraceLine& line) const
@@ -302,7 +298,7 @@ std::variant<std::string, NoScenario> Writer::write(std::string_view source)
 std::string Writer::hex_of(std::size_t index)
 {
     const TraceLine& line = messages_[index].line;
-    std::string text = hex_text(line.bytes, !line.is_diag);
+    std::string text = quoted_hex(line.bytes, !line.is_diag);
     if (text.find('*') != std::string::npos) filled_ += line.bytes.size();
     return text;
 }

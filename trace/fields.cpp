@@ -419,23 +419,27 @@ std::vector<bool> private_bytes(const TraceLine& line, const Decoded& decoded)
     return hidden;
 }
 
+std::size_t equal_at_front(ByteView bytes)
+{
+    const auto other = std::ranges::find_if(bytes, [&](std::uint8_t byte) { return byte != bytes.front(); });
+    return static_cast<std::size_t>(other - bytes.begin());
+}
+
 std::string hex_text(ByteView bytes)
 {
-    constexpr std::ptrdiff_t kShortestRun = 4;
+    constexpr std::size_t kShortestRun = 4;
     constexpr char kDigits[] = "0123456789ABCDEF";
     std::string text;
     bool after_run = false;
-    for (auto at = bytes.begin(); at != bytes.end();) {
-        const auto other = std::find_if(at, bytes.end(), [&](std::uint8_t byte) { return byte != *at; });
-        const std::string digits = {kDigits[*at >> 4], kDigits[*at & 0xF]};
-        const bool is_run = other - at >= kShortestRun;
+    while (!bytes.empty()) {
+        const std::string digits = {kDigits[bytes[0] >> 4], kDigits[bytes[0] & 0xF]};
+        const std::size_t count = equal_at_front(bytes);
+        const bool is_run = count >= kShortestRun;
         if (!text.empty() && (is_run || after_run)) text += ' ';
-        if (is_run)
-            text += digits + '*' + std::to_string(other - at);
-        else
-            for (; at != other; ++at) text += digits;
+        if (is_run) text += digits + '*' + std::to_string(count);
+        for (std::size_t i = 0; i < count && !is_run; ++i) text += digits;
         after_run = is_run;
-        at = other;
+        bytes = bytes.subspan(count);
     }
     return text;
 }

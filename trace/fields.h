@@ -44,6 +44,9 @@ Decoded decode(const TraceLine& line, const TraceLine* request);
 // A flag for each byte of the message: whether it has to stay hidden.
 std::vector<bool> private_bytes(const TraceLine& line, const Decoded& decoded);
 
+// How many bytes at the front are the same as the first one; 0 of none.
+std::size_t equal_at_front(ByteView bytes);
+
 // Bytes as two digits each, a byte that comes four times or more as 00*400.
 std::string hex_text(ByteView bytes);
 

@@ -16,8 +16,8 @@ namespace rbk::trace {
 enum class Mark {
     none,
     unanswered,  // a request: its caller has stopped waiting, or the trace ends
-    late,        // an answer, and its request: the caller had stopped waiting
-    doubled,     // an answer: the request had one before
+    late,        // an answer and its request, or an outcome: the caller had stopped waiting
+    doubled,     // an answer or an outcome: the request had one before
     unmatched,   // an answer to nothing that the trace has
     early,       // an indication: it came before the answer to the request whose outcome it tells
     no_outcome,  // a request: it was answered, and what came of it wasn't told
